@@ -1,0 +1,1 @@
+# cmake --install: libraries, public headers, a CMake package and a pkg-config file.

@@ -1,0 +1,52 @@
+# The vocabulary of the build: a layer is a folder with one target, a test a folder with one executable.
+
+set(STRATACUT_PCH <QByteArray> <QHash> <QJsonArray> <QJsonDocument> <QJsonObject> <QObject> <QString> <QVariant>
+                  <QVector> <algorithm> <functional> <memory> <string> <vector>)
+
+# stratacut_layer(NAME SHARED|STATIC|OBJECT|INTERFACE FOLDERS dir... [PUBLIC links...] [PRIVATE links...]
+#                 [INCLUDES dir...] [DEFINES def...])
+# Takes every .cpp, .h and .qrc below the folders.
+function(stratacut_layer name kind)
+  cmake_parse_arguments(L "" "" "FOLDERS;PUBLIC;PRIVATE;INCLUDES;DEFINES" ${ARGN})
+  set(patterns "")
+  foreach(folder IN LISTS L_FOLDERS)
+    list(APPEND patterns "${folder}/*.cpp" "${folder}/*.h" "${folder}/*.qrc")
+  endforeach()
+  set(sources "")
+  if(patterns)
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${patterns})
+  endif()
+  if(kind STREQUAL "INTERFACE")
+    add_library(${name} INTERFACE)
+    target_include_directories(${name} INTERFACE ${L_INCLUDES})
+    target_link_libraries(${name} INTERFACE ${L_PUBLIC})
+    return()
+  endif()
+  add_library(${name} ${kind} ${sources})
+  target_include_directories(${name} PUBLIC ${L_INCLUDES})
+  target_link_libraries(${name} PUBLIC ${L_PUBLIC} PRIVATE ${L_PRIVATE})
+  target_compile_definitions(${name} PRIVATE ${L_DEFINES})
+  set_target_properties(${name} PROPERTIES AUTOMOC ON AUTORCC ON)
+  target_precompile_headers(${name} PRIVATE ${STRATACUT_PCH})
+endfunction()
+
+# stratacut_test(NAME SOURCES file... LINKS target... [TIMEOUT seconds] [LABELS label...])
+# One Qt Test executable and one CTest entry of the same name, run offscreen in a fixed environment.
+function(stratacut_test name)
+  cmake_parse_arguments(T "" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
+  add_executable(${name} ${T_SOURCES})
+  target_link_libraries(${name} PRIVATE stratacut_testsupport ${T_LINKS})
+  set_target_properties(${name} PROPERTIES AUTOMOC ON AUTORCC ON)
+  target_precompile_headers(${name} REUSE_FROM stratacut_testsupport)
+  target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
+  add_test(NAME ${name} COMMAND ${name})
+  if(NOT T_TIMEOUT)
+    set(T_TIMEOUT 120)
+  endif()
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}" ENVIRONMENT "${STRATACUT_TEST_ENV}")
+endfunction()
+
+set(STRATACUT_TEST_ENV
+    "QT_QPA_PLATFORM=offscreen;TZ=UTC;LC_ALL=C.UTF-8;QT_LOGGING_RULES=;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime")
+file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/runtime")
+file(CHMOD "${CMAKE_BINARY_DIR}/runtime" DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)

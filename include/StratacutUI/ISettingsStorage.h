@@ -1,0 +1,24 @@
+#pragma once
+
+#include "StratacutUI/Export.h"
+
+#include <QJsonArray>
+
+#include <boost/optional.hpp>
+
+/// A key/value store for JSON arrays in the host's settings. The host hands it over as a unique owner; the controller
+/// keeps it. Used on the user-interface thread. The order of the declarations is the binary interface.
+class STRATACUTUI_EXPORT ISettingsStorage
+{
+public:
+    /// Slot 0.
+    virtual ~ISettingsStorage();
+    /// Slot 1. Reserved: the module does not call it.
+    virtual void reserved1() = 0;
+    /// Slot 2. The array stored under the key; empty when the key holds nothing or what it holds cannot be read.
+    virtual boost::optional<QJsonArray> get(const char* key) = 0;
+    /// Slot 3. Reserved: the module does not call it.
+    virtual void reserved3() = 0;
+    /// Slot 4. Stores the array under the key, replacing what was there.
+    virtual void set(const char* key, const QJsonArray& value) = 0;
+};

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "StratacutUI/Export.h"
+
+#include <QJsonArray>
+#include <QStringList>
+
+/// What an audio mapping may be made of: the tracks of one CPL's sequence, the groups over them and the mix modes.
+/// A snapshot; it never follows later edits. Used on the user-interface thread. The order of the declarations is the
+/// binary interface.
+class STRATACUTUI_EXPORT ITrackGroupingManger
+{
+public:
+    virtual ~ITrackGroupingManger();
+    /// The names of the sequence's active tracks, as the media engine reports them.
+    virtual QStringList getAllActiveTracks() = 0;
+    /// The entries offered as mapping sources, separators included; empty without a sequence.
+    virtual QStringList getSourceList() = 0;
+    /// The mix modes in the media engine's order; empty without a sequence.
+    virtual QStringList getAudioMixList() = 0;
+    /// The group profiles: objects with "Name", "Include Master Fader" and "Tracks".
+    virtual QJsonArray getTrackGroups() = 0;
+};
