@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ViewDeckQt/Export.h"
+
+#include "NvCore/NvText.h"
+
+#include <QList>
+
+#include <memory>
+
+class QWidget;
+
+namespace ViewDeckQt
+{
+
+/// The mix-in of every tool window and dialog: it registers the window with the process while it is shown, keeps its
+/// title translated and tells it when the skin changes. Derive from a widget class first and from this class second,
+/// so that the widget outlives its registration. User-interface thread only.
+class VIEWDECK_EXPORT ManagedWindow
+{
+public:
+    virtual ~ManagedWindow();
+    ManagedWindow(const ManagedWindow&) = delete;
+    ManagedWindow& operator=(const ManagedWindow&) = delete;
+
+    /// Sets the window's title now and again whenever the language changes.
+    void setManagedTitle(const NvText& title);
+
+    /// The managed windows that are shown now, in the order of their last activation, the latest first.
+    static QList<QWidget*> openWindows();
+
+    /// The managed window that was activated last and is still shown; null when none is shown.
+    static QWidget* activeWindow();
+
+protected:
+    /// @param widget the window that the mix-in belongs to; must outlive the mix-in.
+    explicit ManagedWindow(QWidget& widget);
+
+    /// Called after the window's palette has changed, by a new skin or otherwise.
+    virtual void onSkinChanged();
+
+private:
+    class Watcher;
+    std::unique_ptr<Watcher> m_watcher;
+};
+
+} // namespace ViewDeckQt
