@@ -1,1 +1,28 @@
 # cmake --install: libraries, public headers, a CMake package and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+set(stratacut_libraries StratacutUI ViewDeckQt NvCoreM2W10)
+set(stratacut_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/StratacutUI")
+
+foreach(library IN LISTS stratacut_libraries)
+  set_target_properties(${library} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endforeach()
+install(TARGETS ${stratacut_libraries} EXPORT StratacutUITargets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(TARGETS stratacut-desk RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+
+foreach(folder IN ITEMS include/StratacutUI host/NvCore/include/NvCore host/ViewDeckQt/include/ViewDeckQt)
+  install(DIRECTORY "${folder}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
+endforeach()
+
+install(EXPORT StratacutUITargets NAMESPACE StratacutUI:: DESTINATION "${stratacut_package_dir}")
+configure_package_config_file(cmake/StratacutUIConfig.cmake.in "${CMAKE_BINARY_DIR}/package/StratacutUIConfig.cmake"
+  INSTALL_DESTINATION "${stratacut_package_dir}")
+write_basic_package_version_file("${CMAKE_BINARY_DIR}/package/StratacutUIConfigVersion.cmake"
+  COMPATIBILITY SameMinorVersion)
+configure_file(cmake/StratacutUI.pc.in "${CMAKE_BINARY_DIR}/package/StratacutUI.pc" @ONLY)
+install(FILES "${CMAKE_BINARY_DIR}/package/StratacutUIConfig.cmake"
+              "${CMAKE_BINARY_DIR}/package/StratacutUIConfigVersion.cmake"
+  DESTINATION "${stratacut_package_dir}")
+install(FILES "${CMAKE_BINARY_DIR}/package/StratacutUI.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+install(FILES LICENSE README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/StratacutUI")

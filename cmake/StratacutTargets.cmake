@@ -31,7 +31,8 @@ function(stratacut_layer name kind)
 endfunction()
 
 # stratacut_test(NAME SOURCES file... LINKS target... [TIMEOUT seconds] [LABELS label...])
-# One Qt Test executable and one CTest entry of the same name, run offscreen in a fixed environment.
+# One Qt Test executable and one CTest entry of the same name, run offscreen in a fixed environment. The label "soak"
+# adds a second entry, NAME_soak, which "ctest -C Soak" runs with STRATACUT_SOAK=1: the test then repeats itself more.
 function(stratacut_test name)
   cmake_parse_arguments(T "" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
@@ -42,6 +43,12 @@ function(stratacut_test name)
   add_test(NAME ${name} COMMAND ${name})
   if(NOT T_TIMEOUT)
     set(T_TIMEOUT 120)
+  endif()
+  if("soak" IN_LIST T_LABELS)
+    list(REMOVE_ITEM T_LABELS soak)
+    add_test(NAME ${name}_soak COMMAND ${name} CONFIGURATIONS Soak)
+    set_tests_properties(${name}_soak PROPERTIES TIMEOUT 14400 LABELS soak
+                                                 ENVIRONMENT "${STRATACUT_TEST_ENV};STRATACUT_SOAK=1")
   endif()
   set_tests_properties(${name} PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}" ENVIRONMENT "${STRATACUT_TEST_ENV}")
 endfunction()

@@ -1,0 +1,44 @@
+# Turns lines "name | measured | target" into one table with a verdict. The first number of each text counts; a target
+# that says "at most", "below" or "<" is an upper limit, every other one a lower limit.
+function number(text) {
+    gsub(",", "", text)
+    return match(text, /-?[0-9]+(\.[0-9]+)?/) ? substr(text, RSTART, RLENGTH) + 0 : ""
+}
+
+function verdict(measured, target,    got, limit) {
+    got = number(measured)
+    limit = number(target)
+    if (got == "")
+        return "NO"
+    if (limit == "")
+        return "-"
+    if (tolower(target) ~ /at most|below|under|</)
+        return got <= limit ? "yes" : "NO"
+    return got >= limit ? "yes" : "NO"
+}
+
+function widest(text, column) {
+    if (length(text) > width[column])
+        width[column] = length(text)
+}
+
+function row(a, b, c, d) {
+    printf "%-*s | %-*s | %-*s | %s\n", width[1], a, width[2], b, width[3], c, d
+}
+
+NF >= 3 {
+    gsub(/^ +| +$/, "", $1)
+    gsub(/ +$/, "", $3)
+    lines++
+    for (column = 1; column <= 3; column++) {
+        cell[lines, column] = $column
+        widest($column, column)
+    }
+}
+
+END {
+    widest("measured", 2)
+    row("question", "measured", "target", "met?")
+    for (i = 1; i <= lines; i++)
+        row(cell[i, 1], cell[i, 2], cell[i, 3], verdict(cell[i, 2], cell[i, 3]))
+}
