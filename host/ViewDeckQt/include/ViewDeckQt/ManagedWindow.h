@@ -26,10 +26,10 @@ public:
     /// Sets the window's title now and again whenever the language changes.
     void setManagedTitle(const NvText& title);
 
-    /// The managed windows that are shown now, in the order of their last activation, the latest first.
+    /// The managed windows that are shown now; the one shown or activated last comes first.
     static QList<QWidget*> openWindows();
 
-    /// The managed window that was activated last and is still shown; null when none is shown.
+    /// The first of openWindows(); null when none is shown.
     static QWidget* activeWindow();
 
 protected:

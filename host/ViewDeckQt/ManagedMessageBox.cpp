@@ -1,0 +1,39 @@
+#include "ViewDeckQt/ManagedMessageBox.h"
+
+#include "ViewDeckQt/ManagedDialog.h"
+
+#include <QPointer>
+
+#include <algorithm>
+
+namespace
+{
+constexpr QMessageBox::StandardButton escapeOrder[] = {QMessageBox::Cancel, QMessageBox::No,      QMessageBox::Close,
+                                                       QMessageBox::Abort,  QMessageBox::Discard, QMessageBox::Ok};
+
+QMessageBox::StandardButton escapeAnswer(QMessageBox::StandardButtons buttons, QMessageBox::StandardButton otherwise)
+{
+    const auto found = std::find_if(std::begin(escapeOrder), std::end(escapeOrder),
+                                    [buttons](QMessageBox::StandardButton button) { return buttons & button; });
+    return found == std::end(escapeOrder) ? otherwise : *found;
+}
+} // namespace
+
+QMessageBox::StandardButton ViewDeckQt::ManagedMessageBox::messageBox(QWidget* parent, QMessageBox::Icon icon,
+                                                                      const QString& title, const QString& text,
+                                                                      QMessageBox::StandardButtons buttons,
+                                                                      QMessageBox::StandardButton defaultButton)
+{
+    const QMessageBox::StandardButton escape = escapeAnswer(buttons, defaultButton);
+    // On the heap: the parent may be destroyed while the box runs, and takes the box with it.
+    const QPointer<ManagedDialog<QMessageBox>> box = new ManagedDialog<QMessageBox>(icon, title, text, buttons, parent);
+    box->setTextFormat(Qt::PlainText);
+    box->setDefaultButton(defaultButton);
+    box->setEscapeButton(escape);
+    box->exec();
+    if (!box)
+        return escape;
+    const QMessageBox::StandardButton answer = box->standardButton(box->clickedButton());
+    delete box;
+    return answer == QMessageBox::NoButton ? escape : answer;
+}
