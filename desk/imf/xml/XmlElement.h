@@ -15,6 +15,8 @@ struct XmlAttribute {
     QString prefix;
     QString name;
     QString value;
+    /// Of xsi:type: the namespace that the prefix in the value stands for.
+    QString valueNameSpace;
 };
 
 /// An element of a parsed document, or a run of text between elements (empty `name`, the characters in `text`).
@@ -33,15 +35,14 @@ struct XmlElement {
 
     bool is(const QString& space, const QString& local) const { return name == local && nameSpace == space; }
 
-    /// First child element with that local name, in the namespace of this element; nullptr when there is none.
-    const XmlElement* child(const QString& local) const;
-    /// First child element with that local name in any namespace.
-    const XmlElement* childOfAnySpace(const QString& local) const;
+    /// First child element of that namespace and local name; nullptr when there is none.
+    const XmlElement* child(const QString& space, const QString& local) const;
+    /// The children that are elements.
     QVector<const XmlElement*> elements() const;
+    QVector<const XmlElement*> elements(const QString& space, const QString& local) const;
     /// The text directly inside, trimmed.
     QString content() const;
-    /// Trimmed text of child(local); empty when there is none.
-    QString childText(const QString& local) const;
+    /// Value of the attribute with that local name; empty when there is none.
     QString attribute(const QString& local) const;
 };
 
