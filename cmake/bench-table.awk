@@ -37,7 +37,9 @@ NF >= 3 {
 }
 
 END {
+    widest("question", 1)
     widest("measured", 2)
+    widest("target", 3)
     row("question", "measured", "target", "met?")
     for (i = 1; i <= lines; i++)
         row(cell[i, 1], cell[i, 2], cell[i, 3], verdict(cell[i, 2], cell[i, 3]))
