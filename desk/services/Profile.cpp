@@ -1,0 +1,30 @@
+#include "desk/services/Profile.h"
+
+#include <QDir>
+#include <QStandardPaths>
+
+namespace desk::services
+{
+
+Profile::Profile(const QString& folder)
+    : m_folder(folder.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)
+                                : QDir(folder).absolutePath())
+{
+}
+
+QString Profile::settingsFile() const
+{
+    return m_folder + QStringLiteral("/packages.json");
+}
+
+QString Profile::binFile() const
+{
+    return m_folder + QStringLiteral("/bin.json");
+}
+
+QString Profile::defaultDeliveryFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+}
+
+} // namespace desk::services

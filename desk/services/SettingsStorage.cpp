@@ -1,0 +1,111 @@
+#include "desk/services/SettingsStorage.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QSaveFile>
+
+namespace desk::services
+{
+
+SettingsStorage::SettingsStorage(const QString& file) : m_file(file)
+{
+    load();
+}
+
+QStringList SettingsStorage::takeNotices()
+{
+    return std::exchange(m_notices, {});
+}
+
+void SettingsStorage::reserved1() {}
+
+void SettingsStorage::reserved3() {}
+
+boost::optional<QJsonArray> SettingsStorage::get(const char* key)
+{
+    const QJsonValue value = m_values.value(QLatin1String(key));
+    if (!value.isArray())
+        return boost::none;
+    return value.toArray();
+}
+
+void SettingsStorage::set(const char* key, const QJsonArray& value)
+{
+    const QLatin1String name(key);
+    if (m_values.value(name) == QJsonValue(value))
+        return;
+    keepPrevious();
+    m_values.insert(name, value);
+    const Status saved = save();
+    if (!saved)
+        m_notices += saved.error().sentence();
+}
+
+void SettingsStorage::load()
+{
+    QFile file(m_file);
+    if (!file.exists())
+        return;
+    if (!file.open(QIODevice::ReadOnly))
+        return setAside(QStringLiteral("it cannot be opened (%1)").arg(file.errorString()));
+    const QByteArray text = file.readAll();
+    file.close();
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
+    if (error.error != QJsonParseError::NoError)
+        return setAside(QStringLiteral("it is no JSON from byte %1 on (%2)").arg(error.offset).arg(error.errorString()));
+    if (!document.isObject())
+        return setAside(QStringLiteral("it holds no JSON object"));
+    m_values = document.object();
+    for (auto entry = m_values.constBegin(); entry != m_values.constEnd(); ++entry) {
+        if (!entry->isArray())
+            return setAside(QStringLiteral("\"%1\" is no array").arg(entry.key()));
+    }
+}
+
+void SettingsStorage::setAside(const QString& reason)
+{
+    const QString stamp = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    QString aside = m_file + QStringLiteral(".unreadable-") + stamp;
+    for (int n = 2; QFileInfo::exists(aside); ++n)
+        aside = m_file + QStringLiteral(".unreadable-%1-%2").arg(stamp).arg(n);
+    const bool moved = QFile::rename(m_file, aside);
+    // What stays in its place must not be overwritten: from here on the values go to a file of their own.
+    const QString unreadable = m_file;
+    if (!moved)
+        m_file += QStringLiteral(".new");
+    const QString next = moved ? QStringLiteral("it was kept as %1 and the saved packages start empty").arg(aside)
+                               : QStringLiteral("it was left alone and new settings go to %1").arg(m_file);
+    m_notices += Error{unreadable, {}, {}, QStringLiteral("the saved state cannot be used: ") + reason, next}.sentence();
+}
+
+void SettingsStorage::keepPrevious()
+{
+    if (std::exchange(m_previousKept, true) || !QFile::exists(m_file))
+        return;
+    const QString previous = m_file + QStringLiteral(".previous");
+    QFile source(m_file);
+    QSaveFile copy(previous);
+    const bool kept = source.open(QIODevice::ReadOnly) && copy.open(QIODevice::WriteOnly) &&
+                      copy.write(source.readAll()) == source.size() && copy.commit();
+    if (!kept)
+        m_notices += Error{previous, {}, {}, QStringLiteral("the former saved state cannot be kept"),
+                           QStringLiteral("check the rights and the space of the folder")}
+                         .sentence();
+}
+
+Status SettingsStorage::save() const
+{
+    const QByteArray text = QJsonDocument(m_values).toJson();
+    QSaveFile file(m_file);
+    if (QDir().mkpath(QFileInfo(m_file).path()) && file.open(QIODevice::WriteOnly) && file.write(text) == text.size() &&
+        file.commit())
+        return {};
+    return Error{m_file, {}, {}, QStringLiteral("the packages cannot be saved (%1)").arg(file.errorString()),
+                 QStringLiteral("check the rights and the space of the folder")};
+}
+
+} // namespace desk::services

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "StratacutUI/ISettingsStorage.h"
+#include "desk/base/Result.h"
+
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+
+namespace desk::services
+{
+
+/// The package manager's settings as one JSON file, an object with an array for each key.
+///
+/// The file is written whole and renamed. A file that cannot be read is set aside under a new name and never
+/// overwritten; what the file held when the program started is kept beside it as "<name>.previous" with the first
+/// change, so that a restore which failed half-way loses nothing. User-interface thread.
+class SettingsStorage : public ISettingsStorage
+{
+public:
+    /// Reads the file at once; an absent one is empty.
+    explicit SettingsStorage(const QString& file);
+
+    /// What the user must be told about the file: set aside, or not written. Cleared by the call.
+    QStringList takeNotices();
+
+    void reserved1() override;
+    boost::optional<QJsonArray> get(const char* key) override;
+    void reserved3() override;
+    /// A failure to write becomes a notice; the value then lives for this run only.
+    void set(const char* key, const QJsonArray& value) override;
+
+private:
+    void load();
+    void setAside(const QString& reason);
+    void keepPrevious();
+    Status save() const;
+
+    QString m_file;
+    QJsonObject m_values;
+    QStringList m_notices;
+    bool m_previousKept = false;
+};
+
+} // namespace desk::services
