@@ -153,10 +153,9 @@ imf::J2kSettings OutputFormat::j2k() const
 
 const QStringList& OutputFormat::keys()
 {
-    static const QStringList all{key::applicationPattern, key::resolution,         key::frameRate,    key::colorimetry,
-                                 key::colorDepth,         key::compression,        key::compressionProfile,
-                                 key::stereoscopic,       key::format,             key::sampleRate,   key::bitDepth,
-                                 key::audioMix};
+    static const QStringList all{
+        key::applicationPattern, key::resolution,   key::frameRate, key::colorimetry, key::colorDepth, key::compression,
+        key::compressionProfile, key::stereoscopic, key::format,    key::sampleRate,  key::bitDepth,   key::audioMix};
     return all;
 }
 

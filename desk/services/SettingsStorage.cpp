@@ -56,7 +56,8 @@ void SettingsStorage::load()
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(text, &error);
     if (error.error != QJsonParseError::NoError)
-        return setAside(QStringLiteral("it is no JSON from byte %1 on (%2)").arg(error.offset).arg(error.errorString()));
+        return setAside(
+            QStringLiteral("it is no JSON from byte %1 on (%2)").arg(error.offset).arg(error.errorString()));
     if (!document.isObject())
         return setAside(QStringLiteral("it holds no JSON object"));
     m_values = document.object();
@@ -79,7 +80,8 @@ void SettingsStorage::setAside(const QString& reason)
         m_file += QStringLiteral(".new");
     const QString next = moved ? QStringLiteral("it was kept as %1 and the saved packages start empty").arg(aside)
                                : QStringLiteral("it was left alone and new settings go to %1").arg(m_file);
-    m_notices += Error{unreadable, {}, {}, QStringLiteral("the saved state cannot be used: ") + reason, next}.sentence();
+    m_notices +=
+        Error{unreadable, {}, {}, QStringLiteral("the saved state cannot be used: ") + reason, next}.sentence();
 }
 
 void SettingsStorage::keepPrevious()
@@ -92,7 +94,10 @@ void SettingsStorage::keepPrevious()
     const bool kept = source.open(QIODevice::ReadOnly) && copy.open(QIODevice::WriteOnly) &&
                       copy.write(source.readAll()) == source.size() && copy.commit();
     if (!kept)
-        m_notices += Error{previous, {}, {}, QStringLiteral("the former saved state cannot be kept"),
+        m_notices += Error{previous,
+                           {},
+                           {},
+                           QStringLiteral("the former saved state cannot be kept"),
                            QStringLiteral("check the rights and the space of the folder")}
                          .sentence();
 }
@@ -104,7 +109,10 @@ Status SettingsStorage::save() const
     if (QDir().mkpath(QFileInfo(m_file).path()) && file.open(QIODevice::WriteOnly) && file.write(text) == text.size() &&
         file.commit())
         return {};
-    return Error{m_file, {}, {}, QStringLiteral("the packages cannot be saved (%1)").arg(file.errorString()),
+    return Error{m_file,
+                 {},
+                 {},
+                 QStringLiteral("the packages cannot be saved (%1)").arg(file.errorString()),
                  QStringLiteral("check the rights and the space of the folder")};
 }
 
