@@ -1,9 +1,11 @@
 #include "desk/services/OutputFormat.h"
 
-#include <QRegularExpression>
+#include <QHash>
+#include <QMap>
 
 #include <algorithm>
 #include <array>
+#include <tuple>
 
 namespace desk::services
 {
@@ -91,14 +93,14 @@ QString compression(imf::J2kSettings::Mode mode)
 
 QString colour(imf::Colour colour)
 {
-    static const QHash<imf::Colour, QString> names{{imf::Colour::Bt601_625, QStringLiteral("BT.601 625")},
-                                                   {imf::Colour::Bt601_525, QStringLiteral("BT.601 525")},
-                                                   {imf::Colour::Bt709, QStringLiteral("BT.709")},
-                                                   {imf::Colour::XvYcc, QStringLiteral("xvYCC")},
-                                                   {imf::Colour::Bt2020, QStringLiteral("BT.2020")},
-                                                   {imf::Colour::P3D65Pq, QStringLiteral("P3D65 PQ")},
-                                                   {imf::Colour::Bt2020Pq, QStringLiteral("BT.2020 PQ")},
-                                                   {imf::Colour::Bt2020Hlg, QStringLiteral("BT.2020 HLG")}};
+    static const QMap<imf::Colour, QString> names{{imf::Colour::Bt601_625, QStringLiteral("BT.601 625")},
+                                                  {imf::Colour::Bt601_525, QStringLiteral("BT.601 525")},
+                                                  {imf::Colour::Bt709, QStringLiteral("BT.709")},
+                                                  {imf::Colour::XvYcc, QStringLiteral("xvYCC")},
+                                                  {imf::Colour::Bt2020, QStringLiteral("BT.2020")},
+                                                  {imf::Colour::P3D65Pq, QStringLiteral("P3D65 PQ")},
+                                                  {imf::Colour::Bt2020Pq, QStringLiteral("BT.2020 PQ")},
+                                                  {imf::Colour::Bt2020Hlg, QStringLiteral("BT.2020 HLG")}};
     return names.value(colour, QLatin1String(unknown));
 }
 
