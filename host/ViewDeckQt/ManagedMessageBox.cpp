@@ -17,13 +17,26 @@ QMessageBox::StandardButton escapeAnswer(QMessageBox::StandardButtons buttons, Q
                                     [buttons](QMessageBox::StandardButton button) { return buttons & button; });
     return found == std::end(escapeOrder) ? otherwise : *found;
 }
+
+ViewDeckQt::ManagedMessageBox::Presenter& presenter()
+{
+    static ViewDeckQt::ManagedMessageBox::Presenter current;
+    return current;
+}
 } // namespace
+
+void ViewDeckQt::ManagedMessageBox::setPresenter(Presenter replacement)
+{
+    presenter() = std::move(replacement);
+}
 
 QMessageBox::StandardButton ViewDeckQt::ManagedMessageBox::messageBox(QWidget* parent, QMessageBox::Icon icon,
                                                                       const QString& title, const QString& text,
                                                                       QMessageBox::StandardButtons buttons,
                                                                       QMessageBox::StandardButton defaultButton)
 {
+    if (presenter())
+        return presenter()({icon, title, text, buttons, defaultButton});
     const QMessageBox::StandardButton escape = escapeAnswer(buttons, defaultButton);
     // On the heap: the parent may be destroyed while the box runs, and takes the box with it.
     const QPointer<ManagedDialog<QMessageBox>> box = new ManagedDialog<QMessageBox>(icon, title, text, buttons, parent);

@@ -4,6 +4,8 @@
 
 #include <QMessageBox>
 
+#include <functional>
+
 namespace ViewDeckQt::ManagedMessageBox
 {
 
@@ -17,5 +19,21 @@ namespace ViewDeckQt::ManagedMessageBox
 VIEWDECK_EXPORT QMessageBox::StandardButton messageBox(QWidget* parent, QMessageBox::Icon icon, const QString& title,
                                                        const QString& text, QMessageBox::StandardButtons buttons,
                                                        QMessageBox::StandardButton defaultButton);
+
+/// What a message box is to say and which answers it offers.
+struct Request {
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    QString title;
+    QString text;
+    QMessageBox::StandardButtons buttons;
+    QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
+};
+
+/// Answers a request without a window. Called on the user-interface thread.
+using Presenter = std::function<QMessageBox::StandardButton(const Request&)>;
+
+/// Hands every message box to `presenter` from now on: for hosts that run without a display, such as a command line.
+/// An empty one brings the windows back. User-interface thread.
+VIEWDECK_EXPORT void setPresenter(Presenter presenter);
 
 } // namespace ViewDeckQt::ManagedMessageBox
