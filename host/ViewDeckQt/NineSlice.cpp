@@ -92,8 +92,10 @@ QPixmap draw(const Request& request)
     image.fill(Qt::transparent);
     {
         QPainter painter(&image);
-        painter.setOpacity(request.opacity / 255.0);
         renderer.render(&painter, QRectF({0, 0}, size * request.ratio));
+        // Faded as a whole: shapes that overlap must not shine through each other.
+        painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+        painter.fillRect(image.rect(), QColor(0, 0, 0, request.opacity));
     }
     image.setDevicePixelRatio(request.ratio);
     return QPixmap::fromImage(image);
