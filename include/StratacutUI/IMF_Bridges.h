@@ -15,10 +15,10 @@ public:
     IMF_IMFO_bridge() = delete;
 
     /// Does nothing; there are no instances.
-    IMF_IMFO_bridge& operator=(const IMF_IMFO_bridge&) { return *this; }
+    IMF_IMFO_bridge& operator=(const IMF_IMFO_bridge&) = default;
 
     /// Does nothing; there are no instances.
-    IMF_IMFO_bridge& operator=(IMF_IMFO_bridge&&) noexcept { return *this; }
+    IMF_IMFO_bridge& operator=(IMF_IMFO_bridge&&) noexcept = default;
 
     /// Stores the bridge if none is stored yet; a later pointer is ignored. A null pointer leaves the holder empty.
     static void Initialize(IMFO_Bridge* bridge);
@@ -33,10 +33,10 @@ public:
     IMF_MXE_bridge() = delete;
 
     /// Does nothing; there are no instances.
-    IMF_MXE_bridge& operator=(const IMF_MXE_bridge&) { return *this; }
+    IMF_MXE_bridge& operator=(const IMF_MXE_bridge&) = default;
 
     /// Does nothing; there are no instances.
-    IMF_MXE_bridge& operator=(IMF_MXE_bridge&&) noexcept { return *this; }
+    IMF_MXE_bridge& operator=(IMF_MXE_bridge&&) noexcept = default;
 
     /// Takes the bridge for the life of the process. Only the first call counts; a later bridge is destroyed.
     static void Initialize(std::unique_ptr<MXE_Bridge> bridge);
