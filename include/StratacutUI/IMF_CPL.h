@@ -12,6 +12,7 @@
 
 class IMF_Node;
 class QAbstractItemModel;
+class QJsonArray;
 class QVariant;
 class TargetFormatBuilder;
 
@@ -101,10 +102,12 @@ private:
     void UpdateJsonFromTargetFormatBuilder();
     void UpdateJsonFromAAF();
     void UpdateFPSJsonValueFromTargetFormatBuilder();
+    void UpdateCommittedMapping(const QJsonArray& reported);
     void UpdateCommittedFrameRate();
     void UpdateContentKind(const QString& kind);
     bool SetMultiMix(const QJsonObject& multiMix);
     bool SetStringProperty(const QString& key, const QString& text);
+    bool SetContentKind(const QString& kind);
     void StoreMultiMix(const QJsonObject& multiMix);
 
     std::weak_ptr<IMF_Node> m_owner;

@@ -74,7 +74,8 @@ QJsonArray sourceNames(const QString& source, const QJsonObject& multiMix)
 QJsonArray sourceNumbers(const QString& source, const QJsonObject& multiMix)
 {
     QJsonArray numbers;
-    for (const QJsonValue& name : sourceNames(source, multiMix))
+    const QJsonArray names = sourceNames(source, multiMix);
+    for (const QJsonValue& name : names)
         numbers.append(name.isDouble() ? name.toInt() : numberOf(name.toString()));
     return numbers;
 }
@@ -167,7 +168,11 @@ QVariant GetAudioValue(const QJsonValue& root, const QString& key)
 QJsonArray GetAudioMapping(const QJsonValue& root)
 {
     const QVariant variant = GetAudioValue(root, QString::fromLatin1(ImfDict::MultipleAudioMix));
+    // Qt numbers both enumerations alike but gives them no common type.
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_GCC("-Wenum-compare")
     NV_ASSERT(variant.type() == QMetaType::QJsonObject);
+    QT_WARNING_POP
     const QJsonObject multiMix = variant.toJsonObject();
     const bool burned = isBurned(root.toObject());
     const QJsonArray mapping = multiMix.value(QLatin1String(ImfDict::AudioMapping)).toArray();
@@ -195,7 +200,8 @@ QJsonArray MigrateLegacyMapping(const QJsonArray& legacy)
 QJsonArray FlattenMultiMix(const QJsonObject& multiMix)
 {
     QJsonArray list;
-    for (const QJsonValue& entry : multiMix.value(QLatin1String(ImfDict::AudioMapping)).toArray())
+    const QJsonArray mapping = multiMix.value(QLatin1String(ImfDict::AudioMapping)).toArray();
+    for (const QJsonValue& entry : mapping)
         list.append(flattened(entry.toObject(), multiMix));
     return list;
 }

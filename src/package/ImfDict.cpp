@@ -7,12 +7,12 @@
 
 namespace
 {
-struct Kind {
+struct KindRow {
     const char* label;
     const char* code;
 };
 
-constexpr Kind kinds[] = {
+constexpr KindRow kinds[] = {
     {"Advertisement - ADV", "advertisement"},
     {"Episode - EPS", "episode"},
     {"Event - EVT", "event"},
@@ -27,13 +27,13 @@ constexpr Kind kinds[] = {
     {"Transitional - XSN", "transitional"},
 };
 
-using Field = const char* Kind::*;
+using Field = const char* KindRow::*;
 
 // The other half of a row; a text that no row has stands for itself.
 QString translate(const QString& text, Field from, Field to)
 {
     const auto row = std::find_if(std::begin(kinds), std::end(kinds),
-                                  [&](const Kind& kind) { return text == QLatin1String(kind.*from); });
+                                  [&](const KindRow& kind) { return text == QLatin1String(kind.*from); });
     return row == std::end(kinds) ? text : QString::fromLatin1((*row).*to);
 }
 
@@ -49,7 +49,7 @@ QJsonObject makeObject(const QString& code)
 QHash<QString, QJsonObject> makeObjects()
 {
     QHash<QString, QJsonObject> objects{{QString(), makeObject(QString())}};
-    for (const Kind& kind : kinds)
+    for (const KindRow& kind : kinds)
         objects.insert(QString::fromLatin1(kind.code), makeObject(QString::fromLatin1(kind.code)));
     return objects;
 }
@@ -64,7 +64,7 @@ QString ImfDict::contentKindScope()
 QStringList ImfDict::contentKindLabels()
 {
     QStringList labels{QString()};
-    for (const Kind& kind : kinds)
+    for (const KindRow& kind : kinds)
         labels += QString::fromLatin1(kind.label);
     return labels;
 }
@@ -72,12 +72,12 @@ QStringList ImfDict::contentKindLabels()
 QString ImfDict::contentKindCode(const QString& labelOrCode)
 {
     const QString text = labelOrCode.trimmed();
-    return text.isEmpty() ? QString() : translate(text, &Kind::label, &Kind::code);
+    return text.isEmpty() ? QString() : translate(text, &KindRow::label, &KindRow::code);
 }
 
 QString ImfDict::contentKindLabel(const QString& code)
 {
-    return translate(code, &Kind::code, &Kind::label);
+    return translate(code, &KindRow::code, &KindRow::label);
 }
 
 QJsonObject ImfDict::contentKindObject(const QString& labelOrCode)
