@@ -35,7 +35,7 @@ struct J2kProfile {
 /// possible instead, where Application 2E (ST 2067-21) has no such picture: size, rate, colour, depth, sampling.
 Result<J2kProfile> chooseProfile(const PictureFormat& format, const J2kSettings& settings);
 
-/// The profile that a label or a capability word stands for; an error where it is none of IMF. maxFrameBytes is 0.
+/// The profile that a label stands for (main level 0 included); an error where it is none of IMF. maxFrameBytes is 0.
 Result<J2kProfile> profileOfLabel(const QByteArray& pictureCoding);
 
 } // namespace desk::imf

@@ -1,0 +1,156 @@
+#include "desk/imf/j2k/J2kEncoderPool.h"
+
+#include "desk/imf/j2k/J2kEncoder.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace desk::imf
+{
+
+namespace
+{
+
+/// One frame inside the pool: first its picture, then its codestream or error.
+struct Frame {
+    Picture picture;
+    bool done = false;
+    std::optional<Result<QByteArray>> outcome;
+};
+
+Error cancelled()
+{
+    return {{}, QStringLiteral("JPEG 2000 encoding"), {}, QStringLiteral("it was cancelled"), {}};
+}
+
+} // namespace
+
+struct J2kEncoderPool::State {
+    PictureFormat format;
+    J2kProfile profile;
+    int capacity = 0;
+
+    mutable std::mutex mutex;
+    std::condition_variable roomMade;
+    std::condition_variable workAdded;
+    std::condition_variable frameDone;
+    /// In the order of the pictures; the first is the next to be taken. References stay valid while others come and go.
+    std::deque<Frame> frames;
+    /// How many frames, from the front, the workers have begun.
+    std::size_t begun = 0;
+    bool ended = false;
+    std::optional<Error> failed;
+    std::vector<std::thread> workers;
+
+    bool full() const { return frames.size() >= std::size_t(capacity); }
+
+    void fail(const Error& error)
+    {
+        if (!failed)
+            failed = error;
+        for (std::condition_variable* waiting : {&roomMade, &workAdded, &frameDone})
+            waiting->notify_all();
+    }
+
+    void work();
+};
+
+void J2kEncoderPool::State::work()
+{
+    std::unique_lock lock(mutex);
+    for (;;) {
+        workAdded.wait(lock, [this] { return failed || ended || begun < frames.size(); });
+        if (failed || begun >= frames.size())
+            return;
+        Frame& frame = frames[begun++];
+        const Picture picture = std::move(frame.picture);
+        lock.unlock();
+        auto outcome = encodeFrame(picture, format, profile);
+        lock.lock();
+        frame.outcome = std::move(outcome);
+        frame.done = true;
+        frameDone.notify_all();
+    }
+}
+
+J2kEncoderPool::J2kEncoderPool(const PictureFormat& format, const J2kProfile& profile, int workers)
+    : m_state(std::make_unique<State>())
+{
+    const int count = workers > 0 ? workers : std::max(1, int(std::thread::hardware_concurrency()));
+    m_state->format = format;
+    m_state->profile = profile;
+    m_state->capacity = 2 * count;
+    for (int i = 0; i < count; ++i)
+        m_state->workers.emplace_back([state = m_state.get()] { state->work(); });
+}
+
+J2kEncoderPool::~J2kEncoderPool()
+{
+    cancel();
+    for (std::thread& worker : m_state->workers)
+        worker.join();
+}
+
+int J2kEncoderPool::capacity() const
+{
+    return m_state->capacity;
+}
+
+bool J2kEncoderPool::hasRoom() const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->failed || !m_state->full();
+}
+
+Status J2kEncoderPool::push(Picture picture)
+{
+    State& state = *m_state;
+    std::unique_lock lock(state.mutex);
+    state.roomMade.wait(lock, [&state] { return state.failed || !state.full(); });
+    if (state.failed)
+        return *state.failed;
+    state.frames.push_back({std::move(picture), false, std::nullopt});
+    state.workAdded.notify_one();
+    return {};
+}
+
+void J2kEncoderPool::endOfInput()
+{
+    const std::lock_guard lock(m_state->mutex);
+    m_state->ended = true;
+    m_state->workAdded.notify_all();
+    m_state->frameDone.notify_all();
+}
+
+Result<std::optional<QByteArray>> J2kEncoderPool::take()
+{
+    State& state = *m_state;
+    std::unique_lock lock(state.mutex);
+    state.frameDone.wait(
+        lock, [&state] { return state.failed || (state.frames.empty() ? state.ended : state.frames.front().done); });
+    if (state.failed)
+        return *state.failed;
+    if (state.frames.empty())
+        return std::optional<QByteArray>();
+    const Result<QByteArray> outcome = std::move(*state.frames.front().outcome);
+    state.frames.pop_front();
+    --state.begun;
+    state.roomMade.notify_one();
+    if (!outcome) {
+        state.fail(outcome.error());
+        return outcome.error();
+    }
+    return std::optional<QByteArray>(*outcome);
+}
+
+void J2kEncoderPool::cancel()
+{
+    const std::lock_guard lock(m_state->mutex);
+    m_state->fail(cancelled());
+}
+
+} // namespace desk::imf
