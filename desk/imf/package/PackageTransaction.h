@@ -36,9 +36,12 @@ struct NewTrackFile {
     UserText annotation;
 };
 
-/// One package (packing list) to add to the delivery or to put in the place of one that has the same id.
+/// One package (packing list) to add to the delivery.
 struct NewPackage {
     QUuid id;
+    /// A packing list of the delivery whose place the new one takes, null for none: all its assets are packed again and
+    /// its own file goes. A changed document needs an `id` of its own.
+    QUuid replaces;
     QString name;
     UserText annotation;
     UserText issuer;

@@ -1,6 +1,6 @@
 #include "desk/imf/xml/Composition.h"
 
-#include <QXmlStreamReader>
+#include <QSet>
 
 namespace desk::imf
 {
@@ -53,14 +53,21 @@ std::optional<qint64> Composition::duration() const
     return sum;
 }
 
-bool looksLikeComposition(const QByteArray& xml)
+QVector<QUuid> referredAssets(const Composition& composition)
 {
-    QXmlStreamReader reader(xml);
-    while (!reader.atEnd() && reader.readNext() != QXmlStreamReader::DTD) {
-        if (reader.isStartElement())
-            return reader.name() == QLatin1String("CompositionPlaylist");
+    QVector<QUuid> result;
+    QSet<QUuid> seen;
+    for (const Segment& segment : composition.segments) {
+        for (const Sequence& sequence : segment.sequences) {
+            for (const Resource& one : sequence.resources) {
+                if (one.trackFileId.isNull() || seen.contains(one.trackFileId))
+                    continue;
+                seen.insert(one.trackFileId);
+                result.append(one.trackFileId);
+            }
+        }
     }
-    return false;
+    return result;
 }
 
 } // namespace desk::imf

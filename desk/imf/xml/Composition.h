@@ -151,8 +151,12 @@ struct Composition {
 /// Duration of a sequence in edit units of `editRate`; nothing when it is no whole number of them or does not fit.
 std::optional<qint64> sequenceDuration(const Sequence& sequence, Rational editRate);
 
-/// True when the document's root element is a composition playlist of any edition.
-bool looksLikeComposition(const QByteArray& xml);
+/// Track files that the composition's resources name, each once, in order of first use.
+QVector<QUuid> referredAssets(const Composition& composition);
+
+/// True when the document's root element is a composition playlist, of whatever edition. Fails where no root is
+/// reached.
+Result<bool> holdsComposition(const QByteArray& xml, const QString& fileName);
 
 /// `fileName` serves the messages alone. Refuses what is not safe or not well-formed XML, another kind of document, and
 /// values that are not of their type; what the standard merely forbids is left to the verifier.

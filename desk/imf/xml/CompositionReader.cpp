@@ -165,6 +165,14 @@ void readLists(FieldReader& in, const XmlElement& root, Composition& composition
 
 } // namespace
 
+Result<bool> holdsComposition(const QByteArray& xml, const QString& fileName)
+{
+    const Result<QString> root = rootName(xml, fileName);
+    if (!root)
+        return root.error();
+    return *root == QLatin1String(names::compositionPlaylist);
+}
+
 Result<Composition> readComposition(const QByteArray& xml, const QString& fileName)
 {
     const Result<XmlElement> root =

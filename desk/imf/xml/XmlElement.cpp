@@ -251,6 +251,20 @@ Result<XmlElement> parseXml(const QByteArray& xml, const QString& fileName, cons
     return TreeBuilder(xml, fileName, limits).build();
 }
 
+Result<QString> rootName(const QByteArray& xml, const QString& fileName)
+{
+    QXmlStreamReader reader(xml);
+    while (!reader.atEnd()) {
+        const QXmlStreamReader::TokenType token = reader.readNext();
+        if (token == QXmlStreamReader::StartElement)
+            return reader.name().toString();
+        if (token == QXmlStreamReader::DTD)
+            break;
+    }
+    const Result<XmlElement> whole = parseXml(xml, fileName);
+    return whole ? Result<QString>(whole->name) : Result<QString>(whole.error());
+}
+
 QByteArray toXml(const XmlElement& element)
 {
     QString out;

@@ -58,6 +58,9 @@ struct XmlLimits {
 /// document type declaration (and with it every entity), and what exceeds the limits.
 Result<XmlElement> parseXml(const QByteArray& xml, const QString& fileName, const XmlLimits& limits = {});
 
+/// Local name of the root element; reads no further than its start tag. Refuses as parseXml() does.
+Result<QString> rootName(const QByteArray& xml, const QString& fileName);
+
 /// The element as UTF-8 text that stands alone: every namespace that it uses is declared inside it. Prefixes are kept.
 QByteArray toXml(const XmlElement& element);
 
