@@ -1,0 +1,159 @@
+#include "desk/media/MediaFile.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <mutex>
+
+namespace desk::media
+{
+
+namespace
+{
+
+const QString chooseMedia = QStringLiteral("choose a media file");
+
+/// Formats that name other files or addresses, or take the file's name for a pattern.
+const QSet<QByteArray> playlists{"applehttp", "concat", "dash", "hls",   "imf",  "image2", "mpsub",
+                                 "rtp",       "rtsp",   "sap",  "sdp",   "tty",  "vobsub", "webm_dash_manifest",
+                                 "alias_pix", "sami",   "hdl",  "lavfi", "mmst", "rtmp",   "ffmetadata"};
+
+void quietLibraries()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { av_log_set_level(AV_LOG_QUIET); });
+}
+
+QByteArray fileUrl(const QString& path)
+{
+    return "file:" + QDir::toNativeSeparators(path).toUtf8();
+}
+
+Error notMedia(const QString& path)
+{
+    return {path, {}, {}, QStringLiteral("the file is no media that can be read"), chooseMedia};
+}
+
+/// What the first bytes say the file is.
+Result<const AVInputFormat*> probedFormat(const QString& path)
+{
+    AVIOContext* io = nullptr;
+    const QByteArray url = fileUrl(path);
+    if (const int code = avio_open2(&io, url.constData(), AVIO_FLAG_READ, nullptr, nullptr); code < 0)
+        return Error{path, {}, {}, ffText(code), QStringLiteral("check that the file can be read")};
+    const AVInputFormat* format = nullptr;
+    const int score = av_probe_input_buffer2(io, &format, url.constData(), nullptr, 0, 0);
+    avio_closep(&io);
+    if (score < 0 || format == nullptr)
+        return notMedia(path);
+    return format;
+}
+
+Status refusePlaylist(const QString& path, const AVInputFormat& format)
+{
+    const QList<QByteArray> names = QByteArray(format.name).split(',');
+    const bool refused =
+        std::any_of(names.begin(), names.end(), [](const QByteArray& n) { return playlists.contains(n); });
+    if (!refused && (format.flags & AVFMT_NOFILE) == 0)
+        return {};
+    return Error{path,
+                 {},
+                 {},
+                 QStringLiteral("the file is a playlist (%1) that names other files").arg(QLatin1String(format.name)),
+                 QStringLiteral("choose the media files themselves")};
+}
+
+/// An index at the end of the file is lost when the end is cut off.
+Error openFailure(const QString& path, const AVInputFormat& format, int code)
+{
+    if (code == AVERROR_INVALIDDATA && QByteArray(format.name).startsWith("mov"))
+        return {path,
+                {},
+                {},
+                QStringLiteral("the file has no index, so it is cut or was never finished"),
+                QStringLiteral("copy or render the file again")};
+    if (code == AVERROR_INVALIDDATA)
+        return notMedia(path);
+    return {path, {}, {}, ffText(code), QStringLiteral("check that the file can be read")};
+}
+
+} // namespace
+
+Result<QString> checkedMediaPath(const QString& path)
+{
+    static const QRegularExpression address(QStringLiteral("^[A-Za-z][A-Za-z0-9+.-]+://"));
+    const QFileInfo file(path);
+    const auto refuse = [&](const QString& what, const QString& next = chooseMedia) {
+        return Error{path, {}, {}, what, next};
+    };
+    if (address.match(path).hasMatch() && !file.exists())
+        return refuse(QStringLiteral("only files of this machine can be opened"),
+                      QStringLiteral("copy the media to this machine and choose the copy"));
+    if (!file.exists())
+        return refuse(QStringLiteral("there is no such file"));
+    if (file.isDir())
+        return refuse(QStringLiteral("this is a folder"));
+    if (!file.isFile())
+        return refuse(QStringLiteral("this is a device and not a file"));
+    if (!file.isReadable())
+        return refuse(QStringLiteral("the file may not be read"), QStringLiteral("change its permissions"));
+    if (file.size() == 0)
+        return refuse(QStringLiteral("the file is empty"), QStringLiteral("copy or render the file again"));
+    return file.canonicalFilePath();
+}
+
+Result<FormatPtr> openMediaFile(const QString& path)
+{
+    quietLibraries();
+    const Result<const AVInputFormat*> format = probedFormat(path);
+    if (!format)
+        return format.error();
+    if (const Status status = refusePlaylist(path, **format); !status)
+        return status.error();
+
+    AVFormatContext* context = nullptr;
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "protocol_whitelist", "file", 0);
+    const int code = avformat_open_input(&context, fileUrl(path).constData(), *format, &options);
+    av_dict_free(&options);
+    if (code < 0)
+        return openFailure(path, **format, code);
+    FormatPtr file(context);
+    if (const int found = avformat_find_stream_info(context, nullptr); found < 0)
+        return openFailure(path, **format, found);
+    return file;
+}
+
+Result<CodecPtr> openDecoder(const AVFormatContext& file, int stream, DecoderThreads threads)
+{
+    const AVStream& st = *file.streams[stream];
+    const QString name = QString::fromLatin1(avcodec_get_name(st.codecpar->codec_id));
+    const auto failed = [&](const QString& what) {
+        return Error{QString::fromUtf8(file.url).mid(5),
+                     QStringLiteral("stream %1").arg(stream),
+                     {},
+                     what,
+                     QStringLiteral("convert the media to another codec")};
+    };
+    const AVCodec* codec = avcodec_find_decoder(st.codecpar->codec_id);
+    if (codec == nullptr)
+        return failed(QStringLiteral("no decoder for %1 is installed").arg(name));
+    CodecPtr context(avcodec_alloc_context3(codec));
+    avcodec_parameters_to_context(context.get(), st.codecpar);
+    context->pkt_timebase = st.time_base;
+    context->thread_count = threads.threads;
+    context->thread_type = threads.type;
+    if (const int code = avcodec_open2(context.get(), codec, nullptr); code < 0)
+        return failed(QStringLiteral("the %1 decoder does not take the stream (%2)").arg(name, ffText(code)));
+    return context;
+}
+
+void keepOnlyStream(AVFormatContext& file, int stream)
+{
+    for (unsigned i = 0; i < file.nb_streams; ++i)
+        file.streams[i]->discard = int(i) == stream ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+}
+
+} // namespace desk::media

@@ -1,0 +1,381 @@
+#include "desk/media/PictureConverter.h"
+
+#include "desk/media/ColourMath.h"
+
+#include <algorithm>
+#include <cmath>
+
+extern "C" {
+#include <libavutil/imgutils.h>
+#include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
+}
+
+namespace desk::media
+{
+
+namespace
+{
+
+/// Planes of 16-bit words in memory of their own, the values in the lower `depth` bits.
+struct Planes {
+    int width = 0;
+    int height = 0;
+    int depth = 16;
+    int log2ChromaW = 0;
+    int log2ChromaH = 0;
+    std::array<std::vector<std::uint16_t>, 3> words;
+
+    int planeWidth(int plane) const { return plane == 0 ? width : AV_CEIL_RSHIFT(width, log2ChromaW); }
+
+    int planeHeight(int plane) const { return plane == 0 ? height : AV_CEIL_RSHIFT(height, log2ChromaH); }
+
+    void allocate()
+    {
+        for (int i = 0; i < 3; ++i)
+            words[std::size_t(i)].resize(std::size_t(planeWidth(i)) * std::size_t(planeHeight(i)));
+    }
+
+    std::uint16_t* row(int plane, int y)
+    {
+        return words[std::size_t(plane)].data() + std::size_t(y) * planeWidth(plane);
+    }
+
+    const std::uint16_t* row(int plane, int y) const { return const_cast<Planes*>(this)->row(plane, y); }
+};
+
+/// The part of the target that the picture covers; the rest is black.
+struct Fit {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+};
+
+Fit fitInto(const PictureTarget& target, int width, int height, Rational pixelAspect)
+{
+    const double shape = double(width) * pixelAspect.toDouble() / double(height);
+    Fit fit{0, 0, target.width, target.height};
+    if (shape > double(target.width) / target.height)
+        fit.height = std::min(target.height, std::max(1, int(std::lround(target.width / shape))));
+    else
+        fit.width = std::min(target.width, std::max(2, 2 * int(std::lround(target.height * shape / 2.0))));
+    fit.x = (target.width - fit.width) / 2 & ~1;
+    fit.y = (target.height - fit.height) / 2;
+    return fit;
+}
+
+bool isXyz(int format)
+{
+    return format == AV_PIX_FMT_XYZ12LE || format == AV_PIX_FMT_XYZ12BE;
+}
+
+/// Formats that readRow() takes apart; the scaler turns the others into one of these.
+bool isReadable(int format)
+{
+    const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(AVPixelFormat(format));
+    return !isXyz(format) &&
+           (desc.flags & (AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_BAYER | AV_PIX_FMT_FLAG_FLOAT |
+                          AV_PIX_FMT_FLAG_HWACCEL | AV_PIX_FMT_FLAG_BITSTREAM)) == 0 &&
+           desc.comp[0].depth >= 8 && desc.comp[0].depth <= 16 && desc.nb_components >= 3;
+}
+
+void readRow(const AVFrame& in, const AVPixFmtDescriptor& desc, int component, int y, std::uint16_t* out, int width)
+{
+    const AVComponentDescriptor& comp = desc.comp[component];
+    const uint8_t* line = in.data[comp.plane] + std::ptrdiff_t(y) * in.linesize[comp.plane];
+    const bool alone = comp.shift == 0 && comp.offset == 0 && (desc.flags & AV_PIX_FMT_FLAG_BE) == 0;
+    if (alone && comp.step == 2 && comp.depth > 8)
+        std::copy_n(reinterpret_cast<const std::uint16_t*>(line), width, out);
+    else if (alone && comp.step == 1)
+        std::copy_n(line, width, out);
+    else
+        av_read_image_line2(out, const_cast<const uint8_t**>(in.data), in.linesize, &desc, 0, y, component, width, 0,
+                            2);
+}
+
+/// The samples as they are coded. Components of lower depth than the first are brought to its depth.
+Planes unpacked(const AVFrame& in)
+{
+    const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(AVPixelFormat(in.format));
+    Planes out;
+    out.width = in.width;
+    out.height = in.height;
+    out.depth = desc.comp[0].depth;
+    out.log2ChromaW = desc.log2_chroma_w;
+    out.log2ChromaH = desc.log2_chroma_h;
+    out.allocate();
+    for (int plane = 0; plane < 3; ++plane) {
+        for (int y = 0; y < out.planeHeight(plane); ++y)
+            readRow(in, desc, plane, y, out.row(plane, y), out.planeWidth(plane));
+    }
+    return out;
+}
+
+/// All samples at 16 bits, in the upper bits of the words, turned into the target's colours.
+void convertColours(Planes& planes, const ColourMeaning& meaning, int codedDepth)
+{
+    const int up = 16 - planes.depth;
+    for (auto& words : planes.words) {
+        for (std::uint16_t& word : words)
+            word = std::uint16_t(word << up);
+    }
+    planes.depth = 16;
+    const ColourMatrix matrix(meaning, codedDepth);
+    for (int y = 0; y < planes.height; ++y)
+        matrix.apply({planes.row(0, y), planes.row(1, y), planes.row(2, y)}, planes.width);
+}
+
+/// To the words of the target: exact where the depth grows, rounded where it shrinks.
+void copyRow(const std::uint16_t* in, std::uint16_t* out, int width, int fromDepth, int toDepth)
+{
+    if (fromDepth <= toDepth) {
+        for (int x = 0; x < width; ++x)
+            out[x] = std::uint16_t(in[x] << (toDepth - fromDepth));
+        return;
+    }
+    const int shift = fromDepth - toDepth;
+    const int most = (1 << toDepth) - 1;
+    for (int x = 0; x < width; ++x)
+        out[x] = std::uint16_t(std::min((in[x] + (1 << (shift - 1))) >> shift, most));
+}
+
+/// Chroma of half the width, each sample on the left one of its pair.
+void halveRow(const std::uint16_t* in, int width, std::vector<std::uint16_t>& out)
+{
+    out.resize(std::size_t(width + 1) / 2);
+    for (int x = 0; x < width; x += 2) {
+        const int left = in[std::max(0, x - 1)];
+        const int right = in[std::min(width - 1, x + 1)];
+        out[std::size_t(x) / 2] = std::uint16_t((left + 2 * in[x] + right + 2) >> 2);
+    }
+}
+
+AVPixelFormat planarFormat(int log2ChromaW, int depth)
+{
+    struct Row {
+        int depth;
+        AVPixelFormat half;
+        AVPixelFormat whole;
+    };
+
+    static constexpr Row rows[] = {{9, AV_PIX_FMT_YUV422P9LE, AV_PIX_FMT_YUV444P9LE},
+                                   {10, AV_PIX_FMT_YUV422P10LE, AV_PIX_FMT_YUV444P10LE},
+                                   {12, AV_PIX_FMT_YUV422P12LE, AV_PIX_FMT_YUV444P12LE},
+                                   {14, AV_PIX_FMT_YUV422P14LE, AV_PIX_FMT_YUV444P14LE},
+                                   {16, AV_PIX_FMT_YUV422P16LE, AV_PIX_FMT_YUV444P16LE}};
+    const Row* row = std::find_if(std::begin(rows), std::end(rows) - 1, [&](const Row& r) { return r.depth == depth; });
+    return log2ChromaW == 1 ? row->half : row->whole;
+}
+
+/// The scaler treats the full-range twins of YCbCr formats as an order to change the range.
+AVPixelFormat plainFormat(int format)
+{
+    switch (format) {
+    case AV_PIX_FMT_YUVJ420P:
+        return AV_PIX_FMT_YUV420P;
+    case AV_PIX_FMT_YUVJ422P:
+        return AV_PIX_FMT_YUV422P;
+    case AV_PIX_FMT_YUVJ444P:
+        return AV_PIX_FMT_YUV444P;
+    case AV_PIX_FMT_YUVJ440P:
+        return AV_PIX_FMT_YUV440P;
+    case AV_PIX_FMT_YUVJ411P:
+        return AV_PIX_FMT_YUV411P;
+    default:
+        return AVPixelFormat(format);
+    }
+}
+
+} // namespace
+
+struct PictureConverter::Private {
+    PictureTarget target;
+    Rational pixelAspect;
+    SwsPtr scaler;
+    /// What the scaler was made for: formats, sizes and place of the chroma.
+    std::array<int, 7> scalerKey{};
+    FramePtr scaled{av_frame_alloc()};
+
+    int targetChromaW() const { return target.sampling == Sampling::YCbCr422 ? 1 : 0; }
+
+    Result<const AVFrame*> scale(const AVFrame& in, AVPixelFormat format, int width, int height);
+    bool makeScaler(const AVFrame& in, AVPixelFormat format, int width, int height);
+    Status prepare(const AVFrame& in, const Fit& fit, Planes& planes);
+    Status scaleRgb(const AVFrame& in, const ColourMeaning& meaning, const Fit& fit, Planes& planes);
+    void place(const Planes& planes, const Fit& fit, Frame& out) const;
+    void blacken(Frame& out) const;
+};
+
+PictureConverter::PictureConverter(const PictureTarget& target, Rational pixelAspect) : d(new Private)
+{
+    d->target = target;
+    d->pixelAspect = pixelAspect;
+}
+
+PictureConverter::~PictureConverter() = default;
+
+bool PictureConverter::Private::makeScaler(const AVFrame& in, AVPixelFormat format, int width, int height)
+{
+    const AVPixFmtDescriptor& from = *av_pix_fmt_desc_get(AVPixelFormat(in.format));
+    const AVPixFmtDescriptor& to = *av_pix_fmt_desc_get(format);
+    const bool centred = in.chroma_location == AVCHROMA_LOC_CENTER;
+    const bool top = in.chroma_location == AVCHROMA_LOC_TOPLEFT;
+
+    const struct {
+        const char* name;
+        int64_t value;
+    } options[] = {{"srcw", in.width},
+                   {"srch", in.height},
+                   {"src_format", plainFormat(in.format)},
+                   {"dstw", width},
+                   {"dsth", height},
+                   {"dst_format", format},
+                   {"sws_flags", SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP},
+                   {"src_h_chr_pos", from.log2_chroma_w > 0 ? (centred ? 128 : 0) : -513},
+                   {"src_v_chr_pos", from.log2_chroma_h > 0 ? (top ? 0 : 128) : -513},
+                   {"dst_h_chr_pos", to.log2_chroma_w > 0 ? 0 : -513}};
+
+    scaler.reset(sws_alloc_context());
+    for (const auto& option : options)
+        av_opt_set_int(scaler.get(), option.name, option.value, 0);
+    if (sws_init_context(scaler.get(), nullptr, nullptr) < 0)
+        return false;
+    const int* table = sws_getCoefficients(SWS_CS_ITU709);
+    sws_setColorspaceDetails(scaler.get(), table, 0, table, 0, 0, 1 << 16, 1 << 16);
+    return true;
+}
+
+/// Size and chroma sampling only; values keep their meaning and go to the upper bits of the new depth.
+Result<const AVFrame*> PictureConverter::Private::scale(const AVFrame& in, AVPixelFormat format, int width, int height)
+{
+    const std::array<int, 7> key{in.format, in.width, in.height, format, width, height, in.chroma_location};
+    if (!scaler || key != scalerKey) {
+        if (!makeScaler(in, format, width, height))
+            return Error{{},
+                         {},
+                         {},
+                         QStringLiteral("the pixel format %1 cannot be converted")
+                             .arg(QLatin1String(av_get_pix_fmt_name(AVPixelFormat(in.format)))),
+                         QStringLiteral("convert the media to another codec")};
+        scalerKey = key;
+        av_frame_unref(scaled.get());
+        scaled->format = format;
+        scaled->width = width;
+        scaled->height = height;
+        av_frame_get_buffer(scaled.get(), 0);
+    }
+    sws_scale(scaler.get(), in.data, in.linesize, 0, in.height, scaled->data, scaled->linesize);
+    return scaled.get();
+}
+
+/// Fills `planes` with the picture at the fitted size and in the target's colours, with the target's chroma or 4:4:4.
+Status PictureConverter::Private::prepare(const AVFrame& in, const Fit& fit, Planes& planes)
+{
+    const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(AVPixelFormat(in.format));
+    const auto [meaning, known] = colourMeaning(in);
+    if (!known)
+        return Error{{},
+                     {},
+                     {},
+                     QStringLiteral("the colour matrix %1 cannot be converted")
+                         .arg(QLatin1String(av_color_space_name(in.colorspace))),
+                     QStringLiteral("convert the media to BT.709")};
+    const bool sameSize = in.width == fit.width && in.height == fit.height;
+    const bool plain = isReadable(in.format);
+    if (meaning.rgb && !plain) {
+        const Result<const AVFrame*> rgb = scale(in, AV_PIX_FMT_GBRP16LE, fit.width, fit.height);
+        if (!rgb)
+            return rgb.error();
+        planes = unpacked(**rgb);
+        convertColours(planes, meaning, 16);
+        return {};
+    }
+    const bool whole = desc.log2_chroma_w == 0 && desc.log2_chroma_h == 0;
+    const bool chromaFits =
+        whole || (meaning.isTarget() && desc.log2_chroma_w == targetChromaW() && desc.log2_chroma_h == 0);
+    if (plain && sameSize && chromaFits) {
+        planes = unpacked(in);
+        if (!meaning.isTarget())
+            convertColours(planes, meaning, planes.depth);
+        return {};
+    }
+    if (meaning.rgb)
+        return scaleRgb(in, meaning, fit, planes);
+    const AVPixelFormat format =
+        meaning.isTarget() ? planarFormat(targetChromaW(), target.bitDepth) : AV_PIX_FMT_YUV444P16LE;
+    const Result<const AVFrame*> fitted = scale(in, format, fit.width, fit.height);
+    if (!fitted)
+        return fitted.error();
+    planes = unpacked(**fitted);
+    if (!meaning.isTarget())
+        convertColours(planes, meaning, desc.comp[0].depth);
+    return {};
+}
+
+/// Colours first: the scaler would take RGB through 8-bit chroma of its own.
+Status PictureConverter::Private::scaleRgb(const AVFrame& in, const ColourMeaning& meaning, const Fit& fit,
+                                           Planes& planes)
+{
+    Planes whole = unpacked(in);
+    convertColours(whole, meaning, whole.depth);
+    AVFrame view{};
+    view.format = AV_PIX_FMT_YUV444P16LE;
+    view.width = whole.width;
+    view.height = whole.height;
+    for (int plane = 0; plane < 3; ++plane) {
+        view.data[plane] = reinterpret_cast<uint8_t*>(whole.row(plane, 0));
+        view.linesize[plane] = whole.width * 2;
+    }
+    const Result<const AVFrame*> fitted =
+        scale(view, planarFormat(targetChromaW(), target.bitDepth), fit.width, fit.height);
+    if (!fitted)
+        return fitted.error();
+    planes = unpacked(**fitted);
+    return {};
+}
+
+void PictureConverter::Private::blacken(Frame& out) const
+{
+    out.format = target;
+    const std::size_t area = std::size_t(target.width) * std::size_t(target.height);
+    const std::size_t chromaWidth = std::size_t(targetChromaW() == 1 ? (target.width + 1) / 2 : target.width);
+    const int up = target.bitDepth - 8;
+    out.planes[0].assign(area, std::uint16_t(16 << up));
+    out.planes[1].assign(chromaWidth * std::size_t(target.height), std::uint16_t(128 << up));
+    out.planes[2] = out.planes[1];
+}
+
+void PictureConverter::Private::place(const Planes& planes, const Fit& fit, Frame& out) const
+{
+    std::vector<std::uint16_t> half;
+    const bool halves = targetChromaW() == 1 && planes.log2ChromaW == 0;
+    for (int plane = 0; plane < 3; ++plane) {
+        const bool chroma = plane > 0 && targetChromaW() == 1;
+        const int stride = chroma ? (target.width + 1) / 2 : target.width;
+        const int width = chroma ? (fit.width + 1) / 2 : fit.width;
+        std::uint16_t* line =
+            out.planes[std::size_t(plane)].data() + std::ptrdiff_t(fit.y) * stride + (chroma ? fit.x / 2 : fit.x);
+        for (int y = 0; y < fit.height; ++y, line += stride) {
+            const std::uint16_t* source = planes.row(plane, y);
+            if (chroma && halves) {
+                halveRow(source, fit.width, half);
+                source = half.data();
+            }
+            copyRow(source, line, width, planes.depth, target.bitDepth);
+        }
+    }
+}
+
+Status PictureConverter::convert(const AVFrame& in, Frame& out)
+{
+    const Fit fit = fitInto(d->target, in.width, in.height, d->pixelAspect);
+    Planes planes;
+    if (const Status status = d->prepare(in, fit, planes); !status)
+        return status;
+    d->blacken(out);
+    d->place(planes, fit, out);
+    return {};
+}
+
+} // namespace desk::media

@@ -1,0 +1,186 @@
+#include "desk/media/PictureDecoder.h"
+
+namespace desk::media
+{
+
+namespace
+{
+
+/// Decoding this many frames on costs less than seeking.
+constexpr qint64 nearby = 24;
+
+} // namespace
+
+bool isWhole(const AVFrame& frame)
+{
+    return frame.decode_error_flags == 0 && (frame.flags & AV_FRAME_FLAG_CORRUPT) == 0;
+}
+
+PictureDecoder::PictureDecoder(QString path, const PictureIndex& index, DecoderThreads threads)
+    : m_path(std::move(path)),
+      m_index(index),
+      m_threads(threads),
+      m_frame(av_frame_alloc()),
+      m_packet(av_packet_alloc())
+{
+}
+
+Error PictureDecoder::failure(qint64 number, const QString& what) const
+{
+    return {m_path, QStringLiteral("picture"), QStringLiteral("frame %1").arg(number), what,
+            QStringLiteral("copy or render the file again")};
+}
+
+Status PictureDecoder::open()
+{
+    Result<FormatPtr> file = openMediaFile(m_path);
+    if (!file)
+        return file.error();
+    m_file = std::move(*file);
+    if (m_index.stream < 0 || unsigned(m_index.stream) >= m_file->nb_streams)
+        return Error{m_path,
+                     QStringLiteral("picture"),
+                     {},
+                     QStringLiteral("the file has changed"),
+                     QStringLiteral("open it again")};
+    keepOnlyStream(*m_file, m_index.stream);
+    Result<CodecPtr> codec = openDecoder(*m_file, m_index.stream, m_threads);
+    if (!codec)
+        return codec.error();
+    m_codec = std::move(*codec);
+    m_number = -1;
+    m_count = 0;
+    m_barrier = -1;
+    m_awaitKey = m_draining = false;
+    m_fromStart = true;
+    return {};
+}
+
+Status PictureDecoder::rewind()
+{
+    return open();
+}
+
+/// Reads the next packet of the stream that may be decoded; false at the end of the file.
+bool PictureDecoder::takePacket()
+{
+    for (;;) {
+        av_packet_unref(m_packet.get());
+        if (av_read_frame(m_file.get(), m_packet.get()) < 0)
+            return false;
+        if (m_packet->stream_index != m_index.stream)
+            continue;
+        if (!m_awaitKey)
+            return true;
+        if ((m_packet->flags & AV_PKT_FLAG_KEY) == 0 || m_packet->pts == AV_NOPTS_VALUE)
+            continue;
+        m_awaitKey = false;
+        m_barrier = m_index.numberOf(m_packet->pts);
+        return true;
+    }
+}
+
+/// Gives the decoder one packet, or the end of the stream; false when it already has that.
+bool PictureDecoder::feed()
+{
+    if (m_draining)
+        return false;
+    m_draining = !takePacket();
+    // A packet that the decoder refuses yields no picture, which is noticed by the gap it leaves.
+    avcodec_send_packet(m_codec.get(), m_draining ? nullptr : m_packet.get());
+    return true;
+}
+
+qint64 PictureDecoder::numberOf(const AVFrame& frame)
+{
+    const qint64 counted = m_count++;
+    if (m_index.access == PictureIndex::Access::ByCount || frame.best_effort_timestamp == AV_NOPTS_VALUE)
+        return counted;
+    return m_index.numberOf(frame.best_effort_timestamp);
+}
+
+Result<const AVFrame*> PictureDecoder::next()
+{
+    for (;;) {
+        const int code = avcodec_receive_frame(m_codec.get(), m_frame.get());
+        if (code == AVERROR_EOF || (code == AVERROR(EAGAIN) && !feed()))
+            return nullptr;
+        if (code < 0)
+            continue;
+        const qint64 number = numberOf(*m_frame);
+        if (number < m_barrier)
+            continue;
+        m_number = number;
+        return m_frame.get();
+    }
+}
+
+Status PictureDecoder::seek(qint64 time)
+{
+    if (m_index.access == PictureIndex::Access::ByCount ||
+        av_seek_frame(m_file.get(), m_index.stream, time, AVSEEK_FLAG_BACKWARD) < 0)
+        return rewind();
+    avcodec_flush_buffers(m_codec.get());
+    m_number = -1;
+    m_barrier = -1;
+    m_awaitKey = true;
+    m_draining = m_fromStart = false;
+    return {};
+}
+
+/// Decodes on to `number`: the frame, or null where it does not come.
+Result<const AVFrame*> PictureDecoder::search(qint64 number)
+{
+    for (;;) {
+        Result<const AVFrame*> frame = next();
+        if (!frame || *frame == nullptr || m_number == number)
+            return frame;
+        if (m_number > number)
+            return nullptr;
+    }
+}
+
+Result<const AVFrame*> PictureDecoder::frame(qint64 number)
+{
+    const bool ahead = m_number < number && number <= m_number + nearby;
+    const bool going = m_number < number && (ahead || m_index.access == PictureIndex::Access::ByCount);
+    if (m_number == number && m_frame->buf[0] != nullptr)
+        return isWhole(*m_frame) ? Result<const AVFrame*>(m_frame.get())
+                                 : failure(number, QStringLiteral("the frame is damaged"));
+    const qint64 second = std::max<qint64>(1, av_rescale_q(1, {1, 1}, m_index.timeBase));
+    for (qint64 back = going ? -1 : 0;; back = back <= 0 ? back + 1 : back * 2) {
+        const qint64 time = m_index.timeOf(number) - back * second;
+        const Status status = back < 0                                        ? Status()
+                              : back > 0 && time < m_index.first - 8 * second ? rewind()
+                                                                              : seek(time);
+        if (!status)
+            return status.error();
+        Result<const AVFrame*> found = search(number);
+        if (!found)
+            return found;
+        if (*found != nullptr)
+            return isWhole(**found) ? found : failure(number, QStringLiteral("the frame is damaged"));
+        if (m_fromStart)
+            return failure(number, QStringLiteral("the frame cannot be decoded"));
+    }
+}
+
+Result<qint64> PictureDecoder::lastNumber()
+{
+    if (const Status status = seek(m_index.timeOf(m_index.frames - 1)); !status)
+        return status.error();
+    for (;;) {
+        qint64 last = -1;
+        Result<const AVFrame*> picture = next();
+        for (; picture && *picture != nullptr; picture = next())
+            last = isWhole(**picture) ? m_number : last;
+        if (!picture)
+            return picture.error();
+        if (last >= 0 || m_fromStart)
+            return last;
+        if (const Status status = rewind(); !status)
+            return status.error();
+    }
+}
+
+} // namespace desk::media

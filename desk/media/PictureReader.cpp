@@ -1,0 +1,90 @@
+#include "desk/media/PictureReader.h"
+
+#include "desk/media/PictureConverter.h"
+#include "desk/media/PictureDecoder.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+
+namespace desk::media
+{
+
+class PictureReader::Private
+{
+public:
+    Private(const Sequence& sequence, const PictureTarget& target, DecoderThreads threads)
+        : path(sequence.path),
+          frames(sequence.frames),
+          decoder(path, *sequence.index, threads),
+          converter(target, sequence.picture->pixelAspect)
+    {
+    }
+
+    QString path;
+    qint64 frames;
+    PictureDecoder decoder;
+    PictureConverter converter;
+};
+
+namespace
+{
+
+Status checkRequest(const Sequence& sequence, const PictureTarget& target)
+{
+    const auto refuse = [&](const QString& what, const QString& next) {
+        return Error{sequence.path, QStringLiteral("picture"), {}, what, next};
+    };
+    if (!sequence.index || !sequence.picture)
+        return refuse(QStringLiteral("the sequence has no picture"), QStringLiteral("choose media with a picture"));
+    if (target.width < 2 || target.height < 1 || target.bitDepth < 8 || target.bitDepth > 16)
+        return refuse(QStringLiteral("%1 x %2 at %3 bits cannot be made")
+                          .arg(target.width)
+                          .arg(target.height)
+                          .arg(target.bitDepth),
+                      QStringLiteral("choose another picture format"));
+    const QFileInfo info(sequence.path);
+    if (info.size() != sequence.bytes || info.lastModified().toMSecsSinceEpoch() != sequence.modified)
+        return refuse(QStringLiteral("the file has changed since it was opened"), QStringLiteral("open it again"));
+    return {};
+}
+
+} // namespace
+
+PictureReader::PictureReader(std::unique_ptr<Private> p) : d(std::move(p)) {}
+
+PictureReader::~PictureReader() = default;
+
+Result<std::unique_ptr<PictureReader>> PictureReader::open(const Sequence& sequence, const PictureTarget& target,
+                                                           const PictureReaderOptions& options)
+{
+    if (const Status status = checkRequest(sequence, target); !status)
+        return status.error();
+    const bool through = options.access == PictureReaderOptions::Access::Through;
+    const DecoderThreads threads{through ? FF_THREAD_FRAME | FF_THREAD_SLICE : FF_THREAD_SLICE, options.threads};
+    auto d = std::make_unique<Private>(sequence, target, threads);
+    if (const Status status = d->decoder.open(); !status)
+        return status.error();
+    return std::unique_ptr<PictureReader>(new PictureReader(std::move(d)));
+}
+
+Result<Frame> PictureReader::read(qint64 number)
+{
+    if (number < 0 || number >= d->frames)
+        return Error{d->path, QStringLiteral("picture"), QStringLiteral("frame %1").arg(number),
+                     QStringLiteral("the sequence has %1 frames").arg(d->frames),
+                     QStringLiteral("ask for one of these")};
+    const Result<const AVFrame*> picture = d->decoder.frame(number);
+    if (!picture)
+        return picture.error();
+    Frame frame;
+    frame.number = number;
+    if (const Status status = d->converter.convert(**picture, frame); !status) {
+        Error error = status.error();
+        error.file = d->path;
+        error.item = QStringLiteral("picture");
+        return error;
+    }
+    return frame;
+}
+
+} // namespace desk::media
