@@ -2,7 +2,7 @@ cmake_minimum_required(VERSION 3.25)
 
 # Run as a script with -DTOP=<source tree>. The desk's folders share one include root and the module's folders share
 # the public one, so a link alone cannot keep their headers apart: this table says which prefixes a folder may include.
-# Prefixes that stand in no row are free.
+# A public header of the module counts as part of the folder that implements it. Prefixes that stand in no row are free.
 
 set(watched "StratacutUI/" "ViewDeckQt/" "NvCore/" "desk/base/" "desk/imf/" "desk/media/" "desk/services/" "desk/app/"
             "package/" "model/" "controller/" "bridges/" "images/" "manager/" "audio/" "transcript/")
@@ -21,29 +21,55 @@ set(may_desk/services "desk/base/" "desk/imf/" "desk/media/" "desk/services/" "S
 set(folders host/NvCore host/ViewDeckQt src/bridges src/images src/package src/model src/controller
             desk/base desk/imf desk/media desk/services)
 
-# check_include(FILE FOLDER INCLUDED): appends a finding unless the folder may include that header.
+# owner_of(NAME VARIABLE): the folder of src/ that implements the public header of that name; empty for an interface
+# that the host implements.
+function(owner_of name result)
+  file(GLOB sources RELATIVE "${TOP}/src" "${TOP}/src/*/${name}.cpp")
+  get_filename_component(owner "${sources}" DIRECTORY)
+  set(${result} "${owner}" PARENT_SCOPE)
+endfunction()
+
+# check_include(FILE FOLDER INCLUDED): notes a finding unless the folder may include that header.
 function(check_include file folder included)
+  set(meant "${included}")
+  if(folder MATCHES "^src/" AND included MATCHES "^StratacutUI/(.*)\\.h$")
+    owner_of("${CMAKE_MATCH_1}" owner)
+    list(APPEND meant "${owner}/")
+  endif()
   foreach(prefix IN LISTS watched)
-    if(included MATCHES "^${prefix}" AND NOT prefix IN_LIST may_${folder})
+    if(meant MATCHES "(^|;)${prefix}" AND NOT prefix IN_LIST may_${folder})
       file(RELATIVE_PATH name "${TOP}" "${file}")
       set_property(GLOBAL APPEND PROPERTY findings "${name} includes ${included}")
     endif()
   endforeach()
 endfunction()
 
-set(seen 0)
-foreach(folder IN LISTS folders)
-  file(GLOB_RECURSE files "${TOP}/${folder}/*.h" "${TOP}/${folder}/*.cpp")
-  foreach(file IN LISTS files)
-    math(EXPR seen "${seen} + 1")
+function(check_files folder)
+  foreach(file IN LISTS ARGN)
+    set_property(GLOBAL APPEND PROPERTY seen "${file}")
     file(STRINGS "${file}" lines REGEX "^#include \"")
     foreach(line IN LISTS lines)
       string(REGEX REPLACE "^#include \"([^\"]*)\".*" "\\1" included "${line}")
       check_include("${file}" "${folder}" "${included}")
     endforeach()
   endforeach()
+endfunction()
+
+foreach(folder IN LISTS folders)
+  file(GLOB_RECURSE files "${TOP}/${folder}/*.h" "${TOP}/${folder}/*.cpp")
+  check_files("${folder}" ${files})
+endforeach()
+file(GLOB headers "${TOP}/include/StratacutUI/*.h")
+foreach(header IN LISTS headers)
+  get_filename_component(name "${header}" NAME_WE)
+  owner_of("${name}" owner)
+  if(owner)
+    check_files("src/${owner}" "${header}")
+  endif()
 endforeach()
 
+get_property(seen GLOBAL PROPERTY seen)
+list(LENGTH seen seen)
 get_property(findings GLOBAL PROPERTY findings)
 if(seen EQUAL 0)
   message(FATAL_ERROR "no source file found in ${TOP}")
