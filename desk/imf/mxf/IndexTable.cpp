@@ -13,6 +13,8 @@ namespace
 
 constexpr int entriesPerSegment = 5000;
 constexpr int entrySize = 11;
+/// With every slice and position table that a segment can have.
+constexpr qint64 largestEntry = 11 + 4 * 255 + 8 * 255;
 
 QByteArray entryArray(const QVector<qint64>& offsets)
 {
@@ -63,7 +65,8 @@ std::optional<IndexSegment> IndexSegment::parse(const MetadataSet& set)
     BigReader reader(entries);
     const qint64 count = entries.isEmpty() ? 0 : reader.get<quint32>();
     const qint64 size = entries.isEmpty() ? entrySize : reader.get<quint32>();
-    if (size < entrySize || reader.left() < count * size || segment.start < 0 || segment.duration < 0)
+    if (size < entrySize || size > largestEntry || reader.left() < count * size || segment.start < 0 ||
+        segment.duration < 0)
         return std::nullopt;
     segment.offsets.reserve(int(count));
     for (qint64 i = 0; i < count; ++i) {
