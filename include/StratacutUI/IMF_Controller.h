@@ -90,7 +90,7 @@ private:
     void resolveMissingAssets(const QString& path);
     bool loadMissingDelivery(const QString& folder, const QString& path);
     bool applyAllNeededSettingsAndDescriptiveMetadata(const QModelIndex& index);
-    void updateDeliverable(const QModelIndex& delivery, QJsonObject document);
+    void updateDeliverable(const QModelIndex& delivery, const QJsonObject& document);
     void updateIMP(const QModelIndex& imp, const QJsonObject& delivery);
     void finishCommit(quint64 ticket, const IMFO_Bridge::Error& error);
 

@@ -175,12 +175,13 @@ private:
     void setProperty(const QModelIndex& index, const QVariant& value, int role);
     void setContentTitle(const QModelIndex& index, const QVariant& value);
     void emitRowChanged(const QModelIndex& index, const QVector<int>& roles);
-    QModelIndex childByName(const QModelIndex& parent, const QString& name, IMF_PackageMgr::NodeType type) const;
-    std::shared_ptr<IMF_Node> cplByComponentId(const QByteArray& componentId) const;
+    QModelIndex childByName(const QModelIndex& parent, const QString& name, IMF_PackageMgr::NodeType parentType) const;
+    std::shared_ptr<IMF_Node> nodeByComponentId(const QByteArray& componentId) const;
     bool isIdentifierShared(const std::shared_ptr<IMF_Node>& node) const;
+    void append(const std::shared_ptr<IMF_Node>& parent, const std::shared_ptr<IMF_Node>& node);
+    void registerTrackModel(const std::shared_ptr<IMF_Node>& node, const QString& key);
     void releaseTrackModel(const std::shared_ptr<IMF_Node>& node);
     void releaseTrackModels(const std::shared_ptr<IMF_Node>& subtree);
-    void forgetTracks(const std::shared_ptr<IMF_Node>& subtree);
 
     std::shared_ptr<IMF_Node> m_root;
     std::unordered_map<int, QIcon> m_icons;

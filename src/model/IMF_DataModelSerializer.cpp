@@ -1,0 +1,158 @@
+#include "StratacutUI/IMF_DataModelSerializer.h"
+
+#include "NodeAccess.h"
+
+#include "NvCore/NvText.h"
+#include "StratacutUI/IMFO_Bridge.h"
+#include "StratacutUI/IMF_PackageDeliveryReader.h"
+#include "StratacutUI/IMF_PackageMgrQtModel.h"
+#include "StratacutUI/ImfDict.h"
+#include "ViewDeckQt/ManagedMessageBox.h"
+
+#include <QJsonDocument>
+
+#include <algorithm>
+
+namespace
+{
+/// Committed items that contain something uncommitted are left out: they are read from their folder.
+QModelIndexList uncommittedChildren(const IMF_PackageMgrQtModel& model, const QModelIndex& parent)
+{
+    QModelIndexList found = model.getUnBurnedIndexes(parent);
+    found.erase(std::remove_if(found.begin(), found.end(),
+                               [](const QModelIndex& index) {
+                                   return IMF_PackageMgrQtModel::StatusFromIndex(index) == IMF_PackageMgr::Committed;
+                               }),
+                found.end());
+    return found;
+}
+
+QByteArray metadataText(const QJsonObject& element)
+{
+    const QJsonObject metadata = element.value(ImfDict::DescriptiveMetadata).toObject();
+    return QJsonDocument(metadata).toJson(QJsonDocument::Compact);
+}
+} // namespace
+
+IMF_DataModelSerializer::IMF_DataModelSerializer(IMF_PackageMgrQtModel* model, IMFO_Bridge* bridge)
+    : m_model(model), m_bridge(bridge)
+{
+}
+
+QJsonArray IMF_DataModelSerializer::saveUnCommitedState() const
+{
+    QJsonArray state;
+    for (const QModelIndex& delivery : m_model->getUnBurnedIndexes(m_model->rootIndex())) {
+        const QModelIndexList imps = uncommittedChildren(*m_model, delivery);
+        if (imps.isEmpty())
+            continue;
+        QJsonArray children;
+        for (const QModelIndex& imp : imps)
+            children.append(impIndexToJson(imp));
+        QJsonObject element = m_model->serializeIndexToJson(delivery);
+        // A committed deliverable exists, also when none of its IMPs does yet.
+        element[ImfDict::NewDelivery] =
+            imps.size() == m_model->rowCount(delivery) && element.value(ImfDict::Mutable).toBool();
+        element[ImfDict::Children] = children;
+        state.append(element);
+    }
+    return state;
+}
+
+QJsonObject IMF_DataModelSerializer::impIndexToJson(const QModelIndex& imp) const
+{
+    QJsonArray children;
+    for (const QModelIndex& cpl : uncommittedChildren(*m_model, imp))
+        children.append(m_model->serializeIndexToJson(cpl));
+    QJsonObject element = m_model->serializeIndexToJson(imp);
+    element[ImfDict::Children] = children;
+    return element;
+}
+
+void IMF_DataModelSerializer::loadUnCommitedState(const QJsonArray& array)
+{
+    for (const QJsonValue& value : array) {
+        const QJsonObject element = value.toObject();
+        const std::shared_ptr<IMF_Node> node = IMF_PackageDeliveryReader::deliveryFromJson(element, {});
+        QModelIndex delivery;
+        if (element.value(ImfDict::NewDelivery).toBool()) {
+            if (!loadNewDelivery(node))
+                return;
+            delivery = m_model->getDeliveryModelIndex(boost::get<IMF_Deliverable>(node->value()).path());
+        } else {
+            delivery = committedDelivery(element);
+        }
+        loadUnCommitedImps(delivery, node, element.value(ImfDict::Children).toArray());
+    }
+}
+
+bool IMF_DataModelSerializer::loadNewDelivery(const std::shared_ptr<IMF_Node>& node)
+{
+    auto& payload = boost::get<IMF_Deliverable>(node->value());
+    IMFO_Bridge::IMFO_Error_t error;
+    QString path = payload.path();
+    QString componentId;
+    m_bridge->createDelivery(error, payload.name(), path, payload.version() == IMF_PackageMgr::Original, componentId);
+    if (error.isError()) {
+        ViewDeckQt::ManagedMessageBox::messageBox(nullptr, QMessageBox::Warning, stx_func("Failed to restore state"),
+                                                  error.message(), QMessageBox::Ok, QMessageBox::Ok);
+        return false;
+    }
+    payload.setComponentID(componentId.toUtf8());
+    if (!path.isEmpty() && path != payload.path())
+        payload.setPath(path);
+    m_model->push_back(m_model->rootIndex(), node);
+    return true;
+}
+
+QModelIndex IMF_DataModelSerializer::committedDelivery(const QJsonObject& element) const
+{
+    const QString path = element.value(ImfDict::Path).toString();
+    const QModelIndex found = m_model->getCommittedDeliveryModelIndex(path);
+    if (found.isValid() || !element.value(ImfDict::Mutable).toBool())
+        return found;
+    // One of its IMPs was committed before the deliverable itself: its folder exists by now.
+    return m_model->getCommittedDeliveryModelIndex((path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/')) +
+                                                   element.value(ImfDict::Name).toString());
+}
+
+void IMF_DataModelSerializer::loadUnCommitedImps(const QModelIndex& delivery,
+                                                 const std::shared_ptr<IMF_Node>& deliveryNode, const QJsonArray& imps)
+{
+    if (!delivery.isValid())
+        return;
+    for (const QJsonValue& value : imps) {
+        const QJsonObject element = value.toObject();
+        const std::shared_ptr<IMF_Node> node = IMF_PackageDeliveryReader::impFromJson(element, deliveryNode);
+        m_model->push_back(delivery, node);
+        const QModelIndex imp = m_model->getIMPModelIndex(delivery, NodeAccess::name(*node));
+        IMFO_Bridge::IMFO_Error_t error;
+        m_bridge->createIMP(error, IMF_PackageMgrQtModel::ComponentIDFromIndex(imp), metadataText(element));
+        if (error.isError())
+            m_model->removeIndex(imp);
+        else
+            loadUnCommitedCpls(imp, element.value(ImfDict::Children).toArray());
+    }
+}
+
+void IMF_DataModelSerializer::loadUnCommitedCpls(const QModelIndex& imp, const QJsonArray& cpls)
+{
+    for (const QJsonValue& value : cpls)
+        loadUnCommitedCpl(imp, value.toObject());
+}
+
+void IMF_DataModelSerializer::loadUnCommitedCpl(const QModelIndex& imp, const QJsonObject& element)
+{
+    const std::shared_ptr<IMF_Node> node = IMF_PackageDeliveryReader::cplFromJson(element, m_model->FromIndex(imp));
+    m_model->push_back(imp, node);
+    const QModelIndex cpl = m_model->getCPLModelIndex(imp, NodeAccess::name(*node));
+    const QByteArray componentId = IMF_PackageMgrQtModel::ComponentIDFromIndex(cpl);
+    m_model->addTrackGroups(componentId, element.value(ImfDict::CPLGroups).toArray());
+    m_model->addTrackModel(cpl, NodeAccess::property(*node, ImfDict::CPLMobID));
+    IMFO_Bridge::IMFO_Error_t error;
+    m_bridge->createCPL(error, componentId, QByteArray::fromStdString(NodeAccess::cpl(*node)->tokenInfo().token), {});
+    if (error.isError()) {
+        m_model->removeTracksData(cpl);
+        m_model->removeIndex(cpl);
+    }
+}

@@ -1,0 +1,123 @@
+// How the item model finds items.
+
+#include "StratacutUI/IMF_PackageMgrQtModel.h"
+
+#include "NodeAccess.h"
+
+#include "StratacutUI/ImfDict.h"
+
+#include <algorithm>
+
+using namespace NodeAccess;
+
+QModelIndex IMF_PackageMgrQtModel::getDeliveryModelIndex(const QString& path) const
+{
+    const std::shared_ptr<IMF_Node> appended = m_justAppended.lock();
+    if (appended && appended->getParent() == m_root && deliverable(std::as_const(*appended))->path() == path)
+        return indexOf(appended.get());
+    const QModelIndex committed = getCommittedDeliveryModelIndex(path);
+    if (committed.isValid())
+        return committed;
+    const auto found = std::find_if(m_root->begin(), m_root->end(),
+                                    [&path](const auto& node) { return *deliverable(std::as_const(*node)) == path; });
+    return found == m_root->end() ? QModelIndex() : indexOf(found->get());
+}
+
+QModelIndex IMF_PackageMgrQtModel::getCommittedDeliveryModelIndex(const QString& path) const
+{
+    const auto found = std::find_if(m_root->begin(), m_root->end(), [&path](const auto& node) {
+        const IMF_Deliverable& payload = *deliverable(std::as_const(*node));
+        return payload.status() == IMF_PackageMgr::Committed && payload == path;
+    });
+    return found == m_root->end() ? QModelIndex() : indexOf(found->get());
+}
+
+QModelIndex IMF_PackageMgrQtModel::getIMPModelIndex(const QModelIndex& delivery, const QString& name) const
+{
+    return childByName(delivery, name, IMF_PackageMgr::Delivery);
+}
+
+QModelIndex IMF_PackageMgrQtModel::getCPLModelIndex(const QModelIndex& imp, const QString& name) const
+{
+    return childByName(imp, name, IMF_PackageMgr::IMP);
+}
+
+QModelIndex IMF_PackageMgrQtModel::childByName(const QModelIndex& parent, const QString& name,
+                                               IMF_PackageMgr::NodeType parentType) const
+{
+    if (!parent.isValid() || NodeTypeFromIndex(parent) != parentType)
+        return {};
+    const std::shared_ptr<IMF_Node> node = FromIndex(parent);
+    const std::shared_ptr<IMF_Node> appended = m_justAppended.lock();
+    if (appended && appended->getParent() == node && NodeAccess::name(*appended) == name)
+        return indexOf(appended.get());
+    const auto found = std::find_if(node->begin(), node->end(),
+                                    [&name](const auto& child) { return NodeAccess::name(*child) == name; });
+    return found == node->end() ? QModelIndex() : indexOf(found->get());
+}
+
+QModelIndex IMF_PackageMgrQtModel::mobToIndex(const QString& mobId) const
+{
+    for (const std::shared_ptr<IMF_Node>& delivery : *m_root) {
+        for (const std::shared_ptr<IMF_Node>& imp : *delivery) {
+            const auto found = std::find_if(imp->begin(), imp->end(), [&mobId](const auto& cpl) {
+                return property(*cpl, ImfDict::CPLMobID) == mobId;
+            });
+            if (found != imp->end())
+                return indexOf(found->get());
+        }
+    }
+    return {};
+}
+
+QModelIndexList IMF_PackageMgrQtModel::getUnBurnedIndexes(const QModelIndex& parent) const
+{
+    QModelIndexList found;
+    const std::shared_ptr<IMF_Node> node = FromIndex(parent);
+    int row = 0;
+    for (const std::shared_ptr<IMF_Node>& child : *node) {
+        if (hasUncommitted(*child))
+            found.append(createIndex(row, 0, ToInternalPointer(child.get())));
+        ++row;
+    }
+    return found;
+}
+
+void IMF_PackageMgrQtModel::deliveriesVisitor(const std::function<void(const IMF_Deliverable&)>& visitor) const
+{
+    for (const std::shared_ptr<IMF_Node>& delivery : *m_root)
+        visitor(*deliverable(std::as_const(*delivery)));
+}
+
+namespace
+{
+/// Searches from the back: where items share an identifier, the newest is meant.
+std::shared_ptr<IMF_Node> byComponentId(const IMF_PackageMgrQtModel& model, const IMF_Node& parent,
+                                        const QByteArray& componentId)
+{
+    for (int row = parent.childCount() - 1; row >= 0; --row) {
+        const std::shared_ptr<IMF_Node> child = parent.getChild(row);
+        const QByteArray own = model.getComponendID(child);
+        if (own == componentId)
+            return child;
+        if (!componentId.startsWith(own + '/'))
+            continue;
+        if (std::shared_ptr<IMF_Node> found = byComponentId(model, *child, componentId))
+            return found;
+    }
+    return nullptr;
+}
+} // namespace
+
+std::shared_ptr<IMF_Node> IMF_PackageMgrQtModel::nodeByComponentId(const QByteArray& componentId) const
+{
+    return byComponentId(*this, *m_root, componentId);
+}
+
+bool IMF_PackageMgrQtModel::isIdentifierShared(const std::shared_ptr<IMF_Node>& node) const
+{
+    const std::shared_ptr<IMF_Node> parent = node->getParent();
+    const QString own = name(*node);
+    return parent && std::any_of(parent->begin(), parent->end(),
+                                 [&](const auto& sibling) { return sibling != node && name(*sibling) == own; });
+}
