@@ -137,7 +137,7 @@ void IMF_PackageMgrQtModel::onMobStatusChanged(const QString& mobID)
     for (const std::shared_ptr<IMF_Node>& delivery : *m_root) {
         for (const std::shared_ptr<IMF_Node>& imp : *delivery) {
             for (const std::shared_ptr<IMF_Node>& node : *imp) {
-                if (property(*node, ImfDict::CPLMobID) != mobID)
+                if (NodeAccess::property(*node, ImfDict::CPLMobID) != mobID)
                     continue;
                 cpl(*node)->validateParams();
                 emitRowChanged(indexOf(node.get()), {});

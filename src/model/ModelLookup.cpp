@@ -61,7 +61,7 @@ QModelIndex IMF_PackageMgrQtModel::mobToIndex(const QString& mobId) const
     for (const std::shared_ptr<IMF_Node>& delivery : *m_root) {
         for (const std::shared_ptr<IMF_Node>& imp : *delivery) {
             const auto found = std::find_if(imp->begin(), imp->end(), [&mobId](const auto& cpl) {
-                return property(*cpl, ImfDict::CPLMobID) == mobId;
+                return NodeAccess::property(*cpl, ImfDict::CPLMobID) == mobId;
             });
             if (found != imp->end())
                 return indexOf(found->get());
