@@ -1,0 +1,230 @@
+#include "support/RecordingMediaEngine.h"
+
+#include "StratacutUI/IMF_Bridges.h"
+#include "support/FakeTargetFormatBuilder.h"
+
+#include <QMimeData>
+#include <QStandardItemModel>
+
+#include <utility>
+
+namespace
+{
+const QString dragFormat = QStringLiteral("application/x-dnditemdata");
+
+class MixModes : public IAudioMixDescription
+{
+public:
+    QStringList list(const QString& key) const override
+    {
+        return key == "Audio Mix" ? QStringList{"Direct", "Stereo", "5.1"} : QStringList();
+    }
+};
+
+QString described(const QAbstractItemModel* trackModel)
+{
+    return trackModel ? QStringLiteral("model") : QStringLiteral("null");
+}
+} // namespace
+
+namespace support
+{
+
+RecordingMediaEngine& RecordingMediaEngine::installed()
+{
+    static RecordingMediaEngine* engine = [] {
+        auto made = std::make_unique<RecordingMediaEngine>();
+        RecordingMediaEngine* address = made.get();
+        IMF_MXE_bridge::Initialize(std::move(made));
+        return address;
+    }();
+    engine->reset();
+    return *engine;
+}
+
+std::unique_ptr<QMimeData> RecordingMediaEngine::dragOf(const QStringList& mobIds)
+{
+    auto mime = std::make_unique<QMimeData>();
+    mime->setData(dragFormat, mobIds.join('\n').toUtf8());
+    return mime;
+}
+
+void RecordingMediaEngine::addSequence(const QString& mobId, const QString& name)
+{
+    Sequence sequence;
+    sequence.name = name;
+    sequence.token = "token:" + mobId.toStdString();
+    sequence.tracks = QStringList{"A1", "A2"};
+    sequences.insert(mobId, sequence);
+}
+
+void RecordingMediaEngine::reset()
+{
+    sequences.clear();
+    project = QStringLiteral("Project");
+    creatorText = QStringLiteral("Test 1.0");
+    calls.clear();
+    makeBuilder = nullptr;
+    lastBuilder.reset();
+    m_filled.clear();
+}
+
+QStringList RecordingMediaEngine::takeCalls()
+{
+    return std::exchange(calls, {});
+}
+
+void RecordingMediaEngine::reserved1()
+{
+    calls += QStringLiteral("reserved1()");
+}
+
+void RecordingMediaEngine::reserved2()
+{
+    calls += QStringLiteral("reserved2()");
+}
+
+QStringList RecordingMediaEngine::mobIdsFromMimeData(const QMimeData* mime)
+{
+    return QString::fromUtf8(mime->data(dragFormat)).split('\n', Qt::SkipEmptyParts);
+}
+
+QString RecordingMediaEngine::sequenceName(const QString& mobId)
+{
+    calls += QStringLiteral("sequenceName(%1)").arg(mobId);
+    return sequences.value(mobId).name;
+}
+
+QString RecordingMediaEngine::creator()
+{
+    return creatorText;
+}
+
+void RecordingMediaEngine::reserved6()
+{
+    calls += QStringLiteral("reserved6()");
+}
+
+void RecordingMediaEngine::sequenceToken(std::string& token, const QString& mobId)
+{
+    calls += QStringLiteral("sequenceToken(%1)").arg(mobId);
+    token = sequences.value(mobId).token;
+}
+
+void RecordingMediaEngine::sequenceFrameRate(std::string& frameRate, const QString& mobId)
+{
+    calls += QStringLiteral("sequenceFrameRate(%1)").arg(mobId);
+    frameRate = sequences.value(mobId).frameRate;
+}
+
+bool RecordingMediaEngine::isSequence(const QString& mobId)
+{
+    calls += QStringLiteral("isSequence(%1)").arg(mobId);
+    return sequences.contains(mobId);
+}
+
+void RecordingMediaEngine::projectName(QString& name)
+{
+    name = project;
+}
+
+void RecordingMediaEngine::sequenceBin(QString& bin, const QString& mobId)
+{
+    bin = sequences.value(mobId).bin;
+}
+
+void RecordingMediaEngine::reserved12()
+{
+    calls += QStringLiteral("reserved12()");
+}
+
+std::shared_ptr<TargetFormatBuilder> RecordingMediaEngine::createTargetFormatBuilder(const QString& cplId,
+                                                                                     const QString& mobId)
+{
+    calls += QStringLiteral("createTargetFormatBuilder(%1, %2)").arg(cplId, mobId);
+    if (makeBuilder)
+        return makeBuilder();
+    const auto builder = std::make_shared<FakeTargetFormatBuilder>();
+    lastBuilder = builder;
+    return builder;
+}
+
+QAbstractItemModel* RecordingMediaEngine::createTrackDataModel(QAbstractItemModel* packageModel, const QFont&)
+{
+    calls += QStringLiteral("createTrackDataModel()");
+    return new QStandardItemModel(0, 3, packageModel);
+}
+
+bool RecordingMediaEngine::isSequenceTrackModel(const QAbstractItemModel* trackModel)
+{
+    return sequences.contains(sequenceOf(trackModel));
+}
+
+void RecordingMediaEngine::fillAudioGroupingModel(QAbstractItemModel* trackModel, const QString& mobId)
+{
+    calls += QStringLiteral("fillAudioGroupingModel(%1, %2)").arg(described(trackModel), mobId);
+    if (!trackModel)
+        return;
+    m_filled.insert(trackModel, mobId);
+    const QStringList tracks = sequences.value(mobId).tracks;
+    trackModel->removeRows(0, trackModel->rowCount());
+    trackModel->insertRows(0, tracks.size());
+    for (int row = 0; row < tracks.size(); ++row)
+        trackModel->setData(trackModel->index(row, 1), tracks.at(row));
+}
+
+bool RecordingMediaEngine::isAudioGroupingModelPopulated(const QAbstractItemModel* trackModel)
+{
+    calls += QStringLiteral("isAudioGroupingModelPopulated(%1)").arg(described(trackModel));
+    return m_filled.contains(trackModel);
+}
+
+void RecordingMediaEngine::prepareTrackData(QAbstractItemModel* trackModel)
+{
+    calls += QStringLiteral("prepareTrackData(%1)").arg(described(trackModel));
+}
+
+void RecordingMediaEngine::prepareAudioGroupingData(QAbstractItemModel* trackModel)
+{
+    calls += QStringLiteral("prepareAudioGroupingData(%1)").arg(described(trackModel));
+}
+
+void RecordingMediaEngine::reserved20()
+{
+    calls += QStringLiteral("reserved20()");
+}
+
+QStringList RecordingMediaEngine::activeTracks(const QAbstractItemModel* trackModel)
+{
+    return sequences.value(sequenceOf(trackModel)).tracks;
+}
+
+const IAudioMixDescription* RecordingMediaEngine::audioMixDescription(const QAbstractItemModel* trackModel)
+{
+    static const MixModes modes;
+    return isSequenceTrackModel(trackModel) ? &modes : nullptr;
+}
+
+QString RecordingMediaEngine::trackLabel(const QAbstractItemModel*, int)
+{
+    return QStringLiteral("Mono");
+}
+
+MXE_TrackColumns RecordingMediaEngine::trackColumns(const QAbstractItemModel*)
+{
+    MXE_TrackColumns columns;
+    columns.indicatorSize = QSize(16, 16);
+    return columns;
+}
+
+bool RecordingMediaEngine::isTrackColumnShown(const QAbstractItemModel*, int)
+{
+    return true;
+}
+
+QString RecordingMediaEngine::sequenceOf(const QAbstractItemModel* trackModel) const
+{
+    return m_filled.value(trackModel);
+}
+
+} // namespace support

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "StratacutUI/MXE_Bridge.h"
+
+#include <QHash>
+#include <QSet>
+
+#include <functional>
+#include <memory>
+
+class QMimeData;
+
+namespace support
+{
+
+class FakeTargetFormatBuilder;
+
+/// A media engine that knows the sequences it is told of and writes down every call.
+class RecordingMediaEngine : public MXE_Bridge
+{
+public:
+    /// The process-wide engine, installed in its holder and brought back to its first state. The holder keeps it.
+    static RecordingMediaEngine& installed();
+    /// What a drag of these sequences carries.
+    static std::unique_ptr<QMimeData> dragOf(const QStringList& mobIds);
+
+    struct Sequence {
+        QString name;
+        std::string token;
+        std::string frameRate = "25";
+        QString bin = QStringLiteral("Bin");
+        /// The tracks' names, in timeline order.
+        QStringList tracks;
+    };
+
+    /// By identifier.
+    QHash<QString, Sequence> sequences;
+    QString project = QStringLiteral("Project");
+    QString creatorText = QStringLiteral("Test 1.0");
+    /// Every call in order: "isSequence(mob)", "createTargetFormatBuilder(cpl, mob)".
+    QStringList calls;
+    /// Makes the next builders; the default makes a FakeTargetFormatBuilder.
+    std::function<std::shared_ptr<TargetFormatBuilder>()> makeBuilder;
+    /// The builder made last by the default, while some CPL holds it.
+    std::weak_ptr<FakeTargetFormatBuilder> lastBuilder;
+
+    /// Adds a sequence whose token is "token:" and its identifier.
+    void addSequence(const QString& mobId, const QString& name);
+    void reset();
+    QStringList takeCalls();
+
+    void reserved1() override;
+    void reserved2() override;
+    QStringList mobIdsFromMimeData(const QMimeData* mime) override;
+    QString sequenceName(const QString& mobId) override;
+    QString creator() override;
+    void reserved6() override;
+    void sequenceToken(std::string& token, const QString& mobId) override;
+    void sequenceFrameRate(std::string& frameRate, const QString& mobId) override;
+    bool isSequence(const QString& mobId) override;
+    void projectName(QString& name) override;
+    void sequenceBin(QString& bin, const QString& mobId) override;
+    void reserved12() override;
+    std::shared_ptr<TargetFormatBuilder> createTargetFormatBuilder(const QString& cplId, const QString& mobId) override;
+    QAbstractItemModel* createTrackDataModel(QAbstractItemModel* packageModel, const QFont& font) override;
+    bool isSequenceTrackModel(const QAbstractItemModel* trackModel) override;
+    void fillAudioGroupingModel(QAbstractItemModel* trackModel, const QString& mobId) override;
+    bool isAudioGroupingModelPopulated(const QAbstractItemModel* trackModel) override;
+    void prepareTrackData(QAbstractItemModel* trackModel) override;
+    void prepareAudioGroupingData(QAbstractItemModel* trackModel) override;
+    void reserved20() override;
+    QStringList activeTracks(const QAbstractItemModel* trackModel) override;
+    const IAudioMixDescription* audioMixDescription(const QAbstractItemModel* trackModel) override;
+    QString trackLabel(const QAbstractItemModel* trackModel, int row) override;
+    MXE_TrackColumns trackColumns(const QAbstractItemModel* trackModel) override;
+    bool isTrackColumnShown(const QAbstractItemModel* trackModel, int column) override;
+
+private:
+    QString sequenceOf(const QAbstractItemModel* trackModel) const;
+
+    QHash<const QAbstractItemModel*, QString> m_filled;
+};
+
+} // namespace support

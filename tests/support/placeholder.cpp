@@ -1,1 +1,0 @@
-// Filled by the first class of this folder.
