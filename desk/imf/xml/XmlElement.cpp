@@ -1,6 +1,7 @@
 #include "desk/imf/xml/XmlElement.h"
 
 #include <QHash>
+#include <QMap>
 #include <QRegularExpression>
 #include <QXmlStreamReader>
 
@@ -143,8 +144,7 @@ private:
 
 QString escaped(const QString& text)
 {
-    QString result = xmlText(text).toHtmlEscaped();
-    return result;
+    return xmlText(text).toHtmlEscaped();
 }
 
 QString escapedAttribute(const QString& text)
@@ -168,10 +168,26 @@ QString qualified(const QString& prefix, const QString& name)
     return prefix.isEmpty() ? name : prefix + QLatin1Char(':') + name;
 }
 
-void write(const XmlElement& element, Scope scope, QString& out)
+/// The first meaning of every prefix in the tree, to be declared once at its root.
+void collect(const XmlElement& element, QMap<QString, QString>& meanings)
+{
+    const auto note = [&](const QString& prefix, const QString& space) {
+        if (!prefix.isEmpty() && !meanings.contains(prefix))
+            meanings.insert(prefix, space);
+    };
+    note(element.prefix, element.nameSpace);
+    for (const XmlAttribute& one : element.attributes)
+        note(one.prefix, one.nameSpace);
+    for (const XmlElement& child : element.children)
+        collect(child, meanings);
+}
+
+void write(const XmlElement& element, Scope scope, const QMap<QString, QString>& declarations, QString& out)
 {
     const QString tag = qualified(element.prefix, element.name);
     out += QLatin1Char('<') + tag;
+    for (auto it = declarations.cbegin(); it != declarations.cend(); ++it)
+        declare(it.key(), it.value(), scope, out);
     declare(element.prefix, element.nameSpace, scope, out);
     for (const XmlAttribute& one : element.attributes) {
         if (!one.prefix.isEmpty())
@@ -189,7 +205,7 @@ void write(const XmlElement& element, Scope scope, QString& out)
         if (child.isText())
             out += escaped(child.text);
         else
-            write(child, scope, out);
+            write(child, scope, {}, out);
     }
     out += QStringLiteral("</%1>").arg(tag);
 }
@@ -267,8 +283,10 @@ Result<QString> rootName(const QByteArray& xml, const QString& fileName)
 
 QByteArray toXml(const XmlElement& element)
 {
+    QMap<QString, QString> declarations;
+    collect(element, declarations);
     QString out;
-    write(element, {}, out);
+    write(element, {}, declarations, out);
     return out.toUtf8();
 }
 

@@ -150,13 +150,13 @@ FieldWriter::FieldWriter(const QString& nameSpace) : m_space(nameSpace)
 
 void FieldWriter::start(const char* name)
 {
+    if (!m_started) {
+        m_started = true;
+        m_writer.writeDefaultNamespace(m_space);
+        for (const auto& one : qAsConst(m_prefixes))
+            m_writer.writeNamespace(one.first, one.second);
+    }
     m_writer.writeStartElement(m_space, QLatin1String(name));
-    if (m_started)
-        return;
-    m_started = true;
-    m_writer.writeDefaultNamespace(m_space);
-    for (const auto& one : qAsConst(m_prefixes))
-        m_writer.writeNamespace(one.first, one.second);
 }
 
 void FieldWriter::start(const QString& nameSpace, const QString& name)
