@@ -1,5 +1,7 @@
 #include "desk/services/FormatBuilder.h"
 
+#include "StratacutUI/ImfDict.h"
+
 #include <QJsonDocument>
 
 namespace desk::services
@@ -34,7 +36,7 @@ bool FormatBuilder::setValue(const QString& key, const QString& value)
 
 QString FormatBuilder::frameRate() const
 {
-    return m_format.value(QLatin1String(key::frameRate));
+    return m_format.value(QLatin1String(ImfDict::FrameRate));
 }
 
 void FormatBuilder::setAudioMapping(const QJsonArray& mapping)

@@ -1,5 +1,6 @@
 #include "desk/services/MediaEngine.h"
 
+#include "StratacutUI/ImfDict.h"
 #include "desk/services/FormatBuilder.h"
 #include "desk/services/SoundPlan.h"
 
@@ -71,7 +72,7 @@ QList<QStandardItem*> rowOf(const BinTrack& track)
 
 QStringList AudioMixDescription::list(const QString& key) const
 {
-    return key == QLatin1String(key::audioMix) ? OutputFormat().choices(key) : QStringList();
+    return key == QLatin1String(ImfDict::AudioMix) ? OutputFormat().choices(key) : QStringList();
 }
 
 MediaEngine::MediaEngine(MediaLibrary* library) : m_library(library) {}

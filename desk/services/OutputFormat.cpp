@@ -1,5 +1,7 @@
 #include "desk/services/OutputFormat.h"
 
+#include "StratacutUI/ImfDict.h"
+
 #include <QHash>
 #include <QMap>
 
@@ -155,28 +157,37 @@ imf::J2kSettings OutputFormat::j2k() const
 
 const QStringList& OutputFormat::keys()
 {
-    static const QStringList all{
-        key::applicationPattern, key::resolution,   key::frameRate, key::colorimetry, key::colorDepth, key::compression,
-        key::compressionProfile, key::stereoscopic, key::format,    key::sampleRate,  key::bitDepth,   key::audioMix};
+    static const QStringList all{ImfDict::ApplicationPattern,
+                                 ImfDict::Resolution,
+                                 ImfDict::FrameRate,
+                                 ImfDict::Colorimetry,
+                                 ImfDict::ColorDepth,
+                                 ImfDict::Compression,
+                                 ImfDict::CompressionProfile,
+                                 ImfDict::StereoscopicSettings,
+                                 ImfDict::Format,
+                                 ImfDict::SampleRate,
+                                 ImfDict::BitDepth,
+                                 ImfDict::AudioMix};
     return all;
 }
 
 QStringList OutputFormat::choices(const QString& parameter) const
 {
-    if (parameter == QLatin1String(key::compressionProfile))
+    if (parameter == QLatin1String(ImfDict::CompressionProfile))
         return profileChoices();
     static const QHash<QString, QStringList> fixed{
-        {key::applicationPattern, {words::application}},
-        {key::compression, compressions()},
-        {key::resolution, sizeNames()},
-        {key::frameRate, words::frameRates()},
-        {key::colorimetry, {words::colour(imf::Colour::Bt709)}},
-        {key::colorDepth, {QStringLiteral("10")}},
-        {key::stereoscopic, {words::monoscopic}},
-        {key::bitDepth, {QStringLiteral("24")}},
-        {key::format, {words::pcm}},
-        {key::sampleRate, {words::sampleRate(48000)}},
-        {key::audioMix, mixNames()},
+        {ImfDict::ApplicationPattern, {words::application}},
+        {ImfDict::Compression, compressions()},
+        {ImfDict::Resolution, sizeNames()},
+        {ImfDict::FrameRate, words::frameRates()},
+        {ImfDict::Colorimetry, {words::colour(imf::Colour::Bt709)}},
+        {ImfDict::ColorDepth, {QStringLiteral("10")}},
+        {ImfDict::StereoscopicSettings, {words::monoscopic}},
+        {ImfDict::BitDepth, {QStringLiteral("24")}},
+        {ImfDict::Format, {words::pcm}},
+        {ImfDict::SampleRate, {words::sampleRate(48000)}},
+        {ImfDict::AudioMix, mixNames()},
     };
     return fixed.value(parameter);
 }
@@ -205,15 +216,15 @@ QStringList OutputFormat::profileChoices() const
 
 QString OutputFormat::value(const QString& parameter) const
 {
-    if (parameter == QLatin1String(key::compression))
+    if (parameter == QLatin1String(ImfDict::Compression))
         return words::compression(mode);
-    if (parameter == QLatin1String(key::resolution))
+    if (parameter == QLatin1String(ImfDict::Resolution))
         return words::resolution(width, height);
-    if (parameter == QLatin1String(key::frameRate))
+    if (parameter == QLatin1String(ImfDict::FrameRate))
         return words::frameRate(rate);
-    if (parameter == QLatin1String(key::compressionProfile))
+    if (parameter == QLatin1String(ImfDict::CompressionProfile))
         return profileName(megabits);
-    if (parameter == QLatin1String(key::audioMix))
+    if (parameter == QLatin1String(ImfDict::AudioMix))
         return audioMix.isEmpty() ? QLatin1String(mixModes().at(1).name) : audioMix;
     return choices(parameter).value(0);
 }
@@ -223,15 +234,15 @@ bool OutputFormat::set(const QString& parameter, const QString& value)
     const int position = choices(parameter).indexOf(value);
     if (position < 0)
         return false;
-    if (parameter == QLatin1String(key::compression))
+    if (parameter == QLatin1String(ImfDict::Compression))
         mode = position == 0 ? imf::J2kSettings::Mode::Lossy : imf::J2kSettings::Mode::Reversible;
-    else if (parameter == QLatin1String(key::resolution))
+    else if (parameter == QLatin1String(ImfDict::Resolution))
         std::tie(width, height) = sizes[std::size_t(position)];
-    else if (parameter == QLatin1String(key::frameRate))
+    else if (parameter == QLatin1String(ImfDict::FrameRate))
         rate = words::frameRate(value);
-    else if (parameter == QLatin1String(key::audioMix))
+    else if (parameter == QLatin1String(ImfDict::AudioMix))
         audioMix = value;
-    else if (parameter == QLatin1String(key::compressionProfile) && mode == imf::J2kSettings::Mode::Lossy)
+    else if (parameter == QLatin1String(ImfDict::CompressionProfile) && mode == imf::J2kSettings::Mode::Lossy)
         megabits = *std::find_if(bitRates.begin(), bitRates.end(), [&](int r) { return profileName(r) == value; });
     settleBitRate();
     return true;
@@ -252,7 +263,7 @@ QJsonObject OutputFormat::toJson() const
     QJsonObject json;
     for (const QString& parameter : keys())
         json.insert(parameter, value(parameter));
-    json.insert(QLatin1String(key::audioMapping), mapping);
+    json.insert(QLatin1String(ImfDict::AudioMapping), mapping);
     return json;
 }
 
@@ -261,7 +272,7 @@ OutputFormat OutputFormat::fromJson(const QJsonObject& json)
     OutputFormat format;
     for (const QString& parameter : keys())
         format.set(parameter, json.value(parameter).toString());
-    format.mapping = json.value(QLatin1String(key::audioMapping)).toArray();
+    format.mapping = json.value(QLatin1String(ImfDict::AudioMapping)).toArray();
     return format;
 }
 

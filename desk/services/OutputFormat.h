@@ -13,24 +13,6 @@
 namespace desk::services
 {
 
-/// The parameter keys of a composition's document.
-namespace key
-{
-inline constexpr char applicationPattern[] = "Application Pattern";
-inline constexpr char compression[] = "Compression";
-inline constexpr char resolution[] = "Resolution";
-inline constexpr char frameRate[] = "Frame Rate";
-inline constexpr char colorimetry[] = "Colorimetry";
-inline constexpr char colorDepth[] = "Color Depth";
-inline constexpr char compressionProfile[] = "Compression Profile";
-inline constexpr char stereoscopic[] = "Stereoscopic Settings";
-inline constexpr char bitDepth[] = "Bit Depth";
-inline constexpr char format[] = "Format";
-inline constexpr char sampleRate[] = "Sample Rate";
-inline constexpr char audioMix[] = "Audio Mix";
-inline constexpr char audioMapping[] = "AudioMapping";
-} // namespace key
-
 /// The words by which people choose and read parameters. What the output writes and what is read from a package is
 /// spelt alike.
 namespace words

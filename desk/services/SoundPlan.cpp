@@ -1,5 +1,7 @@
 #include "desk/services/SoundPlan.h"
 
+#include "StratacutUI/ImfDict.h"
+
 #include <QHash>
 #include <QSet>
 
@@ -145,20 +147,20 @@ QVector<Row> rowsOf(const media::Sequence& sequence, const OutputFormat& format)
     for (const QJsonValue& value : format.mapping) {
         const QJsonObject entry = value.toObject();
         Row row;
-        row.name = QStringLiteral("IMF track A%1").arg(entry[QStringLiteral("Out")].toInt());
-        row.mode = entry[QStringLiteral("AudioMixdownSettings")].toString();
-        for (const QJsonValue& in : entry[QStringLiteral("In")].toArray()) {
+        row.name = QStringLiteral("IMF track A%1").arg(entry[QLatin1String(ImfDict::Out)].toInt());
+        row.mode = entry[QLatin1String(ImfDict::AudioMixdownSettings)].toString();
+        for (const QJsonValue& in : entry[QLatin1String(ImfDict::In)].toArray()) {
             if (!row.sources.contains(in.toInt() - 1))
                 row.sources += in.toInt() - 1;
         }
-        row.language = entry[QStringLiteral("RFC5646SpokenLanguage")].toString();
-        row.contentKind = entry[QStringLiteral("AudioContentKind")].toString();
+        row.language = entry[QLatin1String(ImfDict::RFC5646SpokenLanguage)].toString();
+        row.contentKind = entry[QLatin1String(ImfDict::AudioContentKind)].toString();
         if (row.contentKind == QLatin1String("None"))
             row.contentKind.clear();
         rows += row;
     }
     if (rows.isEmpty() && !sequence.audio.isEmpty()) {
-        Row all{QStringLiteral("IMF track A1"), format.value(QLatin1String(key::audioMix)), {}, {}, {}};
+        Row all{QStringLiteral("IMF track A1"), format.value(QLatin1String(ImfDict::AudioMix)), {}, {}, {}};
         for (int track = 0; track < sequence.audio.size(); ++track)
             all.sources += track;
         rows += all;

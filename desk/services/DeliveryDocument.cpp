@@ -1,0 +1,180 @@
+#include "desk/services/DeliveryDocument.h"
+
+#include "StratacutUI/ImfDict.h"
+#include "desk/imf/xml/XmlElement.h"
+#include "desk/services/DescriptorFacts.h"
+#include "desk/services/OutputFormat.h"
+
+#include <QJsonArray>
+
+namespace desk::services
+{
+
+namespace
+{
+constexpr char missingAssets[] = "MissingAssets";
+
+QJsonObject itemDocument(const char* type, const QString& name)
+{
+    return {{ImfDict::Name, name}, {ImfDict::Type, QLatin1String(type)}, {ImfDict::Mutable, false}};
+}
+
+/// The three texts that every item has; works for deliveries, packing lists and compositions.
+template <class Item>
+QJsonObject metadataOf(const Item& item)
+{
+    return {{ImfDict::Issuer, item.issuer.text},
+            {ImfDict::Creator, item.creator.text},
+            {ImfDict::Annotation, item.annotation.text}};
+}
+
+QJsonObject choice(const QString& value)
+{
+    return {{ImfDict::values, QJsonArray{value}}, {ImfDict::currentIndex, 0}};
+}
+
+struct TrackFacts {
+    DescriptorFacts picture;
+    QVector<DescriptorFacts> sounds;
+};
+
+const imf::EssenceDescriptor* descriptorOf(const imf::Composition& composition, const imf::Sequence& sequence)
+{
+    for (const imf::EssenceDescriptor& descriptor : composition.essenceDescriptors) {
+        if (!sequence.resources.isEmpty() && descriptor.id == sequence.resources.first().sourceEncoding)
+            return &descriptor;
+    }
+    return nullptr;
+}
+
+TrackFacts factsOf(const imf::Composition& composition)
+{
+    TrackFacts facts;
+    if (composition.segments.isEmpty())
+        return facts;
+    for (const imf::Sequence& sequence : composition.segments.first().sequences) {
+        const imf::EssenceDescriptor* descriptor = descriptorOf(composition, sequence);
+        if (!descriptor)
+            continue;
+        const DescriptorFacts track = readDescriptor(descriptor->regXml);
+        if (sequence.kind == imf::SequenceKind::MainImage && track.kind == DescriptorFacts::Kind::Picture)
+            facts.picture = track;
+        else if (sequence.kind == imf::SequenceKind::MainAudio && track.kind == DescriptorFacts::Kind::Sound)
+            facts.sounds += track;
+    }
+    return facts;
+}
+
+QString applicationOf(const imf::Composition& composition)
+{
+    struct Application {
+        const char* part;
+        const char* name;
+    };
+
+    static const Application applications[] = {{"2067-21/", "App #2E"},
+                                               {"2067-20/", "App #2"},
+                                               {"2067-30", "App #3"},
+                                               {"2067-40/", "App #4"},
+                                               {"2067-50/", "App #5"}};
+    for (const QString& id : composition.applicationIds) {
+        for (const Application& application : applications) {
+            if (id.contains(QLatin1String(application.part)))
+                return QLatin1String(application.name);
+        }
+    }
+    return QLatin1String(words::unknown);
+}
+
+QJsonObject videoOf(const imf::Composition& composition, const DescriptorFacts& picture)
+{
+    QJsonObject video{{ImfDict::ApplicationPattern, choice(applicationOf(composition))}};
+    if (picture.kind != DescriptorFacts::Kind::Picture)
+        return video;
+    video[QLatin1String(ImfDict::Compression)] = choice(picture.compression);
+    video[QLatin1String(ImfDict::CompressionProfile)] = choice(picture.profile);
+    video[QLatin1String(ImfDict::Resolution)] = choice(picture.resolution);
+    video[QLatin1String(ImfDict::FrameRate)] = choice(picture.frameRate);
+    video[QLatin1String(ImfDict::Colorimetry)] = choice(picture.colour);
+    video[QLatin1String(ImfDict::ColorDepth)] = choice(picture.depth);
+    video[QLatin1String(ImfDict::StereoscopicSettings)] = choice(QLatin1String(words::monoscopic));
+    return video;
+}
+
+QJsonObject mappingEntry(const DescriptorFacts& sound, int number)
+{
+    const QString kind = sound.contentKind.isEmpty() ? QStringLiteral("None") : sound.contentKind;
+    return {{ImfDict::TargetTrack, QStringLiteral("A%1").arg(number)},
+            {ImfDict::MixMode, sound.mix},
+            {ImfDict::Metadata,
+             QJsonObject{{ImfDict::AudioContentKind, kind}, {ImfDict::RFC5646SpokenLanguage, sound.language}}}};
+}
+
+QJsonObject audioOf(const QVector<DescriptorFacts>& sounds)
+{
+    QJsonArray mapping;
+    for (const DescriptorFacts& sound : sounds)
+        mapping += mappingEntry(sound, mapping.size() + 1);
+    QJsonObject audio{{ImfDict::MultipleAudioMix, QJsonObject{{ImfDict::AudioMapping, mapping}}}};
+    if (sounds.isEmpty())
+        return audio;
+    audio[QLatin1String(ImfDict::Format)] = choice(sounds.first().format);
+    audio[QLatin1String(ImfDict::SampleRate)] = choice(sounds.first().sampleRate);
+    audio[QLatin1String(ImfDict::BitDepth)] = choice(sounds.first().bits);
+    audio[QLatin1String(ImfDict::AudioMix)] = choice(sounds.first().mix);
+    return audio;
+}
+
+QJsonObject compositionMetadata(const imf::Composition& composition)
+{
+    QJsonObject metadata = metadataOf(composition);
+    metadata[QLatin1String(ImfDict::ContentOriginator)] = composition.contentOriginator.text;
+    metadata[QLatin1String(ImfDict::ContentTitle)] = composition.contentTitle.text;
+    metadata[QLatin1String(ImfDict::ContentKind)] =
+        QJsonObject{{ImfDict::Scope, composition.contentKind.scope}, {ImfDict::Value, composition.contentKind.value}};
+    return metadata;
+}
+
+QJsonObject documentOf(const imf::DeliveredComposition& delivered)
+{
+    const imf::Composition& composition = delivered.composition;
+    const TrackFacts facts = factsOf(composition);
+    QJsonObject document = itemDocument("CPL", delivered.name);
+    document[QLatin1String(ImfDict::Video)] = videoOf(composition, facts.picture);
+    document[QLatin1String(ImfDict::Audio)] = audioOf(facts.sounds);
+    document[QLatin1String(ImfDict::DescriptiveMetadata)] = compositionMetadata(composition);
+    if (!delivered.missingAssets.isEmpty()) {
+        QJsonArray missing;
+        for (const QUuid& asset : delivered.missingAssets)
+            missing += imf::toUrn(asset);
+        document[QLatin1String(missingAssets)] = missing;
+    }
+    return document;
+}
+
+QJsonObject documentOf(const imf::DeliveredPackage& package)
+{
+    QJsonObject document = itemDocument("IMP", package.name);
+    document[QLatin1String(ImfDict::DescriptiveMetadata)] = metadataOf(package.packingList);
+    QJsonArray children;
+    for (const imf::DeliveredComposition& composition : package.compositions)
+        children += documentOf(composition);
+    document[QLatin1String(ImfDict::Children)] = children;
+    return document;
+}
+} // namespace
+
+QJsonObject documentOf(const imf::Delivery& delivery)
+{
+    QJsonObject document = itemDocument("Delivery", delivery.name);
+    document[QLatin1String(ImfDict::Original)] = delivery.version == imf::DeliveryVersion::Original;
+    document[QLatin1String(ImfDict::Path)] = delivery.folder;
+    document[QLatin1String(ImfDict::DescriptiveMetadata)] = metadataOf(delivery);
+    QJsonArray children;
+    for (const imf::DeliveredPackage& package : delivery.packages)
+        children += documentOf(package);
+    document[QLatin1String(ImfDict::Children)] = children;
+    return document;
+}
+
+} // namespace desk::services
