@@ -1,0 +1,90 @@
+#include "desk/services/CompositionBuilder.h"
+
+#include "StratacutUI/ImfDict.h"
+
+#include <cmath>
+
+namespace desk::services
+{
+
+namespace
+{
+imf::Sequence playWhole(imf::SequenceKind kind, const imf::TrackFileInfo& file, imf::Composition& composition)
+{
+    const imf::EssenceDescriptor descriptor{QUuid::createUuid(), file.descriptorXml};
+    composition.essenceDescriptors += descriptor;
+    imf::Resource resource;
+    resource.id = QUuid::createUuid();
+    resource.editRate = file.editRate;
+    resource.intrinsicDuration = file.duration;
+    resource.sourceDuration = file.duration;
+    resource.sourceEncoding = descriptor.id;
+    resource.trackFileId = file.id;
+    resource.hash = file.sha1;
+    imf::Sequence sequence;
+    sequence.kind = kind;
+    sequence.id = QUuid::createUuid();
+    sequence.trackId = QUuid::createUuid();
+    sequence.resources += resource;
+    return sequence;
+}
+
+std::optional<imf::CompositionTimecode> timecodeFrom(const QString& start, Rational rate)
+{
+    if (start.isEmpty())
+        return std::nullopt;
+    imf::CompositionTimecode timecode;
+    timecode.dropFrame = start.contains(QLatin1Char(';'));
+    timecode.rate = int(std::lround(rate.toDouble()));
+    timecode.start = QString(start).replace(QLatin1Char(';'), QLatin1Char(':'));
+    return timecode;
+}
+
+QString runningTime(qint64 frames, Rational rate)
+{
+    const qint64 seconds = frames * rate.den / rate.num;
+    return QStringLiteral("%1:%2:%3")
+        .arg(seconds / 3600, 2, 10, QLatin1Char('0'))
+        .arg(seconds / 60 % 60, 2, 10, QLatin1Char('0'))
+        .arg(seconds % 60, 2, 10, QLatin1Char('0'));
+}
+
+void setTexts(imf::Composition& composition, const QJsonObject& document)
+{
+    const QJsonObject metadata = document[QLatin1String(ImfDict::DescriptiveMetadata)].toObject();
+    const auto text = [&metadata](const char* key) { return metadata[QLatin1String(key)].toString(); };
+    composition.annotation = text(ImfDict::Annotation);
+    composition.issuer = text(ImfDict::Issuer);
+    composition.creator = text(ImfDict::Creator);
+    composition.contentOriginator = text(ImfDict::ContentOriginator);
+    const QString title = text(ImfDict::ContentTitle);
+    composition.contentTitle = title.isEmpty() ? document[QLatin1String(ImfDict::Name)].toString() : title;
+    const QJsonObject kind = metadata[QLatin1String(ImfDict::ContentKind)].toObject();
+    composition.contentKind = {kind[QLatin1String(ImfDict::Scope)].toString(),
+                               kind[QLatin1String(ImfDict::Value)].toString()};
+    imf::ContentVersion version;
+    version.id = composition.id.toString(QUuid::WithoutBraces).prepend(QStringLiteral("urn:uuid:"));
+    version.label = composition.contentTitle;
+    composition.contentVersions += version;
+}
+} // namespace
+
+imf::Composition buildComposition(const WrittenTracks& tracks, const QJsonObject& document)
+{
+    imf::Composition composition;
+    composition.id = QUuid::createUuid();
+    composition.issueDate = QDateTime::currentDateTimeUtc();
+    setTexts(composition, document);
+    composition.editRate = tracks.picture.editRate;
+    composition.timecode = timecodeFrom(tracks.startTimecode, composition.editRate);
+    composition.totalRunningTime = runningTime(tracks.picture.duration, composition.editRate);
+    imf::Segment segment;
+    segment.id = QUuid::createUuid();
+    segment.sequences += playWhole(imf::SequenceKind::MainImage, tracks.picture, composition);
+    for (const imf::TrackFileInfo& sound : tracks.sounds)
+        segment.sequences += playWhole(imf::SequenceKind::MainAudio, sound, composition);
+    composition.segments += segment;
+    return composition;
+}
+
+} // namespace desk::services
