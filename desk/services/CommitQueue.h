@@ -1,0 +1,49 @@
+#pragma once
+
+#include "StratacutUI/IMFO_Bridge.h"
+#include "desk/services/CommitPlan.h"
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+namespace desk::services
+{
+
+/// Runs commits one after the other on a thread of its own.
+class CommitQueue
+{
+public:
+    /// Called on the queue's thread, a few times a second and after the last frame.
+    using Progress = std::function<void(const QByteArray& deliveryId, const ExportProgress& progress)>;
+
+    explicit CommitQueue(Progress progress);
+    /// Cancels what runs and what waits; each completion is still called.
+    ~CommitQueue();
+    CommitQueue(const CommitQueue&) = delete;
+    CommitQueue& operator=(const CommitQueue&) = delete;
+
+    /// Any thread. `done` is called once, on the queue's thread.
+    void add(const CommitPlan& plan, IMFO_CommitCallback done);
+    /// Any thread. Cancels the commit of a delivery, running or waiting. Its completion says so.
+    void cancel(const QByteArray& deliveryId);
+    /// Any thread. Whether a commit of the delivery runs or waits.
+    bool isBusy(const QByteArray& deliveryId) const;
+
+private:
+    struct Job;
+
+    void loop();
+    IMFO_Bridge::Error run(Job& job) const;
+    Status writePackage(Job& job, const PackagePlan& package, class ProgressMeter& meter) const;
+
+    Progress m_progress;
+    mutable std::mutex m_mutex;
+    std::condition_variable m_wake;
+    std::deque<std::shared_ptr<Job>> m_jobs;
+    bool m_ending = false;
+    std::thread m_thread;
+};
+
+} // namespace desk::services

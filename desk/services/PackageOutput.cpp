@@ -1,0 +1,401 @@
+#include "desk/services/PackageOutput.h"
+
+#include "StratacutUI/ImfDict.h"
+#include "desk/services/DeliveryDocument.h"
+#include "desk/services/FolderName.h"
+#include "desk/services/MediaLibrary.h"
+#include "desk/services/Profile.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonDocument>
+
+#include <algorithm>
+
+namespace desk::services
+{
+
+namespace
+{
+using OutputError = IMFO_Bridge::IMFO_Error_t;
+
+OutputError failure(const Error& error)
+{
+    return {1, error.sentence()};
+}
+
+OutputError outcome(const Status& status)
+{
+    return status ? OutputError() : failure(status.error());
+}
+
+QString cleaned(const QString& folder)
+{
+    return folder.isEmpty() ? QString() : QDir::cleanPath(QDir(folder).absolutePath());
+}
+
+Result<QJsonObject> parseObject(const QString& text, const IMFO_ItemInfo& item)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
+    if (document.isObject())
+        return document.object();
+    return Error{{},
+                 QString::fromUtf8(item.componentId),
+                 {},
+                 QStringLiteral("its description is no JSON object"),
+                 QStringLiteral("remove the item and make it anew")};
+}
+
+/// The folder may hold what a crashed commit has left; whether something else is there afterwards.
+bool isOccupied(const QString& folder)
+{
+    if (!QFileInfo::exists(folder))
+        return false;
+    const auto removed = imf::recoverFolder(folder);
+    if (removed && !removed->isEmpty())
+        QDir().rmdir(folder);
+    return QFileInfo::exists(folder);
+}
+
+Error occupied(const QString& folder)
+{
+    return {folder,
+            {},
+            {},
+            QStringLiteral("this folder already exists"),
+            QStringLiteral("choose another name or another place")};
+}
+
+QMap<QString, IMFO_TrackInfo> trackInfoOf(const QJsonObject& cpl)
+{
+    QMap<QString, IMFO_TrackInfo> tracks;
+    for (const char* section : {ImfDict::Video, ImfDict::Audio}) {
+        const QJsonObject parameters = cpl[QLatin1String(section)].toObject();
+        for (auto entry = parameters.constBegin(); entry != parameters.constEnd(); ++entry) {
+            const QJsonObject parameter = entry->toObject();
+            IMFO_TrackInfo info;
+            for (const QJsonValue& value : parameter[QLatin1String(ImfDict::values)].toArray())
+                info.values += value.toString();
+            info.currentIndex = info.values.isEmpty() ? -1 : parameter[QLatin1String(ImfDict::currentIndex)].toInt();
+            info.audioMapping = parameter[QLatin1String(ImfDict::AudioMapping)].toArray();
+            tracks[entry.key()] = info;
+        }
+    }
+    const QJsonObject metadata = cpl[QLatin1String(ImfDict::DescriptiveMetadata)].toObject();
+    const QString kind =
+        metadata[QLatin1String(ImfDict::ContentKind)].toObject()[QLatin1String(ImfDict::Value)].toString();
+    tracks[QLatin1String(ImfDict::ContentKind)] = {{kind}, 0, {}};
+    return tracks;
+}
+} // namespace
+
+PackageOutput::PackageOutput(MediaLibrary* library, QObject* parent)
+    : QObject(parent),
+      m_library(library),
+      m_defaultFolder(Profile::defaultDeliveryFolder()),
+      m_queue([this](const QByteArray& id, const ExportProgress& progress) { emit progressed(id, progress); })
+{
+    qRegisterMetaType<ExportProgress>();
+}
+
+PackageOutput::~PackageOutput() = default;
+
+void PackageOutput::cancel(const QByteArray& deliveryId)
+{
+    m_queue.cancel(deliveryId);
+}
+
+PackageOutput::Entry* PackageOutput::entryOf(const QByteArray& componentId)
+{
+    const auto found = m_entries.find(componentId);
+    return found == m_entries.end() ? nullptr : &found->second;
+}
+
+QByteArray PackageOutput::idOfFolder(const QString& folder) const
+{
+    for (QString Entry::*place : {&Entry::folder, &Entry::target}) {
+        for (const auto& [id, entry] : m_entries) {
+            if (entry.*place == folder)
+                return id;
+        }
+    }
+    return imf::deliveryComponentId(folder);
+}
+
+imf::AssetResolver PackageOutput::resolverFor(const QString& folder) const
+{
+    return [this, folder](const QUuid& asset) {
+        for (const auto& [id, entry] : m_entries) {
+            const QString file = entry.folder == folder ? QString() : entry.delivery.existingFile(asset);
+            if (!file.isEmpty())
+                return file;
+        }
+        return QString();
+    };
+}
+
+void PackageOutput::sortPackages(Entry& entry)
+{
+    std::stable_sort(entry.delivery.packages.begin(), entry.delivery.packages.end(),
+                     [&entry](const imf::DeliveredPackage& a, const imf::DeliveredPackage& b) {
+                         return entry.places.value(a.packingList.id, -1) < entry.places.value(b.packingList.id, -1);
+                     });
+}
+
+void PackageOutput::indexCompositions(const QByteArray& id, Entry& entry)
+{
+    entry.compositions.clear();
+    for (const QJsonValue& imp : entry.document[QLatin1String(ImfDict::Children)].toArray()) {
+        const QByteArray impId = id + '/' + imp[QLatin1String(ImfDict::Name)].toString().toUtf8() + '/';
+        for (const QJsonValue& cpl : imp[QLatin1String(ImfDict::Children)].toArray()) {
+            const QByteArray cplId = impId + cpl[QLatin1String(ImfDict::Name)].toString().toUtf8();
+            if (!entry.compositions.contains(cplId))
+                entry.compositions.insert(cplId, cpl.toObject());
+        }
+    }
+}
+
+Result<QByteArray> PackageOutput::open(const QString& folder)
+{
+    auto delivery = imf::openDelivery(folder, resolverFor(folder));
+    if (!delivery)
+        return delivery.error();
+    const QByteArray id = idOfFolder(folder);
+    Entry& entry = m_entries[id];
+    entry.folder = folder;
+    entry.delivery = std::move(*delivery);
+    entry.name = entry.delivery.name;
+    sortPackages(entry);
+    entry.document = documentOf(entry.delivery);
+    indexCompositions(id, entry);
+    return id;
+}
+
+void PackageOutput::readDelivery(IMFO_Error_t& error, const QString& path, std::pair<QByteArray, QJsonObject>& result)
+{
+    const QString folder = cleaned(path);
+    const auto opened = open(folder);
+    error = opened ? OutputError() : failure(opened.error());
+    const QByteArray id = opened ? *opened : idOfFolder(folder);
+    const Entry* entry = entryOf(id);
+    result = {id, entry ? entry->document : QJsonObject()};
+}
+
+void PackageOutput::getDeliveryInfo(IMFO_Error_t& error, const QByteArray& componentId, QJsonObject& info,
+                                    bool recursive)
+{
+    error = OutputError();
+    const QByteArray id =
+        componentId.left(componentId.indexOf('/') < 0 ? componentId.size() : componentId.indexOf('/'));
+    Entry* entry = entryOf(id);
+    if (!entry) {
+        error = failure({{},
+                         QString::fromUtf8(componentId),
+                         {},
+                         QStringLiteral("the delivery is not loaded"),
+                         QStringLiteral("load it from its folder")});
+        return;
+    }
+    if (entry->folder.isEmpty()) {
+        info = {{ImfDict::Name, entry->name}, {ImfDict::Path, entry->parent}};
+        return;
+    }
+    // Read again: what was missing may have been loaded since.
+    const auto opened = open(entry->folder);
+    if (!opened)
+        error = failure(opened.error());
+    info = entry->document;
+    if (!recursive)
+        info.remove(QLatin1String(ImfDict::Children));
+}
+
+void PackageOutput::reserved3(IMFO_Error_t& error)
+{
+    error = OutputError();
+}
+
+void PackageOutput::reserved4(IMFO_Error_t& error)
+{
+    error = OutputError();
+}
+
+void PackageOutput::reserved5(IMFO_Error_t& error)
+{
+    error = OutputError();
+}
+
+void PackageOutput::createDelivery(IMFO_Error_t& error, const QString& name, QString& path, bool, QString& componentId)
+{
+    const Status fit = checkFolderName(name);
+    error = outcome(fit);
+    if (!fit)
+        return;
+    path = cleaned(path.isEmpty() ? m_defaultFolder : path);
+    componentId = QUuid::createUuid().toString(QUuid::WithoutBraces).prepend(QStringLiteral("urn:uuid:"));
+    Entry entry;
+    entry.name = name;
+    entry.parent = path;
+    m_entries[componentId.toUtf8()] = entry;
+}
+
+void PackageOutput::removeItem(IMFO_Error_t& error, const QByteArray& componentId)
+{
+    error = OutputError();
+    const QByteArray deliveryId = componentId.left(componentId.indexOf('/'));
+    if (m_queue.isBusy(deliveryId)) {
+        error =
+            failure({{}, {}, {}, QStringLiteral("it is being exported"), QStringLiteral("cancel the export first")});
+        return;
+    }
+    m_entries.erase(componentId);
+}
+
+Status PackageOutput::checkTarget(const QString& folder, const Entry& entry) const
+{
+    if (folder == entry.folder)
+        return {};
+    const QFileInfo parent(QFileInfo(folder).path());
+    const auto fail = [&parent](const QString& what, const QString& next) {
+        return Error{parent.filePath(), {}, {}, what, next};
+    };
+    if (!parent.exists())
+        return fail(QStringLiteral("the folder is not there"), QStringLiteral("make it or choose another"));
+    if (!parent.isDir())
+        return fail(QStringLiteral("it is no folder"), QStringLiteral("choose a folder"));
+    if (!parent.isWritable())
+        return fail(QStringLiteral("nothing can be written to the folder"),
+                    QStringLiteral("change its rights or choose another"));
+    return {};
+}
+
+Status PackageOutput::start(const IMFO_ItemInfo& item, const CommitCallback& onDone)
+{
+    CommitRequest request{item.nodeType, item.componentId, item.version, std::exchange(m_applied, {}), m_padding};
+    auto plan = planCommit(request, *m_library);
+    if (!plan)
+        return plan.error();
+    Entry& entry = m_entries[plan->deliveryId];
+    Status target = checkTarget(plan->folder, entry);
+    if (!target)
+        return target;
+    if (m_queue.isBusy(plan->deliveryId))
+        return Error{plan->folder,
+                     {},
+                     {},
+                     QStringLiteral("the delivery is being exported already"),
+                     QStringLiteral("wait for the end or cancel it")};
+    if (plan->newFolder && entry.folder != plan->folder && isOccupied(plan->folder))
+        return occupied(plan->folder);
+    entry.target = plan->folder;
+    for (const PackagePlan& package : plan->packages) {
+        if (!entry.created.contains(package.componentId))
+            entry.created += package.componentId;
+        entry.places[package.package.id] = entry.created.indexOf(package.componentId);
+    }
+    m_queue.add(*plan, onDone);
+    return {};
+}
+
+void PackageOutput::commit(IMFO_Error_t& error, const IMFO_ItemInfo& item, CommitCallback onDone)
+{
+    error = outcome(start(item, onDone));
+}
+
+void PackageOutput::createIMP(IMFO_Error_t& error, const QByteArray& impComponentId, const QByteArray&)
+{
+    error = OutputError();
+    if (Entry* entry = entryOf(impComponentId.left(impComponentId.indexOf('/'))))
+        entry->created += impComponentId;
+}
+
+void PackageOutput::createCPL(IMFO_Error_t& error, const QByteArray&, const QByteArray&, const QByteArray&)
+{
+    // A sequence that is gone for the moment is no reason to drop a composition: its commit will say so.
+    error = OutputError();
+}
+
+void PackageOutput::setItemPath(IMFO_Error_t& error, const IMFO_ItemInfo& item, const QString& path,
+                                QString& actualPath)
+{
+    error = OutputError();
+    Entry& entry = m_entries[item.componentId];
+    const auto document = parseObject(item.metadataJson, item);
+    const QString name = document ? (*document)[QLatin1String(ImfDict::Name)].toString() : entry.name;
+    const QString parent = cleaned(path);
+    const QString folder = QDir(parent).filePath(name);
+    const Status target = checkTarget(folder, entry);
+    error = outcome(target);
+    if (!target)
+        return;
+    if (folder != entry.folder && isOccupied(folder)) {
+        error = {IMFO_Error_t::ItemExists, occupied(folder).sentence()};
+        return;
+    }
+    entry.parent = actualPath = parent;
+}
+
+void PackageOutput::renameItem(IMFO_Error_t& error, const IMFO_ItemInfo& item, const QString& name,
+                               QString& newComponentId)
+{
+    newComponentId = QString::fromUtf8(item.componentId);
+    Entry& entry = m_entries[item.componentId];
+    const Status fit = checkFolderName(name);
+    error = outcome(fit);
+    if (!fit)
+        return;
+    if (!entry.folder.isEmpty()) {
+        error = failure({entry.folder,
+                         {},
+                         {},
+                         QStringLiteral("a delivery that is written keeps its name"),
+                         QStringLiteral("make a new delivery with the other name")});
+        return;
+    }
+    const QString folder = QDir(entry.parent).filePath(name);
+    if (!entry.parent.isEmpty() && isOccupied(folder)) {
+        error = {IMFO_Error_t::ItemExists, occupied(folder).sentence()};
+        return;
+    }
+    entry.name = name;
+}
+
+void PackageOutput::applyCommitSettings(IMFO_Error_t& error, const QString& commitSettingsJson,
+                                        const IMFO_ItemInfo& item)
+{
+    const auto settings = parseObject(commitSettingsJson, item);
+    error = settings ? OutputError() : failure(settings.error());
+    if (settings)
+        m_settings = {item.componentId, *settings};
+}
+
+void PackageOutput::applyDescriptiveMetadata(IMFO_Error_t& error, const QString& metadataJson,
+                                             const IMFO_ItemInfo& item)
+{
+    const auto document = parseObject(metadataJson, item);
+    error = document ? OutputError() : failure(document.error());
+    if (!document)
+        return;
+    AppliedItem applied{item.nodeType, item.componentId, *document, {}};
+    if (item.nodeType == IMF_PackageMgr::CPL && m_settings.first == item.componentId)
+        applied.settings = std::exchange(m_settings, {}).second;
+    m_applied += applied;
+}
+
+void PackageOutput::getCPLTrackInfo(IMFO_Error_t& error, QMap<QString, IMFO_TrackInfo>& tracks, const QByteArray& cplId)
+{
+    error = OutputError();
+    for (const auto& [id, entry] : m_entries) {
+        const auto found = entry.compositions.constFind(cplId);
+        if (found == entry.compositions.constEnd())
+            continue;
+        tracks = trackInfoOf(*found);
+        return;
+    }
+    error = failure({{},
+                     QString::fromUtf8(cplId),
+                     {},
+                     QStringLiteral("the composition is not loaded"),
+                     QStringLiteral("load its delivery from its folder")});
+}
+
+} // namespace desk::services

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "StratacutUI/IMFO_Bridge.h"
+#include "desk/services/CommitPlan.h"
+#include "desk/services/CommitQueue.h"
+
+#include <QHash>
+#include <QObject>
+
+#include <map>
+#include <optional>
+
+namespace desk::services
+{
+
+class MediaLibrary;
+
+/// The package manager's output service over IMF packages on disk.
+///
+/// It registers what the package manager tells of, but takes a commit from the documents that are handed over just
+/// before it: they alone know of local renames. Called on the user-interface thread; commits run on a thread of their
+/// own and complete there.
+class PackageOutput : public QObject, public IMFO_Bridge
+{
+    Q_OBJECT
+
+public:
+    /// The library is not owned and must outlive the output.
+    explicit PackageOutput(MediaLibrary* library, QObject* parent = nullptr);
+    /// Cancels running commits.
+    ~PackageOutput() override;
+
+    /// The parent folder of new deliveries for which none is asked.
+    void setDefaultFolder(const QString& folder) { m_defaultFolder = folder; }
+
+    /// Counts for commits that start after the call.
+    void setPadding(Padding padding) { m_padding = padding; }
+
+    /// Cancels the commits of a delivery. Their completion carries the code for a warning.
+    void cancel(const QByteArray& deliveryId);
+
+    void readDelivery(IMFO_Error_t& error, const QString& path, std::pair<QByteArray, QJsonObject>& result) override;
+    void getDeliveryInfo(IMFO_Error_t& error, const QByteArray& componentId, QJsonObject& info,
+                         bool recursive) override;
+    void reserved3(IMFO_Error_t& error) override;
+    void reserved4(IMFO_Error_t& error) override;
+    void reserved5(IMFO_Error_t& error) override;
+    void createDelivery(IMFO_Error_t& error, const QString& name, QString& path, bool original,
+                        QString& componentId) override;
+    void removeItem(IMFO_Error_t& error, const QByteArray& componentId) override;
+    void commit(IMFO_Error_t& error, const IMFO_ItemInfo& item, CommitCallback onDone) override;
+    void createIMP(IMFO_Error_t& error, const QByteArray& impComponentId,
+                   const QByteArray& descriptiveMetadata) override;
+    void createCPL(IMFO_Error_t& error, const QByteArray& cplComponentId, const QByteArray& token,
+                   const QByteArray& reserved) override;
+    void setItemPath(IMFO_Error_t& error, const IMFO_ItemInfo& item, const QString& path, QString& actualPath) override;
+    void renameItem(IMFO_Error_t& error, const IMFO_ItemInfo& item, const QString& name,
+                    QString& newComponentId) override;
+    void applyCommitSettings(IMFO_Error_t& error, const QString& commitSettingsJson,
+                             const IMFO_ItemInfo& item) override;
+    void applyDescriptiveMetadata(IMFO_Error_t& error, const QString& metadataJson, const IMFO_ItemInfo& item) override;
+    void getCPLTrackInfo(IMFO_Error_t& error, QMap<QString, IMFO_TrackInfo>& tracks, const QByteArray& cplId) override;
+
+signals:
+    /// From the commit's thread: connect with a context object, so that it arrives on the receiver's.
+    void progressed(const QByteArray& deliveryId, const desk::services::ExportProgress& progress);
+
+private:
+    /// A delivery that the package manager knows.
+    struct Entry {
+        QString name;
+        /// Where a delivery that is not written yet will be made.
+        QString parent;
+        /// Where its commit writes; empty before one was started.
+        QString target;
+        /// On disk: its folder, what was read last and the documents of its compositions by identifier.
+        QString folder;
+        imf::Delivery delivery;
+        QJsonObject document;
+        QHash<QByteArray, QJsonObject> compositions;
+        /// The IMPs in the order of their creation, and the packing lists that some of them became.
+        QVector<QByteArray> created;
+        QHash<QUuid, int> places;
+    };
+
+    Result<QByteArray> open(const QString& folder);
+    QByteArray idOfFolder(const QString& folder) const;
+    Entry* entryOf(const QByteArray& componentId);
+    imf::AssetResolver resolverFor(const QString& folder) const;
+    static void sortPackages(Entry& entry);
+    static void indexCompositions(const QByteArray& id, Entry& entry);
+    Status checkTarget(const QString& folder, const Entry& entry) const;
+    Status start(const IMFO_ItemInfo& item, const CommitCallback& onDone);
+
+    MediaLibrary* m_library;
+    QString m_defaultFolder;
+    Padding m_padding = Padding::Refuse;
+    std::map<QByteArray, Entry> m_entries;
+    QVector<AppliedItem> m_applied;
+    std::pair<QByteArray, QJsonObject> m_settings;
+    CommitQueue m_queue;
+};
+
+} // namespace desk::services
+
+Q_DECLARE_METATYPE(desk::services::ExportProgress)
