@@ -1,1 +1,85 @@
-int main() { return 0; }
+#include "desk/app/Command.h"
+#include "desk/app/Console.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+
+#include <algorithm>
+
+using namespace desk::app;
+
+namespace
+{
+const Command commands[] = {
+    {"export", "MEDIA... --to FOLDER", "write media files as an IMF package", exportOptions, runExport},
+    {"show", "FOLDER", "show what a delivery holds", showOptions, runShow},
+    {"verify", "FOLDER", "check every file, size, hash and reference of a delivery", verifyOptions, runVerify},
+};
+
+const char exitCodes[] = "Exit codes: 0 success, 1 the command failed, 2 the command line is wrong,\n"
+                         "3 verify has found errors, 130 interrupted.";
+
+QString overview()
+{
+    QString text = QStringLiteral("Usage: stratacut-desk COMMAND [OPTIONS]\n\nCommands:\n");
+    for (const Command& command : commands)
+        text += QStringLiteral("  %1 %2\n      %3\n").arg(command.name, command.arguments, command.summary);
+    text += QStringLiteral("\nOptions:\n  --help     show this text; after a command, that of the command\n"
+                           "  --version  show the version\n\n%1")
+                .arg(exitCodes);
+    return text;
+}
+
+int usageError(const QString& text)
+{
+    console::error(text);
+    console::note(QStringLiteral("stratacut-desk --help shows what there is."));
+    return exitCode::usage;
+}
+
+int runCommand(const Command& command, const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("%1 %2: %3.\n\n%4").arg(command.name, command.arguments, command.summary, exitCodes));
+    const QCommandLineOption help({"h", "help"}, "Shows this text.");
+    parser.addOption(help);
+    parser.addOptions(command.options());
+    if (!parser.parse(QStringList{QStringLiteral("stratacut-desk ") + command.name} + arguments))
+        return usageError(parser.errorText());
+    if (parser.isSet(help)) {
+        console::out(parser.helpText());
+        return exitCode::success;
+    }
+    return command.run(parser, parser.positionalArguments());
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // No command opens a window: they run where there is no display.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Stratacut Desk"));
+    QApplication::setApplicationVersion(QStringLiteral(STRATACUT_VERSION));
+    const QStringList arguments = QApplication::arguments().mid(1);
+    if (arguments.isEmpty()) {
+        console::note(overview());
+        return exitCode::usage;
+    }
+    const QString& first = arguments.first();
+    if (first == QLatin1String("--help") || first == QLatin1String("-h") || first == QLatin1String("help")) {
+        console::out(overview());
+        return exitCode::success;
+    }
+    if (first == QLatin1String("--version")) {
+        console::out(QStringLiteral("Stratacut Desk ") + QApplication::applicationVersion());
+        return exitCode::success;
+    }
+    const auto command = std::find_if(std::begin(commands), std::end(commands),
+                                      [&first](const Command& one) { return first == QLatin1String(one.name); });
+    if (command == std::end(commands))
+        return usageError(QStringLiteral("there is no command \"%1\"").arg(first));
+    return runCommand(*command, arguments.mid(1));
+}

@@ -19,9 +19,9 @@ namespace
 {
 using OutputError = IMFO_Bridge::IMFO_Error_t;
 
-OutputError failure(const Error& error)
+OutputError failure(const Error& error, quint8 code = 1)
 {
-    return {1, error.sentence()};
+    return {code, error.sentence()};
 }
 
 OutputError outcome(const Status& status)
@@ -189,11 +189,11 @@ void PackageOutput::getDeliveryInfo(IMFO_Error_t& error, const QByteArray& compo
         componentId.left(componentId.indexOf('/') < 0 ? componentId.size() : componentId.indexOf('/'));
     Entry* entry = entryOf(id);
     if (!entry) {
-        error = failure({{},
-                         QString::fromUtf8(componentId),
-                         {},
-                         QStringLiteral("the delivery is not loaded"),
-                         QStringLiteral("load it from its folder")});
+        error = failure(Error{{},
+                              QString::fromUtf8(componentId),
+                              {},
+                              QStringLiteral("the delivery is not loaded"),
+                              QStringLiteral("load it from its folder")});
         return;
     }
     if (entry->folder.isEmpty()) {
@@ -243,11 +243,13 @@ void PackageOutput::removeItem(IMFO_Error_t& error, const QByteArray& componentI
     error = OutputError();
     const QByteArray deliveryId = componentId.left(componentId.indexOf('/'));
     if (m_queue.isBusy(deliveryId)) {
-        error =
-            failure({{}, {}, {}, QStringLiteral("it is being exported"), QStringLiteral("cancel the export first")});
+        error = failure(
+            Error{{}, {}, {}, QStringLiteral("it is being exported"), QStringLiteral("cancel the export first")});
         return;
     }
     m_entries.erase(componentId);
+    if (Entry* entry = entryOf(deliveryId))
+        entry->created.removeAll(componentId);
 }
 
 Status PackageOutput::checkTarget(const QString& folder, const Entry& entry) const
@@ -328,7 +330,7 @@ void PackageOutput::setItemPath(IMFO_Error_t& error, const IMFO_ItemInfo& item, 
     if (!target)
         return;
     if (folder != entry.folder && isOccupied(folder)) {
-        error = {IMFO_Error_t::ItemExists, occupied(folder).sentence()};
+        error = failure(occupied(folder), IMFO_Error_t::ItemExists);
         return;
     }
     entry.parent = actualPath = parent;
@@ -344,16 +346,16 @@ void PackageOutput::renameItem(IMFO_Error_t& error, const IMFO_ItemInfo& item, c
     if (!fit)
         return;
     if (!entry.folder.isEmpty()) {
-        error = failure({entry.folder,
-                         {},
-                         {},
-                         QStringLiteral("a delivery that is written keeps its name"),
-                         QStringLiteral("make a new delivery with the other name")});
+        error = failure(Error{entry.folder,
+                              {},
+                              {},
+                              QStringLiteral("a delivery that is written keeps its name"),
+                              QStringLiteral("make a new delivery with the other name")});
         return;
     }
     const QString folder = QDir(entry.parent).filePath(name);
     if (!entry.parent.isEmpty() && isOccupied(folder)) {
-        error = {IMFO_Error_t::ItemExists, occupied(folder).sentence()};
+        error = failure(occupied(folder), IMFO_Error_t::ItemExists);
         return;
     }
     entry.name = name;
@@ -391,11 +393,11 @@ void PackageOutput::getCPLTrackInfo(IMFO_Error_t& error, QMap<QString, IMFO_Trac
         tracks = trackInfoOf(*found);
         return;
     }
-    error = failure({{},
-                     QString::fromUtf8(cplId),
-                     {},
-                     QStringLiteral("the composition is not loaded"),
-                     QStringLiteral("load its delivery from its folder")});
+    error = failure(Error{{},
+                          QString::fromUtf8(cplId),
+                          {},
+                          QStringLiteral("the composition is not loaded"),
+                          QStringLiteral("load its delivery from its folder")});
 }
 
 } // namespace desk::services

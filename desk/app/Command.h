@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QCommandLineOption>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+class QCommandLineParser;
+
+namespace desk::app
+{
+
+/// One word of the command line and what stands behind it.
+struct Command {
+    const char* name;
+    /// What follows the name, for the help: "FOLDER".
+    const char* arguments;
+    const char* summary;
+    QList<QCommandLineOption> (*options)();
+    /// Answers an exit code. The parser has parsed without an error.
+    int (*run)(const QCommandLineParser& parser, const QStringList& arguments);
+};
+
+QList<QCommandLineOption> exportOptions();
+int runExport(const QCommandLineParser& parser, const QStringList& arguments);
+QList<QCommandLineOption> showOptions();
+int runShow(const QCommandLineParser& parser, const QStringList& arguments);
+QList<QCommandLineOption> verifyOptions();
+int runVerify(const QCommandLineParser& parser, const QStringList& arguments);
+
+} // namespace desk::app

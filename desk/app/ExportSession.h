@@ -1,0 +1,78 @@
+#pragma once
+
+#include "StratacutUI/IMF_PackageMgrQtModel.h"
+#include "desk/base/Result.h"
+#include "desk/services/MediaLibrary.h"
+#include "desk/services/PackageOutput.h"
+#include "desk/services/Profile.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QPair>
+#include <QStringList>
+
+#include <memory>
+
+namespace desk::app
+{
+
+/// What the user asks of one export.
+struct ExportRequest {
+    QStringList media;
+    /// The parent folder.
+    QString folder;
+    /// Empty: the first file's name.
+    QString deliveryName;
+    QString impName;
+    QString title;
+    QString issuer;
+    /// Key and value in the order in which they were given.
+    QVector<QPair<QString, QString>> settings;
+    services::Padding padding = services::Padding::Refuse;
+    /// Where saved work is kept; empty: nothing is loaded and nothing kept.
+    QString profile;
+};
+
+/// Makes a delivery as a user of the package manager's window would: through the item model and its controller, from a
+/// new IMF Original to its commit. Message boxes become lines of the error stream.
+class ExportSession : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ExportSession(const ExportRequest& request);
+    ~ExportSession() override;
+
+    /// Answers an exit code. Prints the delivery's folder as the last line on success.
+    int run();
+
+private:
+    Status openMedia();
+    Status installHost();
+    Status createDelivery();
+    Status createCompositions();
+    Status applyTexts();
+    Status applySettings();
+    Status applyToComposition(const QModelIndex& cpl, const QPair<QString, QString>& setting);
+    int commit();
+    void showProgress(const services::ExportProgress& progress);
+    void tell(const QStringList& notices) const;
+    void write(const QModelIndex& index, const char* key, const QString& value);
+
+    QModelIndex delivery() const { return m_model->index(m_model->rowCount() - 1, 0); }
+
+    QModelIndex imp() const { return m_model->index(0, 0, delivery()); }
+
+    ExportRequest m_request;
+    services::Profile m_profile;
+    services::MediaLibrary m_library;
+    services::PackageOutput m_output;
+    std::unique_ptr<IMF_PackageMgrQtModel> m_model;
+    QStringList m_sequences;
+    /// What message boxes have said.
+    QStringList m_messages;
+    bool m_cancelled = false;
+    QElapsedTimer m_sinceLine;
+};
+
+} // namespace desk::app
