@@ -39,11 +39,11 @@ Result<QJsonObject> parseObject(const QString& text, const IMFO_ItemInfo& item)
     const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
     if (document.isObject())
         return document.object();
-    return Error{{},
-                 QString::fromUtf8(item.componentId),
-                 {},
-                 QStringLiteral("its description is no JSON object"),
-                 QStringLiteral("remove the item and make it anew")};
+    return desk::Error{{},
+                       QString::fromUtf8(item.componentId),
+                       {},
+                       QStringLiteral("its description is no JSON object"),
+                       QStringLiteral("remove the item and make it anew")};
 }
 
 /// The folder may hold what a crashed commit has left; whether something else is there afterwards.
@@ -189,11 +189,11 @@ void PackageOutput::getDeliveryInfo(IMFO_Error_t& error, const QByteArray& compo
         componentId.left(componentId.indexOf('/') < 0 ? componentId.size() : componentId.indexOf('/'));
     Entry* entry = entryOf(id);
     if (!entry) {
-        error = failure(Error{{},
-                              QString::fromUtf8(componentId),
-                              {},
-                              QStringLiteral("the delivery is not loaded"),
-                              QStringLiteral("load it from its folder")});
+        error = failure(desk::Error{{},
+                                    QString::fromUtf8(componentId),
+                                    {},
+                                    QStringLiteral("the delivery is not loaded"),
+                                    QStringLiteral("load it from its folder")});
         return;
     }
     if (entry->folder.isEmpty()) {
@@ -244,7 +244,7 @@ void PackageOutput::removeItem(IMFO_Error_t& error, const QByteArray& componentI
     const QByteArray deliveryId = componentId.left(componentId.indexOf('/'));
     if (m_queue.isBusy(deliveryId)) {
         error = failure(
-            Error{{}, {}, {}, QStringLiteral("it is being exported"), QStringLiteral("cancel the export first")});
+            desk::Error{{}, {}, {}, QStringLiteral("it is being exported"), QStringLiteral("cancel the export first")});
         return;
     }
     m_entries.erase(componentId);
@@ -258,7 +258,7 @@ Status PackageOutput::checkTarget(const QString& folder, const Entry& entry) con
         return {};
     const QFileInfo parent(QFileInfo(folder).path());
     const auto fail = [&parent](const QString& what, const QString& next) {
-        return Error{parent.filePath(), {}, {}, what, next};
+        return desk::Error{parent.filePath(), {}, {}, what, next};
     };
     if (!parent.exists())
         return fail(QStringLiteral("the folder is not there"), QStringLiteral("make it or choose another"));
@@ -281,11 +281,11 @@ Status PackageOutput::start(const IMFO_ItemInfo& item, const CommitCallback& onD
     if (!target)
         return target;
     if (m_queue.isBusy(plan->deliveryId))
-        return Error{plan->folder,
-                     {},
-                     {},
-                     QStringLiteral("the delivery is being exported already"),
-                     QStringLiteral("wait for the end or cancel it")};
+        return desk::Error{plan->folder,
+                           {},
+                           {},
+                           QStringLiteral("the delivery is being exported already"),
+                           QStringLiteral("wait for the end or cancel it")};
     if (plan->newFolder && entry.folder != plan->folder && isOccupied(plan->folder))
         return occupied(plan->folder);
     entry.target = plan->folder;
@@ -346,11 +346,11 @@ void PackageOutput::renameItem(IMFO_Error_t& error, const IMFO_ItemInfo& item, c
     if (!fit)
         return;
     if (!entry.folder.isEmpty()) {
-        error = failure(Error{entry.folder,
-                              {},
-                              {},
-                              QStringLiteral("a delivery that is written keeps its name"),
-                              QStringLiteral("make a new delivery with the other name")});
+        error = failure(desk::Error{entry.folder,
+                                    {},
+                                    {},
+                                    QStringLiteral("a delivery that is written keeps its name"),
+                                    QStringLiteral("make a new delivery with the other name")});
         return;
     }
     const QString folder = QDir(entry.parent).filePath(name);
@@ -393,11 +393,11 @@ void PackageOutput::getCPLTrackInfo(IMFO_Error_t& error, QMap<QString, IMFO_Trac
         tracks = trackInfoOf(*found);
         return;
     }
-    error = failure(Error{{},
-                          QString::fromUtf8(cplId),
-                          {},
-                          QStringLiteral("the composition is not loaded"),
-                          QStringLiteral("load its delivery from its folder")});
+    error = failure(desk::Error{{},
+                                QString::fromUtf8(cplId),
+                                {},
+                                QStringLiteral("the composition is not loaded"),
+                                QStringLiteral("load its delivery from its folder")});
 }
 
 } // namespace desk::services
