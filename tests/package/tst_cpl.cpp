@@ -1,0 +1,379 @@
+#include "StratacutUI/IMFO_Bridge.h"
+#include "StratacutUI/IMF_DataParser.h"
+#include "StratacutUI/IMF_DataUtils.h"
+#include "StratacutUI/IMF_Node.h"
+#include "StratacutUI/ImfDict.h"
+#include "support/FakeTargetFormatBuilder.h"
+#include "support/RecordingMediaEngine.h"
+#include "support/RecordingOutputBridge.h"
+#include "support/TestMain.h"
+
+#include <QPair>
+
+using support::RecordingMediaEngine;
+using support::RecordingOutputBridge;
+
+namespace
+{
+const QString title = "ContentTitle";
+
+QJsonObject documentOf(const QString& mobId)
+{
+    QJsonObject document = IMF_Utils::getDefaultJsonObject(IMF_PackageMgr::CPL);
+    document[ImfDict::Name] = "Film";
+    document[ImfDict::CPLMobID] = mobId;
+    document[ImfDict::CPLFPSValue] = "25";
+    document[ImfDict::CPLToken] = "token:" + mobId;
+    return document;
+}
+
+// A CPL in its place in a tree: its identifier is "id/IMP/Film".
+class Placed
+{
+public:
+    explicit Placed(const QJsonObject& document, IMF_PackageMgr::Status status = IMF_PackageMgr::Uncommitted)
+    {
+        m_delivery->value() = IMF_Deliverable(m_delivery, "/out", "Delivery", "id", {});
+        m_delivery->push_back(m_imp);
+        m_imp->value() = IMF_IMP(m_imp, {{"Name", "IMP"}}, status);
+        m_imp->push_back(m_node);
+        m_node->value() = IMF_CPL(m_node, document, status);
+    }
+
+    IMF_CPL* operator->() { return &boost::get<IMF_CPL>(m_node->value()); }
+
+private:
+    std::shared_ptr<IMF_Node> m_delivery = IMF_Node::Create();
+    std::shared_ptr<IMF_Node> m_imp = IMF_Node::Create();
+    std::shared_ptr<IMF_Node> m_node = IMF_Node::Create();
+};
+
+QJsonObject section(Placed& cpl, const char* name)
+{
+    return cpl->jsonObject().value(QLatin1String(name)).toObject();
+}
+
+QString choice(const QJsonValue& parameter)
+{
+    const QJsonObject object = parameter.toObject();
+    return object.value("values").toArray().at(object.value("currentIndex").toInt(-1)).toString();
+}
+
+QString video(Placed& cpl, const char* key)
+{
+    return choice(section(cpl, "Video").value(QLatin1String(key)));
+}
+
+QJsonObject kindOf(Placed& cpl)
+{
+    return section(cpl, "DescriptiveMetadata").value("ContentKind").toObject();
+}
+
+QJsonObject withKind(const QJsonValue& kind)
+{
+    QJsonObject document = documentOf({});
+    QJsonObject metadata = document[ImfDict::DescriptiveMetadata].toObject();
+    metadata["ContentKind"] = kind;
+    document[ImfDict::DescriptiveMetadata] = metadata;
+    return document;
+}
+
+QJsonObject mix(const QString& source)
+{
+    return JSON::MakeMultiMix({QJsonObject{{"TargetTrack", "A1"}, {"MixMode", "Mono"}, {"SourceTracksGroups", source}}},
+                              {}, {"A1", "A2"});
+}
+
+QJsonObject storedMix(Placed& cpl)
+{
+    return section(cpl, "Audio").value("Multiple Audio Mix").toObject();
+}
+} // namespace
+
+/// The CPL's payload: its dealings with the builder, the media engine and the output service.
+class TestCPL : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    // Stands first: the bridges cannot be taken away again.
+    void withoutBridgesTheDocumentStays()
+    {
+        Placed cpl(documentOf("mob"));
+        QVERIFY(cpl->isValid());
+        QVERIFY(!cpl->isValidFPS());
+        QCOMPARE(cpl->settings(), QString());
+        QVERIFY(!cpl->setProperty("Resolution", "3840x2160"));
+        QCOMPARE(section(cpl, "Video"), documentOf("mob").value("Video").toObject());
+    }
+
+    void init()
+    {
+        if (qstrcmp(QTest::currentTestFunction(), "withoutBridgesTheDocumentStays") == 0)
+            return;
+        m_engine = &RecordingMediaEngine::installed();
+        m_output = &RecordingOutputBridge::installed();
+        m_engine->addSequence("mob", "Film");
+    }
+
+    void aFreshCPLShowsTheBuildersChoices()
+    {
+        Placed cpl(documentOf("mob"));
+        QCOMPARE(m_engine->takeCalls(),
+                 (QStringList{"createTargetFormatBuilder(id/IMP/Film, mob)", "isSequence(mob)",
+                              "prepareTrackData(null)", "prepareAudioGroupingData(null)", "isSequence(mob)"}));
+        QVERIFY(m_output->calls.isEmpty());
+        QCOMPARE(section(cpl, "Video").value("Resolution").toObject(),
+                 (QJsonObject{{"values", QJsonArray{"1920x1080", "3840x2160"}}, {"currentIndex", 0}}));
+        QCOMPARE(choice(section(cpl, "Audio").value("Audio Mix")), QString("Direct"));
+        QCOMPARE(section(cpl, "Video").value("Aspect Ratio").toString("missing"), QString());
+        QCOMPARE(video(cpl, "Frame Rate"), QString("25"));
+        QCOMPARE(storedMix(cpl), JSON::DefaultMultiMix());
+        QVERIFY(cpl->isValid() && cpl->isValidFPS());
+        QCOMPARE(cpl->tokenInfo().token, std::string("token:mob"));
+        QVERIFY(cpl->settings().contains("\"Frame Rate\":\"25\""));
+    }
+
+    void aParameterIsSetInTheBuilderAndTheSectionsFollow()
+    {
+        Placed cpl(documentOf("mob"));
+        QVERIFY(!cpl->setProperty("Resolution", "1920x1080"));
+        QVERIFY(cpl->setProperty("Resolution", "3840x2160"));
+        QCOMPARE(video(cpl, "Resolution"), QString("3840x2160"));
+        QCOMPARE(video(cpl, "Compression Profile"), QString("4K"));
+        QCOMPARE(section(cpl, "Video").value("Colorimetry").toObject().value("values").toArray().size(), 2);
+    }
+
+    void aParameterWithoutChoicesStaysAsItIs()
+    {
+        m_engine->makeBuilder = [] {
+            auto builder = std::make_shared<support::FakeTargetFormatBuilder>();
+            builder->otherChoices["Stereoscopic Settings"] = QStringList();
+            return builder;
+        };
+        QJsonObject document = documentOf("mob");
+        document["Video"] = QJsonObject{{"Stereoscopic Settings", "Left eye"}};
+        Placed cpl(document);
+        QCOMPARE(section(cpl, "Video").value("Stereoscopic Settings").toString(), QString("Left eye"));
+        QCOMPARE(video(cpl, "Resolution"), QString("1920x1080"));
+    }
+
+    void savedChoicesSurviveARestart()
+    {
+        Placed first(documentOf("mob"));
+        const QVector<QPair<QString, QString>> choices{{"Resolution", "3840x2160"},
+                                                       {"Colorimetry", "BT.2020"},
+                                                       {"Compression Profile", "Lossless"},
+                                                       {"Color Depth", "12"},
+                                                       {"Audio Mix", "5.1"}};
+        for (const auto& [key, value] : choices)
+            QVERIFY2(first->setProperty(key, value), qPrintable(key));
+        QVERIFY(first->setProperty("Multiple Audio Mix", mix("A2")));
+        Placed second(first->jsonObject());
+        QCOMPARE(second->jsonObject(), first->jsonObject());
+        QCOMPARE(second->settings(), first->settings());
+        QCOMPARE(m_engine->lastBuilder.lock()->audioMapping, JSON::FlattenMultiMix(mix("A2")));
+    }
+
+    void plainTextAndUnknownChoicesAreRestoredAsFarAsTheyGo()
+    {
+        QJsonObject document = documentOf("mob");
+        document["Video"] = QJsonObject{{"Resolution", "3840x2160"},
+                                        {"Color Depth", "16"},
+                                        {"Compression", QJsonObject{{"values", 5}, {"currentIndex", 1e9}}}};
+        Placed cpl(document);
+        QCOMPARE(video(cpl, "Resolution"), QString("3840x2160"));
+        QCOMPARE(video(cpl, "Color Depth"), QString("10"));
+        QCOMPARE(video(cpl, "Compression"), QString("JPEG 2000"));
+    }
+
+    void aFrameRateThatIsNotOfferedIsMarked_data()
+    {
+        QTest::addColumn<QString>("rate");
+        QTest::newRow("not offered") << "12";
+        QTest::newRow("unknown, though offered") << "Unknown";
+        QTest::newRow("empty") << "";
+    }
+
+    void aFrameRateThatIsNotOfferedIsMarked()
+    {
+        QFETCH(QString, rate);
+        m_engine->makeBuilder = [] {
+            auto builder = std::make_shared<support::FakeTargetFormatBuilder>();
+            builder->otherChoices["Frame Rate"] = QStringList{"23.976", "Unknown"};
+            return builder;
+        };
+        QJsonObject document = documentOf("mob");
+        document[ImfDict::CPLFPSValue] = rate;
+        Placed cpl(document);
+        QVERIFY(!cpl->isValidFPS());
+        QVERIFY(cpl->isValid());
+        QCOMPARE(video(cpl, "Frame Rate"), QString("23.976"));
+    }
+
+    void aSequenceThatIsGoneMakesTheCPLInvalid()
+    {
+        Placed cpl(documentOf("mob"));
+        m_engine->sequences.clear();
+        QVERIFY(cpl->isValid());
+        QVERIFY(!cpl->validateParams());
+        QVERIFY(!cpl->isValid());
+        cpl->setTokenInfo({});
+        QVERIFY(cpl->isValid());
+        CPL_TokenInfo info;
+        info.mobID = "stranger";
+        cpl->setTokenInfo(info);
+        QVERIFY(!cpl->isValid());
+        QVERIFY(!Placed(documentOf("stranger"))->isValid());
+        QVERIFY(!Placed(QJsonObject())->isValid());
+    }
+
+    void theTitleIsEditedAndTheNameStays()
+    {
+        Placed cpl(documentOf("mob"));
+        QVERIFY(!cpl->setName("Other"));
+        QCOMPARE(cpl->name(), QString("Film"));
+        QVERIFY(cpl->setDisplayName("Title"));
+        QVERIFY(!cpl->setContentTitle("Title"));
+        QCOMPARE(cpl->contentTitle(), QString("Title"));
+        QCOMPARE(section(cpl, "DescriptiveMetadata").value(title).toString(), QString("Title"));
+        QVERIFY(!cpl->setProperty("Nothing", "X"));
+        QCOMPARE(cpl->value(ImfDict::CPLMobID), QString("mob"));
+        QCOMPARE(cpl->id(), QString("id/IMP/Film"));
+    }
+
+    void contentKindsKeepTheirCode_data()
+    {
+        QTest::addColumn<QJsonValue>("stored");
+        QTest::addColumn<QString>("code");
+        QTest::newRow("label") << QJsonValue("Public Service Announcement - PSA") << "psa";
+        QTest::newRow("code") << QJsonValue(QJsonObject{{"Scope", "old"}, {"Value", "transitional"}}) << "transitional";
+        QTest::newRow("empty") << QJsonValue(QJsonObject{{"Scope", ""}, {"Value", ""}}) << "";
+        QTest::newRow("blank") << QJsonValue(" ") << "";
+        QTest::newRow("unknown") << QJsonValue(QJsonObject{{"Value", "documentary"}}) << "documentary";
+        QTest::newRow("no text") << QJsonValue(5) << "";
+    }
+
+    void contentKindsKeepTheirCode()
+    {
+        QFETCH(QJsonValue, stored);
+        QFETCH(QString, code);
+        Placed cpl(withKind(stored));
+        const QString scope = "http://www.smpte-ra.org/schemas/2067-3/2013#content-kind";
+        QCOMPARE(kindOf(cpl).value("Value").toString("missing"), code);
+        QCOMPARE(kindOf(cpl).value("Scope").toString(), scope);
+        Placed again(cpl->jsonObject());
+        QCOMPARE(kindOf(again), kindOf(cpl));
+    }
+
+    void theChooserOffersABlankAndTwelveLabels()
+    {
+        Placed cpl(documentOf("mob"));
+        const QJsonArray labels = kindOf(cpl).value("values").toArray();
+        QCOMPARE(labels.size(), 13);
+        QCOMPARE(labels.at(0).toString("missing"), QString());
+        for (int i = 1; i < labels.size(); ++i) {
+            QVERIFY(cpl->setProperty("ContentKind", labels.at(i).toString()));
+            QVERIFY(!cpl->setProperty("ContentKind", labels.at(i).toString()));
+            const QString code = kindOf(cpl).value("Value").toString();
+            // Views find the label again by looking for the code in it.
+            QVERIFY2(labels.at(i).toString().contains(code, Qt::CaseInsensitive), qPrintable(code));
+            QCOMPARE(ImfDict::contentKindLabel(code), labels.at(i).toString());
+        }
+        QVERIFY(cpl->setProperty("ContentKind", ""));
+        QCOMPARE(kindOf(cpl).value("Value").toString("missing"), QString());
+    }
+
+    void anUnusableMixGivesWayToTheDefault()
+    {
+        QJsonObject document = documentOf("mob");
+        document["Audio"] = QJsonObject{{"Multiple Audio Mix", QJsonObject{{"AudioMapping", 1}}}};
+        Placed cpl(document);
+        QCOMPARE(storedMix(cpl), JSON::DefaultMultiMix());
+        document["Audio"] = "no section";
+        Placed other(document);
+        QCOMPARE(storedMix(other), JSON::DefaultMultiMix());
+    }
+
+    void onlyAMixThatFlattensOtherwiseIsStored()
+    {
+        Placed cpl(documentOf("mob"));
+        const auto builder = m_engine->lastBuilder.lock();
+        QVERIFY(cpl->setProperty("Multiple Audio Mix", mix("A2")));
+        QCOMPARE(builder->audioMapping, JSON::FlattenMultiMix(mix("A2")));
+        builder->calls.clear();
+        QVERIFY(!cpl->setProperty("Multiple Audio Mix", mix("A2 Mono")));
+        QVERIFY(builder->calls.isEmpty());
+        QCOMPARE(storedMix(cpl), mix("A2"));
+    }
+
+    void aCommittedCPLRefusesEveryChange()
+    {
+        Placed cpl(documentOf("mob"), IMF_PackageMgr::Committed);
+        const QJsonObject before = cpl->jsonObject();
+        for (const char* key : {"Issuer", "ContentTitle", "ContentKind", "Resolution", "Name"})
+            QVERIFY2(!cpl->setProperty(key, "X"), key);
+        QVERIFY(!cpl->setProperty("Multiple Audio Mix", mix("A2")));
+        QVERIFY(!cpl->setDisplayName("X"));
+        QCOMPARE(cpl->jsonObject(), before);
+    }
+
+    void aCommittedCPLShowsWhatTheHostReports()
+    {
+        auto& reported = m_output->trackInfos["id/IMP/Film"];
+        reported["Resolution"] = {{"1998x1080", "2048x1080"}, 1, {}};
+        reported["Aspect Ratio"] = {{"1.85"}, 0, {}};
+        reported["ContentKind"] = {{"Trailer - TLR"}, 0, {}};
+        reported["Color Depth"] = {};
+        reported["Multiple Audio Mix"].audioMapping = {QJsonObject{{"AudioMixdownSettings", "5.1"}}};
+        QJsonObject document = documentOf("mob");
+        document["Mutable"] = false;
+        document["Video"] = QJsonObject{{"Color Depth", "16"}};
+        Placed cpl(documentOf("mob"));
+        m_engine->calls.clear();
+        cpl->updateCommittedJsonObject(document);
+        QCOMPARE(cpl->status(), IMF_PackageMgr::Committed);
+        QCOMPARE(m_output->takeCalls(), QStringList{"getCPLTrackInfo(id/IMP/Film)"});
+        QCOMPARE(video(cpl, "Resolution"), QString("2048x1080"));
+        QCOMPARE(video(cpl, "Aspect Ratio"), QString("1.85"));
+        QCOMPARE(section(cpl, "Video").value("Color Depth").toString(), QString("16"));
+        QCOMPARE(kindOf(cpl).value("Value").toString(), QString("trailer"));
+        QCOMPARE(JSON::GetAudioMapping(cpl->jsonObject()).first().toObject().value("MixMode").toString(),
+                 QString("5.1"));
+    }
+
+    void whatWasWrittenCountsMoreThanTheBuildersDefaults()
+    {
+        QJsonObject document = documentOf("mob");
+        document["Mutable"] = false;
+        document["Video"] = QJsonObject{{"Color Depth", "16"}, {"Resolution", "3840x2160"}, {"Frame Rate", "48"}};
+        document["Audio"] =
+            QJsonObject{{"Multiple Audio Mix",
+                         QJsonObject{{"AudioMapping", QJsonArray{QJsonObject{{"AudioMixdownSettings", "Stereo"}}}}}}};
+        m_output->fail("getCPLTrackInfo", 1, "Not now.");
+        Placed cpl(document, IMF_PackageMgr::Committed);
+        QCOMPARE(section(cpl, "Video").value("Color Depth").toString(), QString("16"));
+        QCOMPARE(section(cpl, "Video").value("Frame Rate").toString(), QString("48"));
+        QCOMPARE(video(cpl, "Resolution"), QString("3840x2160"));
+        QCOMPARE(JSON::GetAudioMapping(cpl->jsonObject()).size(), 1);
+        QVERIFY(cpl->isValidFPS());
+    }
+
+    void aCommittedCPLWithoutRateShowsTheBuildersOrUnknown()
+    {
+        m_engine->makeBuilder = [] { return nullptr; };
+        Placed cpl(documentOf("mob"), IMF_PackageMgr::Committed);
+        QCOMPARE(video(cpl, "Frame Rate"), QString("Unknown"));
+        m_engine->makeBuilder = nullptr;
+        Placed other(documentOf("mob"), IMF_PackageMgr::Committed);
+        QCOMPARE(video(other, "Frame Rate"), QString("23.976"));
+    }
+
+private:
+    RecordingMediaEngine* m_engine = nullptr;
+    RecordingOutputBridge* m_output = nullptr;
+};
+
+STRATACUT_TEST_MAIN(TestCPL)
+#include "tst_cpl.moc"

@@ -1,0 +1,157 @@
+#include "StratacutUI/IMF_DataUtils.h"
+#include "StratacutUI/IMF_Deliverable.h"
+#include "StratacutUI/IMF_IMP.h"
+#include "StratacutUI/ImfDict.h"
+#include "support/Assertions.h"
+#include "support/TestMain.h"
+
+#include <QVariant>
+
+Q_DECLARE_METATYPE(QJsonObject)
+
+namespace
+{
+IMF_Deliverable deliverable(const QJsonObject& document)
+{
+    return IMF_Deliverable({}, "/out", "Film", "id", document);
+}
+
+QJsonObject defaultDocument(IMF_PackageMgr::NodeType type)
+{
+    return IMF_Utils::getDefaultJsonObject(type);
+}
+
+// What both payloads promise about properties.
+template <class Payload>
+void checkProperties(Payload payload, const QString& source)
+{
+    const QJsonObject before = payload.jsonObject();
+    QVERIFY(!payload.setProperty("Nothing", "X"));
+    QVERIFY(!payload.setProperty("Issuer", ""));
+    QCOMPARE(payload.jsonObject(), before);
+
+    QVERIFY(payload.setProperty("Issuer", "X"));
+    QVERIFY(!payload.setProperty("Issuer", "X"));
+    QCOMPARE(payload.getProperty("Issuer"), QString("X"));
+    QCOMPARE(payload.jsonObject().value("DescriptiveMetadata").toObject().value("Issuer").toString(), QString("X"));
+    QVERIFY(!payload.jsonObject().contains("Issuer"));
+    QCOMPARE(payload.getProperty("Nothing"), QString());
+
+    QVERIFY(payload.setProperty("Type", "Other"));
+    QCOMPARE(payload.jsonObject().value("Type").toString(), QString("Other"));
+    QVERIFY(payload.isValid());
+    QVERIFY(payload.setProperty("Name", ""));
+    QVERIFY(!payload.isValid());
+
+    support::Assertions assertions;
+    QVERIFY(!payload.setProperty("Issuer", QVariant::fromValue(QJsonObject())));
+    QCOMPARE(assertions.take(), QStringList{source + ": false"});
+    QCOMPARE(payload.getProperty("Issuer"), QString("X"));
+}
+} // namespace
+
+/// Default documents and the payloads of deliveries and IMPs.
+class TestDocuments : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    void defaultDocumentsAreWholeAndUncommitted()
+    {
+        const QJsonObject delivery = defaultDocument(IMF_PackageMgr::Delivery);
+        QCOMPARE(delivery.keys(), (QStringList{"DescriptiveMetadata", "Mutable", "Name", "Original", "Type"}));
+        QCOMPARE(deliverable(delivery).version(), IMF_PackageMgr::Original);
+        QCOMPARE(defaultDocument(IMF_PackageMgr::IMP).keys(),
+                 (QStringList{"DescriptiveMetadata", "Mutable", "Name", "Type"}));
+        const QJsonObject cpl = defaultDocument(IMF_PackageMgr::CPL);
+        QCOMPARE(cpl.value("Video").toObject().size(), 6);
+        QCOMPARE(cpl.value("Audio").toObject().size(), 4);
+        QCOMPARE(cpl.value("DescriptiveMetadata").toObject().size(), 6);
+        QVERIFY(cpl.value("Mutable").toBool());
+        QVERIFY(defaultDocument(static_cast<IMF_PackageMgr::NodeType>(3)).isEmpty());
+    }
+
+    void versionAndStatusComeFromTheDocument_data()
+    {
+        QTest::addColumn<QJsonObject>("document");
+        QTest::addColumn<int>("version");
+        QTest::addColumn<int>("status");
+        QTest::newRow("nothing said") << QJsonObject{} << 0 << 1;
+        QTest::newRow("original") << QJsonObject{{"Original", true}, {"Mutable", true}} << 1 << 1;
+        QTest::newRow("Original wins over Kind") << QJsonObject{{"Original", false}, {"Kind", "Original"}} << 2 << 1;
+        QTest::newRow("original by kind") << QJsonObject{{"Kind", "Original"}, {"Mutable", false}} << 1 << 0;
+        QTest::newRow("any other kind") << QJsonObject{{"Kind", "original"}, {"Mutable", "true"}} << 2 << 0;
+        QTest::newRow("not a boolean") << QJsonObject{{"Original", "true"}} << 2 << 1;
+    }
+
+    void versionAndStatusComeFromTheDocument()
+    {
+        QFETCH(QJsonObject, document);
+        QTEST(int(deliverable(document).version()), "version");
+        QTEST(int(deliverable(document).status()), "status");
+    }
+
+    void argumentsOverrideTheDocument()
+    {
+        const IMF_Deliverable made({}, "/new", "New", "id", {{"Name", "Old"}, {"Path", "/old"}});
+        QCOMPARE(made.name(), QString("New"));
+        QCOMPARE(made.path(), QString("/new"));
+        QVERIFY(made.isValid());
+        QVERIFY(made == QString("/new"));
+        QVERIFY(made == IMF_Deliverable({}, "/new", "Other", "other", {}));
+        QVERIFY(!(made == QString("/new/")));
+    }
+
+    void aDeliveryWithoutNameOrPathIsNotValid()
+    {
+        QVERIFY(!IMF_Deliverable({}, "", "Film", "id", {}).isValid());
+        QVERIFY(!IMF_Deliverable({}, "/out", "", "id", {}).isValid());
+        IMF_Deliverable made({}, "", "Film", "id", {});
+        made.setPath("/out");
+        QVERIFY(made.isValid());
+        made.setPath("");
+        QVERIFY(!made.isValid());
+    }
+
+    void aDeliveryKeepsItsCachedValidityOverANewDocument()
+    {
+        IMF_Deliverable made = deliverable({});
+        made.updateCommittedJsonObject({});
+        QCOMPARE(made.status(), IMF_PackageMgr::Committed);
+        QVERIFY(made.isValid());
+        QVERIFY(!made.validateParams());
+        QCOMPARE(made.id(), QString("id"));
+    }
+
+    void anIMPChecksEachNewDocument()
+    {
+        IMF_IMP imp({}, defaultDocument(IMF_PackageMgr::IMP), IMF_PackageMgr::Uncommitted);
+        QVERIFY(imp.isValid());
+        imp.updateCommittedJsonObject({});
+        QCOMPARE(imp.status(), IMF_PackageMgr::Committed);
+        QVERIFY(!imp.isValid());
+        imp.setValue(ImfDict::Path, "/anywhere");
+        QCOMPARE(imp.getProperty("Path"), QString("/anywhere"));
+        QCOMPARE(imp.id(), QString("/"));
+    }
+
+    void aNameIsWrittenOnlyWhereItDiffers()
+    {
+        IMF_Deliverable made = deliverable({});
+        QVERIFY(!made.setName("Film"));
+        QVERIFY(made.setName("Other"));
+        IMF_IMP imp({}, defaultDocument(IMF_PackageMgr::IMP), IMF_PackageMgr::Uncommitted);
+        QVERIFY(!imp.setName("IMP_name"));
+        QVERIFY(imp.setName("Other"));
+    }
+
+    void propertiesAreWrittenWhereTheyStand()
+    {
+        checkProperties(deliverable(defaultDocument(IMF_PackageMgr::Delivery)), "IMF_Deliverable");
+        checkProperties(IMF_IMP({}, defaultDocument(IMF_PackageMgr::IMP), IMF_PackageMgr::Uncommitted), "IMF_IMP");
+    }
+};
+
+STRATACUT_TEST_MAIN(TestDocuments)
+#include "tst_documents.moc"

@@ -1,0 +1,266 @@
+#include "StratacutUI/IMF_DataParser.h"
+#include "StratacutUI/ImfDict.h"
+#include "support/Assertions.h"
+#include "support/TestMain.h"
+
+#include <QJsonDocument>
+#include <QRandomGenerator>
+
+#include <functional>
+#include <random>
+
+namespace
+{
+using Damage = std::function<void(QJsonObject&)>;
+
+QJsonObject entry(const QString& target, const QString& source)
+{
+    return {{"TargetTrack", target},
+            {"MixMode", "Stereo"},
+            {"SourceTracksGroups", source},
+            {"Metadata", QJsonObject{{"AudioContentKind", "PRM"}, {"RFC5646SpokenLanguage", "en-GB"}}}};
+}
+
+QJsonObject group(const QString& name, const QJsonArray& tracks)
+{
+    return {{"Name", name}, {"Include Master Fader", true}, {"Tracks", tracks}};
+}
+
+QJsonObject goodMix()
+{
+    return JSON::MakeMultiMix({entry("A1", "Dialogue"), entry("A12", "All Active Tracks")},
+                              {group("Dialogue", {"A2", "A3"})}, {"A1", "A2", "A3"});
+}
+
+void changeFirst(QJsonObject& mix, const char* array, const std::function<void(QJsonObject&)>& change)
+{
+    QJsonArray elements = mix[array].toArray();
+    QJsonObject first = elements[0].toObject();
+    change(first);
+    elements[0] = first;
+    mix[array] = elements;
+}
+
+Damage dropFromFirst(const char* array, const char* key)
+{
+    return [=](QJsonObject& mix) { changeFirst(mix, array, [key](QJsonObject& first) { first.remove(key); }); };
+}
+
+Damage drop(const char* key)
+{
+    return [=](QJsonObject& mix) { mix.remove(key); };
+}
+
+Damage set(const char* key, const QJsonValue& value)
+{
+    return [=](QJsonObject& mix) { mix[key] = value; };
+}
+
+QJsonObject documentWith(const QJsonObject& mix, const QJsonValue& isMutable)
+{
+    return {{"Mutable", isMutable}, {"Audio", QJsonObject{{"Multiple Audio Mix", mix}}}};
+}
+
+QJsonArray sourcesOf(const QString& source)
+{
+    QJsonObject mix = goodMix();
+    changeFirst(mix, "AudioMapping", [&source](QJsonObject& first) { first["SourceTracksGroups"] = source; });
+    return JSON::FlattenMultiMix(mix).first().toObject().value("In").toArray();
+}
+
+// Any JSON at all, with the keys of a mix more often than not.
+class Junk
+{
+public:
+    explicit Junk(quint32 seed) : m_random(seed) {}
+
+    QJsonValue value(int depth)
+    {
+        static const QStringList texts{"A1", "A99999999999", "Dialogue", "All Active Tracks", "", "x7y8", "Stereo"};
+        switch (m_random() % (depth > 0 ? 6 : 4)) {
+        case 0:
+            return QJsonValue();
+        case 1:
+            return m_random() % 2 == 0;
+        case 2:
+            return static_cast<int>(m_random() % 100) - 50;
+        case 3:
+            return texts.at(static_cast<int>(m_random() % static_cast<unsigned>(texts.size())));
+        case 4:
+            return array(depth - 1);
+        default:
+            return object(depth - 1);
+        }
+    }
+
+    QJsonArray array(int depth)
+    {
+        QJsonArray elements;
+        for (unsigned i = m_random() % 4; i > 0; --i)
+            elements.append(value(depth));
+        return elements;
+    }
+
+    QJsonObject object(int depth)
+    {
+        static const QStringList keys{"AudioMapping", "Groups",   "AllActiveTracks",     "Name",
+                                      "Tracks",       "MixMode",  "SourceTracksGroups",  "Include Master Fader",
+                                      "TargetTrack",  "Metadata", "AudioMixdownSettings"};
+        QJsonObject members;
+        for (const QString& key : keys) {
+            if (m_random() % 2 == 0)
+                members[key] = value(depth);
+        }
+        return members;
+    }
+
+private:
+    std::mt19937 m_random;
+};
+} // namespace
+
+Q_DECLARE_METATYPE(Damage)
+
+/// The multi-mix: checks, conversions, damage.
+class TestMultiMix : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    void damageIsFoundWhereItMatters_data()
+    {
+        QTest::addColumn<Damage>("damage");
+        QTest::addColumn<bool>("passes");
+        QTest::addColumn<bool>("passesBurned");
+        const auto row = [](const char* name, const Damage& damage, bool passes, bool passesBurned) {
+            QTest::newRow(name) << damage << passes << passesBurned;
+        };
+        row("no mapping", drop("AudioMapping"), false, false);
+        row("mapping is an object", set("AudioMapping", QJsonObject()), false, false);
+        row("an entry is a text", set("AudioMapping", QJsonArray{"A1"}), false, false);
+        row("no mix mode", dropFromFirst("AudioMapping", "MixMode"), false, false);
+        row("no target", dropFromFirst("AudioMapping", "TargetTrack"), false, false);
+        row("no source", dropFromFirst("AudioMapping", "SourceTracksGroups"), false, true);
+        row("no metadata", dropFromFirst("AudioMapping", "Metadata"), true, true);
+        row("no groups", drop("Groups"), false, true);
+        row("groups are null", set("Groups", QJsonValue()), false, true);
+        row("a group is a number", set("Groups", QJsonArray{1}), false, true);
+        row("a group without name", dropFromFirst("Groups", "Name"), false, true);
+        row("a group without fader", dropFromFirst("Groups", "Include Master Fader"), false, true);
+        row("a group without tracks", dropFromFirst("Groups", "Tracks"), false, true);
+        row("tracks are a text",
+            set("Groups", QJsonArray{QJsonObject{{"Name", 1}, {"Include Master Fader", 1}, {"Tracks", "A1"}}}), false,
+            true);
+        row("types of name and fader",
+            set("Groups", QJsonArray{QJsonObject{{"Name", 1}, {"Include Master Fader", 1}, {"Tracks", QJsonArray{}}}}),
+            true, true);
+        row("no active tracks", drop("AllActiveTracks"), false, true);
+        row("active tracks are a text", set("AllActiveTracks", "all"), true, true);
+    }
+
+    void damageIsFoundWhereItMatters()
+    {
+        QFETCH(Damage, damage);
+        QJsonObject mix = goodMix();
+        QVERIFY(JSON::VerifyMultiMix(mix, false) && JSON::VerifyMultiMix(mix, true));
+        damage(mix);
+        QVERIFY(mix != goodMix());
+        QTEST(JSON::VerifyMultiMix(mix, false), "passes");
+        QTEST(JSON::VerifyMultiMix(mix, true), "passesBurned");
+    }
+
+    void theDefaultMixPassesBothChecks()
+    {
+        QVERIFY(JSON::VerifyMultiMix(JSON::DefaultMultiMix(), false));
+        QVERIFY(JSON::VerifyMultiMix(JSON::DefaultMultiMix(), true));
+        QVERIFY(JSON::FlattenMultiMix(JSON::DefaultMultiMix()).isEmpty());
+    }
+
+    void aMixIsReadByTheRulesOfItsDocument()
+    {
+        QJsonObject mix = goodMix();
+        mix.remove("Groups");
+        const QString key = ImfDict::MultipleAudioMix;
+        QVERIFY(!JSON::GetAudioValue(documentWith(mix, true), key).isValid());
+        QCOMPARE(JSON::GetAudioValue(documentWith(mix, false), key).toJsonObject(), mix);
+        QCOMPARE(JSON::GetAudioMapping(documentWith(mix, QJsonValue::Undefined)).size(), 2);
+        const QVariant none = JSON::GetAudioValue(QJsonObject{{"Audio", QJsonObject()}}, key);
+        QCOMPARE(none.userType(), int(QMetaType::QJsonObject));
+        QVERIFY(none.toJsonObject().isEmpty());
+        QVERIFY(JSON::GetAudioMapping(QJsonObject()).isEmpty());
+        QCOMPARE(JSON::GetAudioValue(documentWith(mix, true), "Audio").toJsonObject().size(), 1);
+    }
+
+    void wrongUseIsReportedAndSurvived()
+    {
+        support::Assertions assertions;
+        const QString key = ImfDict::MultipleAudioMix;
+        QVERIFY(JSON::GetAudioValue("text", key).toJsonObject().isEmpty());
+        QCOMPARE(assertions.take(), QStringList{"IMF_DataParser: root.isObject()"});
+        QVERIFY(JSON::GetAudioValue(QJsonObject{{"Audio", 5}}, key).toJsonObject().isEmpty());
+        QCOMPARE(assertions.take(), QStringList{"IMF_DataParser: audioRef.isObject()"});
+        JSON::GetAudioValue(QJsonObject(), "Audio");
+        QCOMPARE(assertions.take(), (QStringList{"IMF_DataParser: root.toObject().contains(ImfDict::Audio)",
+                                                 "IMF_DataParser: audioRef.isObject()"}));
+        QVERIFY(!JSON::GetAudioValue(QJsonObject(), "Video").isValid());
+        QCOMPARE(assertions.take(), QStringList{"IMF_DataParser: false"});
+        QVERIFY(JSON::GetAudioMapping(documentWith({}, true)).isEmpty());
+        QCOMPARE(assertions.take(), QStringList{"IMF_DataParser: variant.type() == QMetaType::QJsonObject"});
+    }
+
+    void olderMappingsAreNumberedInOrder()
+    {
+        const QJsonObject old{{"AudioMixdownSettings", "5.1"}, {"AudioContentKind", "PRM"}, {"Other", 1}};
+        const QJsonArray mapping = JSON::MigrateLegacyMapping({old, 7, old});
+        QCOMPARE(mapping.at(2).toObject(),
+                 (QJsonObject{{"MixMode", "5.1"},
+                              {"TargetTrack", "A3"},
+                              {"Metadata", QJsonObject{{"AudioContentKind", "PRM"}, {"RFC5646SpokenLanguage", ""}}}}));
+        QCOMPARE(mapping.at(1).toObject().value("TargetTrack").toString(), QString("A2"));
+        QVERIFY(JSON::VerifyAudioMapping(mapping, true));
+        QVERIFY(!JSON::VerifyAudioMapping(mapping, false));
+    }
+
+    void flatEntriesCarryNumbersAndLabels()
+    {
+        const QJsonArray flat = JSON::FlattenMultiMix(goodMix());
+        QCOMPARE(flat.size(), 2);
+        QCOMPARE(flat.at(1).toObject(), (QJsonObject{{"Out", 12},
+                                                     {"AudioMixdownSettings", "Stereo"},
+                                                     {"AudioIncludeMasterFader", false},
+                                                     {"RFC5646SpokenLanguage", "en-GB"},
+                                                     {"AudioContentKind", "PRM"},
+                                                     {"In", QJsonArray{1, 2, 3}}}));
+    }
+
+    void sourcesResolveToTrackNumbers()
+    {
+        QCOMPARE(sourcesOf("Dialogue"), (QJsonArray{2, 3}));
+        QCOMPARE(sourcesOf("All Active Tracks"), (QJsonArray{1, 2, 3}));
+        QCOMPARE(sourcesOf("A4 Mono 5.1"), QJsonArray{4});
+        QCOMPARE(sourcesOf("no such group"), QJsonArray{0});
+    }
+
+    void noJsonAtAllBreaksThePromises()
+    {
+        const quint32 seed = QRandomGenerator::global()->generate();
+        Junk junk(seed);
+        support::Assertions assertions;
+        for (int i = 0; i < 3000; ++i) {
+            const QJsonObject mix = junk.object(3);
+            const QByteArray where = QByteArray("seed ") + QByteArray::number(seed) + QJsonDocument(mix).toJson();
+            const bool passes = JSON::VerifyMultiMix(mix, false);
+            QVERIFY2(!passes || JSON::VerifyMultiMix(mix, true), where);
+            QCOMPARE(JSON::FlattenMultiMix(mix).size(), mix["AudioMapping"].toArray().size());
+            const QJsonArray migrated = JSON::MigrateLegacyMapping(junk.array(3));
+            QVERIFY2(JSON::VerifyAudioMapping(migrated, true), where);
+            const QJsonArray read = JSON::GetAudioMapping(documentWith(mix, true));
+            QVERIFY2(read == (passes ? mix["AudioMapping"].toArray() : QJsonArray()), where);
+            JSON::GetAudioMapping(junk.value(3));
+        }
+    }
+};
+
+STRATACUT_TEST_MAIN(TestMultiMix)
+#include "tst_multimix.moc"
