@@ -5,6 +5,8 @@
 #include <QCommandLineParser>
 
 #include <algorithm>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace desk::app;
 
@@ -53,13 +55,24 @@ int runCommand(const Command& command, const QStringList& arguments)
     }
     return command.run(parser, parser.positionalArguments());
 }
+
+/// No command opens a window: they run where there is no display and no session.
+void fixEnvironment()
+{
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qEnvironmentVariableIsSet("XDG_RUNTIME_DIR"))
+        return;
+    // The place that would be taken anyhow, but not without a warning to the user.
+    const QByteArray runtime = "/tmp/runtime-" + QByteArray::number(getuid());
+    mkdir(runtime.constData(), 0700);
+    qputenv("XDG_RUNTIME_DIR", runtime);
+}
 } // namespace
 
 int main(int argc, char** argv)
 {
-    // No command opens a window: they run where there is no display.
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    fixEnvironment();
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Stratacut Desk"));
     QApplication::setApplicationVersion(QStringLiteral(STRATACUT_VERSION));

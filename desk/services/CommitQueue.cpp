@@ -107,41 +107,38 @@ void CommitQueue::loop()
     }
 }
 
-Status CommitQueue::writePackage(Job& job, const PackagePlan& package, ProgressMeter& meter) const
+Status CommitQueue::write(Job& job) const
 {
     auto transaction = imf::PackageTransaction::begin(job.plan.folder, job.plan.delivery);
     if (!transaction)
         return transaction.error();
-    transaction->setPackage(package.package);
+    ProgressMeter meter(job.plan.totalFrames);
     const auto frameWritten = [this, &job, &meter](qint64 bytes) {
         if (meter.frameWritten(bytes))
             m_progress(job.plan.deliveryId, meter.progress());
     };
-    for (const CompositionOrder& order : package.compositions) {
-        Status written = ExportJob(order, job.cancelled, frameWritten).run(*transaction);
-        if (!written)
-            return written;
+    for (const PackagePlan& package : job.plan.packages) {
+        transaction->setPackage(package.package);
+        for (const CompositionOrder& order : package.compositions) {
+            Status written = ExportJob(order, job.cancelled, frameWritten).run(*transaction);
+            if (!written)
+                return written;
+        }
+        const Status closed =
+            &package == &job.plan.packages.last() ? transaction->commit() : transaction->nextPackage();
+        if (!closed)
+            return closed;
     }
-    return transaction->commit();
+    return {};
 }
 
 IMFO_Bridge::Error CommitQueue::run(Job& job) const
 {
-    ProgressMeter meter(job.plan.totalFrames);
-    QStringList written;
-    Status outcome;
-    for (const PackagePlan& package : job.plan.packages) {
-        outcome = writePackage(job, package, meter);
-        if (!outcome)
-            break;
-        written += package.package.name;
-    }
+    const Status outcome = write(job);
     if (outcome)
         return {};
-    QString text = outcome.error().sentence();
-    if (!written.isEmpty())
-        text += QStringLiteral(" Written before that: %1.").arg(written.join(QStringLiteral(", ")));
-    return {job.cancelled ? quint8(IMFO_Bridge::Error::WarningOnly) : quint8(1), text};
+    const quint8 code = job.cancelled ? quint8(IMFO_Bridge::Error::WarningOnly) : quint8(1);
+    return {code, outcome.error().sentence()};
 }
 
 } // namespace desk::services

@@ -36,7 +36,7 @@ private:
 
     void loop();
     IMFO_Bridge::Error run(Job& job) const;
-    Status writePackage(Job& job, const PackagePlan& package, class ProgressMeter& meter) const;
+    Status write(Job& job) const;
 
     Progress m_progress;
     mutable std::mutex m_mutex;

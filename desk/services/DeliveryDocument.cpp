@@ -155,7 +155,11 @@ QJsonObject documentOf(const imf::DeliveredComposition& delivered)
 QJsonObject documentOf(const imf::DeliveredPackage& package)
 {
     QJsonObject document = itemDocument("IMP", package.name);
-    document[QLatin1String(ImfDict::DescriptiveMetadata)] = metadataOf(package.packingList);
+    QJsonObject metadata = metadataOf(package.packingList);
+    // A packing list without an annotation of its own carries its name there.
+    if (package.packingList.annotation.text == package.name)
+        metadata[QLatin1String(ImfDict::Annotation)] = QString();
+    document[QLatin1String(ImfDict::DescriptiveMetadata)] = metadata;
     QJsonArray children;
     for (const imf::DeliveredComposition& composition : package.compositions)
         children += documentOf(composition);

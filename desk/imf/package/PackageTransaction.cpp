@@ -79,6 +79,7 @@ struct PackageTransaction::State {
     Status admit(const QUuid& asset, const QString& name) const;
     Status keepExisting();
     Status writePackingListFile();
+    Status closePackage();
     Status prepareVolumeIndex();
     Status prepareMap();
     Result<CommitJournal> journal() const;
@@ -220,6 +221,20 @@ Status PackageTransaction::State::writePackingListFile()
     return writeNewFile(work->file(name), xml);
 }
 
+Status PackageTransaction::State::closePackage()
+{
+    const Status kept = keepExisting();
+    if (!kept)
+        return kept;
+    if (packed.isEmpty())
+        return Error{folder,
+                     package.name,
+                     {},
+                     QStringLiteral("the package is empty"),
+                     QStringLiteral("add a composition to it")};
+    return writePackingListFile();
+}
+
 Status PackageTransaction::State::prepareVolumeIndex()
 {
     const QString name = QLatin1String(fileName::volumeIndex);
@@ -295,18 +310,11 @@ Status PackageTransaction::State::run()
         return Error{folder, {}, {}, QStringLiteral("the commit has already ended"), QStringLiteral("begin a new one")};
     if (!package.replaces.isNull() && !map.find(package.replaces))
         return conflict(folder, package.replaces, QStringLiteral("the delivery holds no such packing list"));
-    for (const auto step :
-         {&State::keepExisting, &State::writePackingListFile, &State::prepareMap, &State::prepareVolumeIndex}) {
+    for (const auto step : {&State::closePackage, &State::prepareMap, &State::prepareVolumeIndex}) {
         const Status done = (this->*step)();
         if (!done)
             return done;
     }
-    if (packed.isEmpty())
-        return Error{folder,
-                     package.name,
-                     {},
-                     QStringLiteral("the package is empty"),
-                     QStringLiteral("add a composition to it")};
     const Result<CommitJournal> plan = journal();
     return plan ? bringIn(*plan) : Status(plan.error());
 }
@@ -412,6 +420,19 @@ Status PackageTransaction::addExistingAsset(const QUuid& asset)
 void PackageTransaction::setPackage(const NewPackage& package)
 {
     m_state->package = package;
+}
+
+Status PackageTransaction::nextPackage()
+{
+    State& state = *m_state;
+    if (!state.package.replaces.isNull())
+        return conflict(state.folder, state.package.replaces,
+                        QStringLiteral("only the last package of a commit can replace one"));
+    const Status closed = state.closePackage();
+    state.packed.clear();
+    state.kept.clear();
+    state.package = {};
+    return closed;
 }
 
 Status PackageTransaction::commit()

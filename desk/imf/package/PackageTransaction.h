@@ -48,7 +48,7 @@ struct NewPackage {
     UserText creator;
 };
 
-/// Writes one package into a delivery folder, whole or not at all.
+/// Writes one package or several into a delivery folder, all of it or nothing.
 ///
 /// Everything is written under temporary names first and synced; commit() renames track files, then compositions and
 /// the packing list, and replaces the asset map last. Until that last rename the folder holds the former delivery (or
@@ -77,6 +77,9 @@ public:
     /// Packs, beside the new files, assets that the delivery already holds.
     Status addExistingAsset(const QUuid& asset);
     void setPackage(const NewPackage& package);
+    /// Closes the package: one packing list over what was added since the last one. What is added from here on belongs
+    /// to another package, which setPackage() names. The delivery still changes as one, with commit().
+    Status nextPackage();
 
     /// One packing list over all that was added. After a failure before the last rename everything that this
     /// transaction wrote is removed and the former delivery is as it was. May be called once.
