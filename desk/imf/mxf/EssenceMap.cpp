@@ -73,6 +73,7 @@ Status EssenceMap::checkConstant(InputFile& file, qint64 duration)
 
 Status EssenceMap::walk(InputFile& file, qint64 duration)
 {
+    bool framed = false;
     for (const Region& region : m_regions) {
         for (qint64 at = region.start; at < region.end && m_offsets.size() < duration;) {
             const auto head = file.readHead(at, region.end);
@@ -81,8 +82,12 @@ Status EssenceMap::walk(InputFile& file, qint64 duration)
             if (isEssence(head->key, 0x15) || isEssence(head->key, 0x16))
                 m_offsets.append(region.streamOffset + at - region.start);
             at = head->end();
+            framed = framed || isEssence(head->key, 0x15);
         }
     }
+    if (framed && m_offsets.size() < duration)
+        return file.damage(m_regions.last().start,
+                           QStringLiteral("the essence holds %1 of %2 frames").arg(m_offsets.size()).arg(duration));
     return {};
 }
 

@@ -59,7 +59,7 @@ QByteArray PartitionPack::serialise(const Ul& key, const Ul& container) const
     QByteArray value;
     putBig(value, quint16(1));
     putBig(value, quint16(3));
-    putBig(value, quint32(1));
+    putBig(value, alignment);
     for (const qint64 number : {thisPartition, previousPartition, footerPartition, headerByteCount, indexByteCount})
         putBig(value, number);
     putBig(value, indexSid);
@@ -76,7 +76,8 @@ std::optional<PartitionPack> PartitionPack::parse(const QByteArray& value)
 {
     BigReader reader(value);
     PartitionPack pack;
-    reader.take(8);
+    reader.take(4);
+    pack.alignment = reader.get<quint32>();
     for (qint64* number : {&pack.thisPartition, &pack.previousPartition, &pack.footerPartition, &pack.headerByteCount,
                            &pack.indexByteCount})
         *number = reader.get<qint64>();

@@ -58,6 +58,8 @@ QByteArray fillItem(qint64 size);
 
 /// The value of a partition pack (ST 377-1:2019, 7.1).
 struct PartitionPack {
+    /// Grid that partitions and essence are aligned to with fill; 1: none.
+    quint32 alignment = 1;
     qint64 thisPartition = 0;
     qint64 previousPartition = 0;
     qint64 footerPartition = 0;

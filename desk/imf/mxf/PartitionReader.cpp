@@ -30,7 +30,8 @@ Result<FoundPartition> readPartition(InputFile& file, qint64 offset)
     if (!pack || pack->thisPartition != offset)
         return file.damage(offset, QStringLiteral("the partition pack is damaged"));
     FoundPartition found{*key, *pack, offset, head->end(), file.size()};
-    if (head->end() < file.size()) {
+    // Fill that aligns the contents is not counted; without alignment any fill belongs to the contents.
+    if (pack->alignment > 1 && head->end() < file.size()) {
         const auto next = file.readHead(head->end());
         if (next && isFill(next->key))
             found.contents = next->end();

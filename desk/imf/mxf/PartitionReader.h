@@ -16,7 +16,7 @@ struct FoundPartition {
     PartitionKey key;
     PartitionPack pack;
     qint64 offset = 0;
-    /// Where the pack and a fill item right behind it end: header metadata, index or essence start here.
+    /// Where the pack and the fill that aligns what follows end: header metadata, index or essence start here.
     qint64 contents = 0;
     /// Start of the next partition, of the random index pack or of nothing.
     qint64 end = 0;

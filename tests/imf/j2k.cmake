@@ -1,0 +1,1 @@
+stratacut_test(tst_j2k SOURCES tst_j2k.cpp LINKS imf_testsupport)
