@@ -40,7 +40,8 @@ bool wantsAnotherFolder(const QString& text)
 {
     constexpr auto windowFlags = Qt::WindowFlags(0x200100b);
     ViewDeckQt::ManagedDialog<QMessageBox> box(QMessageBox::Warning, QString::fromLatin1(Messages::title), text,
-                                               QMessageBox::Ok | QMessageBox::Cancel, nullptr, windowFlags);
+                                               QMessageBox::Ok | QMessageBox::Cancel);
+    box.setWindowFlags(windowFlags);
     box.setContentsMargins(20, 10, 20, 10);
     box.setTextFormat(Qt::PlainText);
     box.setDefaultButton(QMessageBox::Ok);

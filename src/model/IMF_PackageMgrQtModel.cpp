@@ -31,7 +31,6 @@ Qt::ItemFlags extraFlags(IMF_PackageMgr::NodeType type)
 IMF_PackageMgrQtModel::IMF_PackageMgrQtModel(QObject* parent)
     : QAbstractItemModel(parent), m_root(IMF_Node::Create()), m_parking(IMF_Node::Create())
 {
-    m_parking->push_back(IMF_Node::Create());
     updateIcons();
 }
 

@@ -4,47 +4,68 @@
 
 #include "StratacutUI/IMF_Node.h"
 
-/// Takes the persistent indexes of a subtree out of the reach of announcements that do not describe the change: an
-/// index that is announced as moved and as removed at once would be lost, with a warning of Qt's.
+/// Takes the persistent indexes round a row out of the reach of announcements that do not describe the change: an index
+/// that is announced as moved and as removed at once would be lost, with a warning of Qt's. Until they return, the
+/// indexes stand elsewhere in the same rows and columns, so that the ranges of a selection hold together.
 class IMF_PackageMgrQtModel::ParkedIndexes
 {
 public:
-    ParkedIndexes(IMF_PackageMgrQtModel& model, const IMF_Node& top) : m_model(model)
+    ParkedIndexes(IMF_PackageMgrQtModel& model, const std::shared_ptr<IMF_Node>& replaced)
+        : m_model(model), m_siblings(replaced->getParent())
     {
-        const std::shared_ptr<IMF_Node> place = model.m_parking->back();
         for (const QModelIndex& index : model.persistentIndexList()) {
-            const IMF_Node* node = FromInternalPointer(index.internalPointer());
-            if (!isBelow(*node, top))
+            const std::shared_ptr<IMF_Node> parent = model.FromIndex(index)->getParent();
+            if (parent != m_siblings && !isBelow(parent, replaced))
                 continue;
             m_original.append(index);
-            m_isTop.append(node == &top);
-            m_parked.append(model.createIndex(m_parked.size(), index.column(), place.get()));
+            m_isSibling.append(parent == m_siblings);
+            m_parked.append(model.createIndex(index.row(), index.column(), placeFor(parent.get())));
         }
         model.changePersistentIndexList(m_original, m_parked);
     }
 
-    /// Leads the indexes of the former row to the new one; those of rows below it end.
-    void moveTo(const QModelIndex& row)
+    ~ParkedIndexes()
+    {
+        while (m_model.m_parking->childCount() > 0)
+            m_model.m_parking->removeChild(m_model.m_parking->childCount() - 1);
+    }
+
+    ParkedIndexes(const ParkedIndexes&) = delete;
+    ParkedIndexes& operator=(const ParkedIndexes&) = delete;
+
+    /// Brings the indexes of the row and its siblings back; those of what was below the row end.
+    void release(const QModelIndex& parent)
     {
         QModelIndexList target;
         for (int i = 0; i < m_parked.size(); ++i)
-            target.append(m_isTop[i] ? row.siblingAtColumn(m_original[i].column()) : QModelIndex());
+            target.append(m_isSibling[i] ? m_model.index(m_parked[i].row(), m_parked[i].column(), parent)
+                                         : QModelIndex());
         m_model.changePersistentIndexList(m_parked, target);
     }
 
 private:
-    static bool isBelow(const IMF_Node& node, const IMF_Node& top)
+    static bool isBelow(const std::shared_ptr<IMF_Node>& node, const std::shared_ptr<IMF_Node>& top)
     {
-        if (&node == &top)
-            return true;
-        const std::shared_ptr<IMF_Node> parent = node.getParent();
-        return parent && isBelow(*parent, top);
+        return node && (node == top || isBelow(node->getParent(), top));
+    }
+
+    /// One place for each list of children: rows alone do not tell indexes of different parents apart.
+    IMF_Node* placeFor(const IMF_Node* parent)
+    {
+        IMF_Node*& place = m_places[parent];
+        if (!place) {
+            m_model.m_parking->push_back(IMF_Node::Create());
+            place = m_model.m_parking->back().get();
+        }
+        return place;
     }
 
     IMF_PackageMgrQtModel& m_model;
+    std::shared_ptr<IMF_Node> m_siblings;
+    std::unordered_map<const IMF_Node*, IMF_Node*> m_places;
     QModelIndexList m_original;
     QModelIndexList m_parked;
-    QVector<bool> m_isTop;
+    QVector<bool> m_isSibling;
 };
 
 void IMF_PackageMgrQtModel::push_back(const QModelIndex& parent, const std::shared_ptr<IMF_Node>& node)
@@ -71,7 +92,7 @@ QModelIndex IMF_PackageMgrQtModel::replace(const QModelIndex& index, const std::
     const int column = index.column();
     releaseTrackModels(former);
     m_justAppended.reset();
-    ParkedIndexes parked(*this, *former);
+    ParkedIndexes parked(*this, former);
 
     beginInsertRows(parent, row, row);
     beginRemoveRows(parent, row, row);
@@ -80,7 +101,7 @@ QModelIndex IMF_PackageMgrQtModel::replace(const QModelIndex& index, const std::
     endInsertRows();
 
     // What was announced says that the row went and another one came: views lay themselves out again from the tree.
-    parked.moveTo(this->index(row, 0, parent));
+    parked.release(parent);
     emit layoutAboutToBeChanged();
     emit layoutChanged();
     const QModelIndex statusColumn = this->index(row, 1, parent);

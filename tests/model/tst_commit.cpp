@@ -1,0 +1,329 @@
+#include "ModelFixture.h"
+
+#include "StratacutUI/IMF_PackageDeliveryReader.h"
+#include "support/Assertions.h"
+#include "support/ModalAnswer.h"
+#include "support/TestMain.h"
+
+#include <QJsonDocument>
+#include <QPointer>
+#include <QSignalSpy>
+
+#include <thread>
+
+using Model = IMF_PackageMgrQtModel;
+using support::ModalAnswer;
+
+namespace
+{
+/// A new deliverable with two IMPs, the first with a CPL.
+struct Film {
+    Film() { f.bridge.takeCalls(); }
+
+    QJsonObject onDisk() const
+    {
+        QJsonObject first = documents::imp("Untitled IMP", {documents::cpl("Sequence m1")});
+        first["Written"] = true;
+        QJsonObject second = documents::imp("Untitled IMP.1");
+        second["Written"] = true;
+        return documents::delivery("Film", "/out/Film", {first, second});
+    }
+
+    void commit(const QModelIndex& index) { f.controller().onCommit({index}); }
+
+    void finish(const IMFO_Bridge::Error& error = {})
+    {
+        const IMFO_CommitCallback done = f.bridge.commits.takeLast().onDone;
+        std::thread([&] { done(error); }).join();
+        QCoreApplication::processEvents();
+    }
+
+    ModelFixture f;
+    QPersistentModelIndex delivery = f.newDelivery("Film");
+    QPersistentModelIndex imp = f.newImp(delivery);
+    QPersistentModelIndex cpl = f.newCpl(imp, "m1");
+    QPersistentModelIndex secondImp = f.newImp(delivery);
+};
+
+bool isCommitted(const QModelIndex& index)
+{
+    return Model::StatusFromIndex(index) == IMF_PackageMgr::Committed;
+}
+} // namespace
+
+/// Committing items, and completions that come from any thread at any time.
+class TestCommit : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    void theHostLearnsEverythingBeforeItCommits_data()
+    {
+        QTest::addColumn<int>("item");
+        QTest::addColumn<QStringList>("calls");
+        const QString d = "applyDescriptiveMetadata(Film#1)";
+        const QString i = "applyDescriptiveMetadata(Film#1/Untitled IMP)";
+        const QString second = "applyDescriptiveMetadata(Film#1/Untitled IMP.1)";
+        const QString settings = "applyCommitSettings(Film#1/Untitled IMP/Sequence m1)";
+        const QString c = "applyDescriptiveMetadata(Film#1/Untitled IMP/Sequence m1)";
+        QTest::newRow("deliverable") << 0 << QStringList{d, i, settings, c, second, "commit(Film#1)"};
+        QTest::newRow("IMP") << 1 << QStringList{i, settings, c, d, "commit(Film#1/Untitled IMP)"};
+        QTest::newRow("CPL") << 2 << QStringList{settings, c};
+    }
+
+    void theHostLearnsEverythingBeforeItCommits()
+    {
+        QFETCH(int, item);
+        QFETCH(QStringList, calls);
+        Film film;
+        film.commit(item == 0 ? film.delivery : item == 1 ? film.imp : film.cpl);
+        QCOMPARE(film.f.bridge.takeCalls(), calls);
+        film.f.controller().onCommit({});
+        QVERIFY(film.f.bridge.takeCalls().isEmpty());
+    }
+
+    void theDocumentsHandedOverAreWholeAndCompact()
+    {
+        Film film;
+        film.commit(film.delivery);
+        const QByteArray cplId = Model::ComponentIDFromIndex(film.cpl);
+        QCOMPARE(film.f.bridge.appliedMetadata[cplId].toUtf8(),
+                 QJsonDocument(Model::MetadataJsonFromIndex(film.cpl)).toJson(QJsonDocument::Compact));
+        QVERIFY(film.f.bridge.appliedSettings[cplId].contains("\"Compression\":\"JPEG 2000\""));
+        const IMFO_ItemInfo& info = film.f.bridge.commits.last().item;
+        QCOMPARE(info.commitSettingsJson, QString("{}"));
+        QCOMPARE(int(info.nodeType), int(IMF_PackageMgr::Delivery));
+        QCOMPARE(int(info.version), int(IMF_PackageMgr::Original));
+    }
+
+    void anyRefusalStopsTheCommit_data()
+    {
+        QTest::addColumn<QString>("refused");
+        QTest::newRow("settings") << "applyCommitSettings(Film#1/Untitled IMP/Sequence m1)";
+        QTest::newRow("metadata of the IMP") << "applyDescriptiveMetadata(Film#1/Untitled IMP)";
+        QTest::newRow("metadata of the deliverable") << "applyDescriptiveMetadata(Film#1)";
+        QTest::newRow("commit") << "commit(Film#1/Untitled IMP)";
+    }
+
+    void anyRefusalStopsTheCommit()
+    {
+        QFETCH(QString, refused);
+        Film film;
+        film.f.bridge.failCall(refused, 32, "No.");
+        ModalAnswer answer(QMessageBox::Ok);
+        film.commit(film.imp);
+        QCOMPARE(answer.text, QString("No."));
+        QCOMPARE(answer.icon, QMessageBox::Critical);
+        QCOMPARE(film.f.bridge.takeCalls().last(), refused);
+        QVERIFY(film.f.bridge.commits.isEmpty());
+    }
+
+    void aCommittedDeliverableIsReadBackInPlace()
+    {
+        Film film;
+        film.f.putOnDisk("/out/Film", "Film#1", film.onDisk());
+        QSignalSpy completed(&film.f.controller(), &IMF_Controller::commitCompleted);
+        QSignalSpy changed(film.f.model.get(), &Model::dataChanged);
+        film.commit(film.delivery);
+        QVERIFY(completed.isEmpty());
+        film.finish();
+        QCOMPARE(completed.size(), 1);
+        for (const QModelIndex& index : {film.delivery, film.imp, film.cpl, film.secondImp})
+            QVERIFY(isCommitted(index));
+        QVERIFY(Model::MetadataJsonFromIndex(film.imp)["Written"].toBool());
+        QCOMPARE(film.delivery.data(Model::PathRole).toString(), QString("/out/Film"));
+        QCOMPARE(changed[0][0].toModelIndex(), QModelIndex(film.delivery));
+        QCOMPARE(changed[0][2].value<QVector<int>>(), QVector<int>{Model::StatusRole});
+        QVERIFY(film.cpl.data(Model::AudioGroupingRole).value<QAbstractItemModel*>());
+    }
+
+    void aCommittedImpIsRefreshedAlone()
+    {
+        Film film;
+        QJsonObject document = film.onDisk();
+        document["Children"] = QJsonArray{document["Children"].toArray()[1]};
+        film.f.putOnDisk("/out/Film", "Film#1", document);
+        film.commit(film.secondImp);
+        film.finish();
+        QVERIFY(isCommitted(film.secondImp));
+        QVERIFY(Model::MetadataJsonFromIndex(film.secondImp)["Written"].toBool());
+        QVERIFY(!isCommitted(film.delivery) && !isCommitted(film.imp) && !isCommitted(film.cpl));
+    }
+
+    void anImpAmongNamesakesIsFoundByItsPlace()
+    {
+        Film film;
+        QVERIFY(film.f.model->setData(film.secondImp, "Untitled IMP"));
+        QJsonObject second = documents::imp("Untitled IMP");
+        second["Second"] = true;
+        const QJsonArray imps{documents::imp("Untitled IMP", {documents::cpl("Sequence m1")}), second};
+        film.f.putOnDisk("/out/Film", "Film#1", documents::delivery("Film", "/out/Film", imps));
+        film.commit(film.secondImp);
+        film.finish();
+        QVERIFY(Model::MetadataJsonFromIndex(film.secondImp)["Second"].toBool());
+        QVERIFY(!isCommitted(film.imp));
+    }
+
+    void anImpStaysCommittedWhereItsFolderCannotBeRead()
+    {
+        Film film;
+        film.commit(film.imp);
+        ModalAnswer unreadable(QMessageBox::Ok);
+        film.finish();
+        QVERIFY(isCommitted(film.imp) && isCommitted(film.cpl));
+        QCOMPARE(film.cpl.data().toString(), QString("Sequence m1"));
+    }
+
+    void whatWasAddedMeanwhileStaysUncommitted()
+    {
+        Film film;
+        film.f.putOnDisk("/out/Film", "Film#1", film.onDisk());
+        film.commit(film.delivery);
+        const QPersistentModelIndex imp = film.f.newImp(film.delivery);
+        const QPersistentModelIndex cpl = film.f.newCpl(film.imp, "m2");
+        film.finish();
+        QVERIFY(isCommitted(film.delivery) && isCommitted(film.imp) && isCommitted(film.cpl));
+        QVERIFY(!isCommitted(imp) && !isCommitted(cpl));
+    }
+
+    void aFailedReadAppliesWhatTheHostLeaves()
+    {
+        Film film;
+        film.f.putOnDisk("/out/Film", "Film#1", film.onDisk());
+        film.f.bridge.fail("readDelivery", 1, "Unreadable.");
+        film.commit(film.delivery);
+        ModalAnswer answer(QMessageBox::Ok);
+        film.finish();
+        QCOMPARE(answer.text, QString("Unreadable."));
+        QVERIFY(isCommitted(film.delivery));
+        QCOMPARE(film.delivery.data().toString(), QString("Film"));
+    }
+
+    void aFailedCommitIsShownAndChangesNothing_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::addColumn<int>("icon");
+        QTest::newRow("warning") << 32 << int(QMessageBox::Warning);
+        QTest::newRow("error") << 1 << int(QMessageBox::Critical);
+    }
+
+    void aFailedCommitIsShownAndChangesNothing()
+    {
+        QFETCH(int, code);
+        QFETCH(int, icon);
+        Film film;
+        QSignalSpy completed(&film.f.controller(), &IMF_Controller::commitCompleted);
+        film.commit(film.delivery);
+        film.f.bridge.takeCalls();
+        ModalAnswer answer(QMessageBox::Ok);
+        film.finish({quint8(code), "Stopped."});
+        QCOMPARE(int(answer.icon), icon);
+        QCOMPARE(answer.title, QString("Norvel Stratacut"));
+        QCOMPARE(answer.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+        QCOMPARE(answer.text, QString("Stopped."));
+        QVERIFY(completed.isEmpty() && film.f.bridge.takeCalls().isEmpty() && !isCommitted(film.delivery));
+    }
+
+    void aCompletionFindsItsRowAfterOthersMoved()
+    {
+        Film film;
+        film.f.newDelivery("Other");
+        film.f.controller().onRemoveIMFItem(film.delivery);
+        const QPersistentModelIndex other = film.f.model->index(0, 0);
+        film.f.newDelivery("Third");
+        film.f.putOnDisk("/out/Third", "t", documents::delivery("Third", "/out/Third"));
+        const QPersistentModelIndex third = film.f.model->index(1, 0);
+        film.commit(third);
+        film.f.controller().onRemoveIMFItem(other);
+        film.finish();
+        QVERIFY(isCommitted(third));
+    }
+
+    void aCompletionForAReplacedRowReachesTheNewOne()
+    {
+        Film film;
+        film.commit(film.delivery);
+        film.f.putOnDisk("/out/Film", "Film#1", documents::delivery("Film", "/out/Film"));
+        film.f.withoutTester([&] {
+            const auto fresh =
+                IMF_PackageDeliveryReader::deliveryFromJson(documents::delivery("Film", "/out"), "Film#1");
+            film.f.model->replace(film.delivery, fresh);
+        });
+        QVERIFY(!isCommitted(film.delivery));
+        film.finish();
+        QVERIFY(isCommitted(film.delivery));
+    }
+
+    void aLateCompletionIsDropped_data()
+    {
+        QTest::addColumn<int>("gone");
+        QTest::newRow("the row") << 0;
+        QTest::newRow("the controller") << 1;
+        QTest::newRow("the model") << 2;
+    }
+
+    void aLateCompletionIsDropped()
+    {
+        QFETCH(int, gone);
+        Film film;
+        film.commit(film.delivery);
+        film.commit(film.imp);
+        const QVector<support::RecordingOutputBridge::Commit> commits = film.f.bridge.commits;
+        if (gone == 0)
+            film.f.controller().onRemoveIMFItem(film.delivery);
+        if (gone == 1)
+            film.f.model->initialize(&film.f.bridge, std::make_unique<support::MemorySettings>());
+        // One completion is on its way when the receiver goes, one comes after that.
+        std::thread([&] { commits[0].onDone({1, "Late."}); }).join();
+        if (gone == 2)
+            film.f.restart();
+        std::thread([&] { commits[1].onDone({}); }).join();
+        film.f.bridge.takeCalls();
+        QCoreApplication::processEvents();
+        QVERIFY(film.f.bridge.takeCalls().isEmpty());
+    }
+
+    void completionsRaceWithTheEndOfTheModel()
+    {
+        for (int round = 0; round < 50; ++round) {
+            Film film;
+            film.f.putOnDisk("/out/Film", "Film#1", film.onDisk());
+            film.commit(film.delivery);
+            const IMFO_CommitCallback done = film.f.bridge.commits.last().onDone;
+            std::thread worker([&done] { done({}); });
+            if (round % 2)
+                QCoreApplication::processEvents();
+            film.f.restart();
+            worker.join();
+            QCoreApplication::processEvents();
+        }
+    }
+
+    void aSecondCallOfTheCallbackHasNoEffect()
+    {
+        Film film;
+        film.f.putOnDisk("/out/Film", "Film#1", film.onDisk());
+        QSignalSpy completed(&film.f.controller(), &IMF_Controller::commitCompleted);
+        film.commit(film.delivery);
+        const IMFO_CommitCallback done = film.f.bridge.commits.last().onDone;
+        done({});
+        done({});
+        QCoreApplication::processEvents();
+        QCOMPARE(completed.size(), 1);
+    }
+
+    void theReaderChecksTheNumberOfChildren()
+    {
+        Film film;
+        support::Assertions assertions;
+        const QJsonObject document = documents::delivery("Film", "/x", {documents::imp("Untitled IMP")});
+        IMF_PackageDeliveryReader::updateDeliveryNodeFromJson(film.f.model.get(), film.delivery, document);
+        QCOMPARE(assertions.take(), QStringList({"IMF_PackageDeliveryReader: imps.count() == model->rowCount(index)",
+                                                 "IMF_PackageDeliveryReader: cpls.size() == impNode->childCount()"}));
+        QVERIFY(isCommitted(film.imp) && !isCommitted(film.secondImp) && !isCommitted(film.cpl));
+    }
+};
+
+STRATACUT_TEST_MAIN(TestCommit)
+#include "tst_commit.moc"

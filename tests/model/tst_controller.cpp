@@ -1,0 +1,402 @@
+#include "ModelFixture.h"
+
+#include "support/ModalAnswer.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+
+using Model = IMF_PackageMgrQtModel;
+using support::FolderAnswer;
+using support::ModalAnswer;
+
+namespace
+{
+const QString question = QStringLiteral(
+    "The associated IMF deliverable was not found. Would you like to load the dependent IMF deliverable?");
+
+const QJsonObject missing{{"Kind", "x"}, {"IMPs", QJsonArray{1, QJsonObject{{"MissingAssets", QJsonArray()}}}}};
+
+/// A message as it must look.
+bool looksLike(const ModalAnswer& box, QMessageBox::Icon icon, const QString& text)
+{
+    return box.title == "Norvel Stratacut" && box.icon == icon && box.text == text && box.buttons == QMessageBox::Ok &&
+           box.defaultButton == QMessageBox::Ok && !box.parentWidget;
+}
+} // namespace
+
+/// The controller, its messages answered through the real widgets. Commits have a test of their own.
+class TestController : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    void aNewDeliveryComesFromTheHost_data()
+    {
+        QTest::addColumn<int>("version");
+        QTest::addColumn<QString>("call");
+        QTest::newRow("original") << 1 << "createDelivery(Film, , original)";
+        QTest::newRow("supplemental") << 2 << "createDelivery(Film, , supplemental)";
+    }
+
+    void aNewDeliveryComesFromTheHost()
+    {
+        QFETCH(int, version);
+        QFETCH(QString, call);
+        ModelFixture f;
+        QSignalSpy added(&f.controller(), &IMF_Controller::newDeliveryAdded);
+        const QModelIndex delivery = f.newDelivery("Film", IMF_PackageMgr::Version(version));
+        QCOMPARE(f.bridge.takeCalls(), QStringList{call});
+        QCOMPARE(added[0][0].toModelIndex(), delivery);
+        QCOMPARE(int(Model::VersionFromIndex(delivery)), version);
+        QCOMPARE(Model::MetadataJsonFromIndex(delivery)["Original"].toBool(), version == 1);
+        QCOMPARE(delivery.data(Model::CreatorRole).toString(), QString("Test 1.0"));
+        QVERIFY(delivery.data(Model::ValidRole).toBool());
+    }
+
+    void aRefusedNewDeliveryIsReported()
+    {
+        ModelFixture f;
+        f.bridge.fail("createDelivery", 9, "Disk full.");
+        ModalAnswer answer(QMessageBox::Ok);
+        f.controller().onNewIMFDelivery("Film", IMF_PackageMgr::Original);
+        QVERIFY(looksLike(answer, QMessageBox::Critical, "Disk full."));
+        QCOMPARE(f.model->rowCount(), 0);
+    }
+
+    void refusedImpsAndCplsAreReported()
+    {
+        ModelFixture f;
+        f.bridge.fail("createIMP", 1, "No IMP.");
+        f.bridge.fail("createCPL", 1, "No CPL.");
+        ModalAnswer imp(QMessageBox::Ok);
+        ModalAnswer cpl(QMessageBox::Ok);
+        QVERIFY(f.controller().NewIMP("d/i"));
+        QVERIFY(f.controller().NewCPL("d/i/c", "t"));
+        QVERIFY(looksLike(imp, QMessageBox::Critical, "No IMP.") && looksLike(cpl, QMessageBox::Critical, "No CPL."));
+        f.bridge.succeed();
+        QVERIFY(!f.controller().NewIMP("d/i") && !f.controller().NewCPL("d/i/c", "t"));
+    }
+
+    void anExploredDeliveryIsLoadedOnce()
+    {
+        ModelFixture f;
+        const QJsonObject document = documents::delivery("D", "/d", {documents::imp("I"), documents::imp("J")});
+        QSignalSpy added(&f.controller(), &IMF_Controller::newDeliveryAdded);
+        f.putOnDisk("/d", "d", document);
+        f.controller().onExploreNewDelivery("/d");
+        const QModelIndex delivery = f.model->index(0, 0);
+        QCOMPARE(added[0][0].toModelIndex(), delivery);
+        QCOMPARE(int(Model::StatusFromIndex(delivery)), int(IMF_PackageMgr::Committed));
+        QCOMPARE(f.model->index(1, 0, delivery).data().toString(), QString("J"));
+        QVERIFY(!Model::MetadataJsonFromIndex(delivery).contains("Children"));
+        f.bridge.takeCalls();
+        f.controller().onExploreNewDelivery("/d");
+        QCOMPARE(f.bridge.takeCalls(), QStringList{"getDeliveryInfo(d, recursive)"});
+        QCOMPARE(f.model->rowCount(), 1);
+    }
+
+    void loadingTellsWhatIsMissing()
+    {
+        ModelFixture f;
+        QJsonObject document = documents::delivery("D", "/d");
+        document["Info"] = missing;
+        f.putOnDisk("/d", "d", document);
+        bool hasMissing = false;
+        f.controller().loadNewDelivery("/d", &hasMissing, false);
+        QVERIFY(hasMissing);
+        f.controller().loadNewDelivery("/d", &hasMissing, false);
+        QVERIFY(!hasMissing);
+        f.bridge.infos["d"] = missing;
+        f.controller().loadNewDelivery("/d", &hasMissing, false);
+        QVERIFY(hasMissing);
+    }
+
+    void theMerePresenceOfMissingAssetsCounts_data()
+    {
+        QTest::addColumn<QJsonObject>("info");
+        QTest::addColumn<bool>("expected");
+        QTest::newRow("nothing") << QJsonObject() << false;
+        QTest::newRow("false") << QJsonObject{{"MissingAssets", false}} << true;
+        QTest::newRow("empty list") << QJsonObject{{"MissingAssets", QJsonArray()}} << true;
+        QTest::newRow("null") << QJsonObject{{"MissingAssets", QJsonValue::Null}} << false;
+        QTest::newRow("deep") << missing << true;
+        QTest::newRow("as a value") << QJsonObject{{"a", "MissingAssets"}} << false;
+    }
+
+    void theMerePresenceOfMissingAssetsCounts()
+    {
+        QFETCH(QJsonObject, info);
+        QFETCH(bool, expected);
+        ModelFixture f;
+        const QModelIndex delivery = f.load("/d", "d", documents::delivery("D", "/d"));
+        f.bridge.infos["d"] = info;
+        QCOMPARE(f.controller().hasMissingAssets(delivery), expected);
+        f.bridge.fail("getDeliveryInfo", 1, "Gone.");
+        ModalAnswer answer(QMessageBox::Ok);
+        QVERIFY(!f.controller().hasMissingAssets(delivery));
+        QVERIFY(looksLike(answer, QMessageBox::Critical, "Gone."));
+    }
+
+    void aRefreshReplacesTheRow()
+    {
+        ModelFixture f;
+        const QModelIndex first = f.load("/d", "d", documents::delivery("D", "/d"));
+        QSignalSpy added(&f.controller(), &IMF_Controller::newDeliveryAdded);
+        f.putOnDisk("/d", "d", documents::delivery("Renamed", "/d", {documents::imp("I")}));
+        QModelIndex fresh;
+        f.withoutTester([&] { fresh = f.controller().onRefreshIMFItem(first); });
+        QCOMPARE(fresh.data().toString(), QString("Renamed"));
+        QCOMPARE(added[0][0].toModelIndex(), fresh);
+        f.withoutTester([&] { fresh = f.controller().onRefreshIMFItem(f.model->index(0, 0, fresh)); });
+        QCOMPARE(fresh, f.model->index(0, 0));
+        QVERIFY(!f.controller().onRefreshIMFItem({}).isValid());
+    }
+
+    void aFailedRefreshLeavesTheRow()
+    {
+        ModelFixture f;
+        const QModelIndex delivery = f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I")}));
+        f.bridge.fail("readDelivery", 1, "Unreadable.");
+        ModalAnswer answer(QMessageBox::Ok);
+        QVERIFY(!f.controller().onRefreshIMFItem(delivery).isValid());
+        QVERIFY(looksLike(answer, QMessageBox::Critical, "Unreadable."));
+        QCOMPARE(f.model->rowCount(f.model->index(0, 0)), 1);
+    }
+
+    void refreshingAllReadsTheCommittedDeliverablesAlone()
+    {
+        ModelFixture f;
+        f.load("/a", "a", documents::delivery("A", "/a"));
+        f.newDelivery("New");
+        f.load("/b", "b", documents::delivery("B", "/b"));
+        f.bridge.takeCalls();
+        f.withoutTester([&] { f.controller().refreshAll(); });
+        QCOMPARE(f.bridge.takeCalls(), QStringList({"readDelivery(/a)", "readDelivery(/b)"}));
+    }
+
+    void removing_data()
+    {
+        QTest::addColumn<bool>("committed");
+        QTest::addColumn<int>("depth");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("message"); // of the host
+        QTest::addColumn<int>("icon");
+        QTest::addColumn<QString>("text"); // what the user is told
+        QTest::addColumn<bool>("removed");
+        const QString none;
+        QTest::newRow("deliverable") << false << 0 << 0 << "" << 0 << none << true;
+        QTest::newRow("CPL") << false << 2 << 0 << "" << 0 << none << true;
+        QTest::newRow("committed deliverable") << true << 0 << 0 << "" << 0 << none << true;
+        QTest::newRow("committed IMP") << true << 1 << 0 << "" << int(QMessageBox::Warning)
+                                       << "Can't remove committed element: I" << false;
+        QTest::newRow("committed CPL") << true << 2 << 0 << "" << int(QMessageBox::Warning)
+                                       << "Can't remove committed element: C title" << false;
+        QTest::newRow("failure without message") << false << 1 << 5 << "" << 0 << none << true;
+        QTest::newRow("failure") << false << 1 << 5 << "In use." << int(QMessageBox::Critical)
+                                 << "Failed to remove : In use. I" << false;
+    }
+
+    void removing()
+    {
+        QFETCH(bool, committed);
+        QFETCH(int, depth);
+        QFETCH(int, code);
+        QFETCH(QString, message);
+        QFETCH(int, icon);
+        QFETCH(QString, text);
+        QFETCH(bool, removed);
+        ModelFixture f;
+        QModelIndex index =
+            f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I", {documents::cpl("C")})}));
+        if (!committed) {
+            index = f.newDelivery("New");
+            const QModelIndex imp = f.newImp(index);
+            f.model->setData(imp, "I");
+            f.newCpl(imp, "m1");
+        }
+        for (int level = 0; level < depth; ++level)
+            index = f.model->index(0, 0, index);
+        const QModelIndex parent = index.parent();
+        const int rows = f.model->rowCount(parent);
+        f.bridge.fail("removeItem", quint8(code), message);
+        f.bridge.takeCalls();
+        {
+            std::unique_ptr<ModalAnswer> answer;
+            if (!text.isEmpty())
+                answer = std::make_unique<ModalAnswer>(QMessageBox::Ok);
+            f.controller().onRemoveIMFItem(index);
+            QVERIFY(!answer || looksLike(*answer, QMessageBox::Icon(icon), text));
+        }
+        QCOMPARE(f.model->rowCount(parent), rows - removed);
+        QCOMPARE(f.bridge.takeCalls().isEmpty(), icon == int(QMessageBox::Warning));
+        f.controller().onRemoveIMFItem({});
+        QVERIFY(f.bridge.takeCalls().isEmpty());
+    }
+
+    void aChosenFolderGoesToHostAndModel()
+    {
+        const QTemporaryDir folder;
+        ModelFixture f;
+        const QModelIndex delivery = f.newDelivery("Film");
+        {
+            FolderAnswer answer(folder.path());
+            f.controller().onSetPathButtonClicked(delivery);
+            QCOMPARE(answer.title, QString("Select Delivery Folder"));
+            QVERIFY(answer.options.testFlag(QFileDialog::ShowDirsOnly));
+        }
+        QCOMPARE(delivery.data(Model::PathRole).toString(), folder.path() + "/Film");
+        FolderAnswer second("");
+        f.bridge.takeCalls();
+        f.controller().onSetPathButtonClicked(delivery);
+        QVERIFY(f.bridge.takeCalls().isEmpty());
+        QCOMPARE(second.openedIn, QDir(folder.path()).canonicalPath());
+    }
+
+    void aRefusedFolderCanBeChosenAgain()
+    {
+        const QTemporaryDir taken;
+        const QTemporaryDir other;
+        ModelFixture f;
+        const QModelIndex delivery = f.newDelivery("Film");
+        f.bridge.failCall(QString("setItemPath(Film#1, %1)").arg(taken.path()), 3, "There.");
+        f.bridge.failCall(QString("setItemPath(Film#1, %1)").arg(other.path()), 7, "Read-only.");
+        FolderAnswer first(taken.path());
+        ModalAnswer again(QMessageBox::Ok);
+        FolderAnswer second(other.path());
+        ModalAnswer giveUp(QMessageBox::Cancel);
+        f.controller().onSetPathButtonClicked(delivery);
+        QCOMPARE(again.text, "Film already exists at path:\n" + taken.path() + "\n\n\tPlease choose a new path");
+        QCOMPARE(giveUp.text, QString("Read-only."));
+        for (const ModalAnswer* box : {&again, &giveUp}) {
+            QCOMPARE(box->title, QString("Norvel Stratacut"));
+            QCOMPARE(box->icon, QMessageBox::Warning);
+            QCOMPARE(box->buttons, QMessageBox::Ok | QMessageBox::Cancel);
+            QCOMPARE(box->defaultButton, QMessageBox::Ok);
+        }
+        QCOMPARE(delivery.data(Model::PathRole).toString(), QString("/out/Film"));
+    }
+
+    void theMessageOfARefusedFolderIsAWindowOfItsOwn()
+    {
+        const QTemporaryDir folder;
+        ModelFixture f;
+        const QModelIndex delivery = f.newDelivery("Film");
+        f.bridge.fail("setItemPath", 3, "There.");
+        Qt::WindowFlags flags;
+        QMargins margins;
+        QTimer watch;
+        connect(&watch, &QTimer::timeout, this, [&] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                flags = box->windowFlags();
+                margins = box->contentsMargins();
+            }
+        });
+        FolderAnswer first(folder.path());
+        watch.start(0);
+        ModalAnswer answer(QMessageBox::Cancel);
+        f.controller().onSetPathButtonClicked(delivery);
+        QCOMPARE(int(flags), 0x200100b);
+        QCOMPARE(margins, QMargins(20, 10, 20, 10));
+    }
+
+    void aFolderCanBeSetWithoutDialog()
+    {
+        ModelFixture f;
+        const QModelIndex delivery = f.newDelivery("Film");
+        const auto setPath = [&f, &delivery](const QString& path) {
+            QString message;
+            QMetaObject::invokeMethod(&f.controller(), "setPath", Q_RETURN_ARG(QString, message), Q_ARG(QString, path),
+                                      Q_ARG(QModelIndex, delivery));
+            return message;
+        };
+        QCOMPARE(setPath("/new"), QString());
+        QCOMPARE(delivery.data(Model::PathRole).toString(), QString("/new/Film"));
+        f.bridge.fail("setItemPath", 3, "There.");
+        QCOMPARE(setPath("/x"), QString("Film already exists at path:\n/x\n\n\tPlease choose a new path"));
+        QCOMPARE(delivery.data(Model::PathRole).toString(), QString("/new/Film"));
+    }
+
+    void missingDeliverablesAreAskedForUntilTheyAreThere()
+    {
+        const QTemporaryDir wrong;
+        const QTemporaryDir right;
+        ModelFixture f;
+        const QModelIndex delivery = f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I")}));
+        f.bridge.infos["d"] = missing;
+        f.bridge.infos["d/I"] = missing;
+        f.putOnDisk(wrong.path(), "w", documents::delivery("W", wrong.path()));
+        f.putOnDisk(right.path(), "r", documents::delivery("R", right.path()));
+        f.bridge.onCall = [&](const QString& call) {
+            if (call == QString("readDelivery(%1)").arg(right.path()))
+                f.bridge.infos.remove("d");
+        };
+        ModalAnswer first(QMessageBox::Yes);
+        FolderAnswer chooseWrong(wrong.path());
+        ModalAnswer second(QMessageBox::Yes);
+        FolderAnswer chooseRight(right.path());
+        f.withoutTester([&] { f.controller().resolveMissingAssetsIfNeeded(f.model->index(0, 0, delivery)); });
+        QCOMPARE(first.text, question);
+        QCOMPARE(first.title, QString("Norvel Stratacut"));
+        QCOMPARE(first.icon, QMessageBox::Question);
+        QCOMPARE(first.buttons, QMessageBox::Yes | QMessageBox::No);
+        QCOMPARE(first.defaultButton, QMessageBox::No);
+        QCOMPARE(f.model->rowCount(), 3);
+        // At the end, everything is read again.
+        const QString read = "readDelivery(%1)";
+        const QStringList calls = f.bridge.takeCalls();
+        QCOMPARE(calls.mid(calls.size() - 3),
+                 QStringList({read.arg("/d"), read.arg(wrong.path()), read.arg(right.path())}));
+    }
+
+    void nobodyIsAskedWhereNothingIsMissing()
+    {
+        ModelFixture f;
+        f.controller().resolveMissingAssetsIfNeeded(f.load("/d", "d", documents::delivery("D", "/d")));
+        f.bridge.infos["d"] = missing;
+        f.bridge.takeCalls();
+        ModalAnswer no(QMessageBox::No);
+        f.controller().resolveMissingAssetsIfNeeded(f.model->index(0, 0));
+        QCOMPARE(f.bridge.takeCalls(), QStringList{"getDeliveryInfo(d, recursive)"});
+        QVERIFY(no.answered);
+    }
+
+    void savingKeepsTheFoldersOfWhatIsOnDisk()
+    {
+        ModelFixture f;
+        f.load("/a", "a", documents::delivery("A", "/a"));
+        f.newDelivery("New");
+        f.load("/b", "b", documents::delivery("B", "/b"));
+        f.controller().onSaveSettings();
+        QCOMPARE(f.settings->value("VISITED_IMF_SETTINGS_KEY"), QJsonArray({"/a", "/b"}));
+        QCOMPARE(f.settings->value("UNBURNED_ITEMS_KEY"), QJsonArray());
+        QVERIFY(f.settings->contains("UNBURNED_ITEMS_KEY"));
+    }
+
+    void aLostFolderIsReportedAndTheOthersAreLoaded()
+    {
+        ModelFixture f;
+        f.putOnDisk("/b", "b", documents::delivery("B", "/b"));
+        (*f.settings)["VISITED_IMF_SETTINGS_KEY"] = QJsonArray{"/gone", 7, "/b"};
+        ModalAnswer gone(QMessageBox::Ok);
+        ModalAnswer noText(QMessageBox::Ok);
+        f.restart();
+        QVERIFY(looksLike(gone, QMessageBox::Critical, "No deliverable in /gone."));
+        QCOMPARE(f.model->rowCount(), 1);
+    }
+
+    void settingsCanBeSwapped()
+    {
+        ModelFixture f;
+        const auto other = std::make_shared<support::MemorySettings::Values>();
+        f.controller().setSettings(std::make_unique<support::MemorySettings>(other));
+        f.controller().onSaveSettings();
+        QVERIFY(f.settings->isEmpty());
+        QCOMPARE(other->size(), 2);
+    }
+};
+
+STRATACUT_TEST_MAIN(TestController)
+#include "tst_controller.moc"

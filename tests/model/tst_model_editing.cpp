@@ -1,0 +1,295 @@
+#include "ModelFixture.h"
+
+#include "StratacutUI/IMF_Node.h"
+#include "support/ModalAnswer.h"
+#include "support/TestMain.h"
+
+#include <QSignalSpy>
+
+using Model = IMF_PackageMgrQtModel;
+using KeyAndText = QPair<QString, QString>;
+
+namespace
+{
+QVariant pair(const QString& key, const QString& text)
+{
+    return QVariant::fromValue(KeyAndText(key, text));
+}
+
+struct Tree {
+    ModelFixture f;
+    QModelIndex delivery = f.newDelivery("Film");
+    QModelIndex imp = f.newImp(delivery);
+    QModelIndex cpl = f.newCpl(imp, "m1");
+
+    QModelIndex at(int kind) const { return kind == 0 ? delivery : kind == 1 ? imp : cpl; }
+};
+
+const QJsonArray groups{QJsonObject{{"Name", "G"}, {"Include Master Fader", false}, {"Tracks", QJsonArray{"A1"}}}};
+const QJsonObject mix{
+    {"AudioMapping",
+     QJsonArray{QJsonObject{{"MixMode", "Direct"}, {"TargetTrack", "A1"}, {"SourceTracksGroups", "A1"}}}},
+    {"Groups", groups},
+    {"AllActiveTracks", QJsonArray{"A1"}}};
+} // namespace
+
+/// What can be written into the item model, and what it announces.
+class TestModelEditing : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    void writingAnnouncesWhatChanged_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<int>("column");
+        QTest::addColumn<int>("role");
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<bool>("result");
+        QTest::addColumn<int>("lastColumn"); // -1: nothing is announced
+        QTest::addColumn<QVector<int>>("roles");
+        const QVector<int> renamed{Qt::DisplayRole, 257};
+        const QVector<int> moved{258, 257};
+        const QVector<int> retitled{260, Qt::DisplayRole};
+        const QVariant none = QVariant();
+        QTest::newRow("rename deliverable") << 0 << 0 << 2 << QVariant("New") << true << 0 << renamed;
+        QTest::newRow("rename IMP") << 1 << 0 << 2 << QVariant("New") << true << 0 << renamed;
+        QTest::newRow("rename CPL") << 2 << 0 << 2 << QVariant("New") << true << 0 << renamed;
+        QTest::newRow("same name") << 0 << 0 << 2 << QVariant("Film") << false << -1 << QVector<int>();
+        QTest::newRow("empty name") << 1 << 0 << 2 << QVariant("") << false << -1 << QVector<int>();
+        QTest::newRow("name in column 1") << 1 << 1 << 2 << QVariant("New") << false << -1 << QVector<int>();
+        QTest::newRow("path") << 0 << 0 << 258 << QVariant("/new") << true << 0 << moved;
+        QTest::newRow("same path") << 0 << 0 << 258 << QVariant("/out/Film") << false << -1 << QVector<int>();
+        QTest::newRow("no text") << 0 << 0 << 258 << QVariant(QJsonObject()) << false << -1 << QVector<int>();
+        QTest::newRow("path of an IMP") << 1 << 0 << 258 << QVariant("/new") << false << -1 << QVector<int>();
+        QTest::newRow("annotation") << 0 << 0 << 260 << pair("Annotation", "x") << true << 1 << QVector<int>{260};
+        QTest::newRow("unknown key") << 0 << 0 << 260 << pair("No such", "x") << true << -1 << QVector<int>();
+        QTest::newRow("text without key") << 0 << 0 << 260 << QVariant("x") << true << -1 << QVector<int>();
+        QTest::newRow("parameter") << 2 << 0 << 260 << pair("Compression", "Reversible") << true << 1
+                                   << QVector<int>{260};
+        QTest::newRow("issuer") << 1 << 0 << 267 << pair("Issuer", "x") << true << 1 << QVector<int>{267};
+        QTest::newRow("issuer as text") << 2 << 0 << 267 << QVariant("x") << true << 1 << QVector<int>{267};
+        QTest::newRow("same issuer") << 2 << 0 << 267 << QVariant("") << true << -1 << QVector<int>();
+        QTest::newRow("creator") << 0 << 0 << 268 << QVariant("x") << true << 1 << QVector<int>{268};
+        QTest::newRow("creator from column 1") << 0 << 1 << 268 << QVariant("x") << true << 1 << QVector<int>{268};
+        QTest::newRow("mix") << 2 << 0 << 281 << QVariant(mix) << true << -1 << QVector<int>();
+        QTest::newRow("mix of an IMP") << 1 << 0 << 281 << QVariant(mix) << true << -1 << QVector<int>();
+        QTest::newRow("title") << 2 << 0 << 284 << pair("ContentTitle", "x") << true << 1 << retitled;
+        QTest::newRow("title as text") << 2 << 0 << 284 << QVariant("x") << true << 1 << retitled;
+        QTest::newRow("same title") << 2 << 0 << 284 << QVariant("Sequence m1") << true << -1 << QVector<int>();
+        QTest::newRow("title of an IMP") << 1 << 0 << 284 << QVariant("x") << true << -1 << QVector<int>();
+        QTest::newRow("groups") << 2 << 0 << 287 << QVariant(groups) << true << 0 << QVector<int>{287};
+        QTest::newRow("groups of an IMP") << 1 << 0 << 287 << QVariant(groups) << true << 0 << QVector<int>{287};
+        QTest::newRow("other role") << 0 << 0 << 400 << QVariant("x") << true << -1 << QVector<int>();
+    }
+
+    void writingAnnouncesWhatChanged()
+    {
+        QFETCH(int, kind);
+        QFETCH(int, column);
+        QFETCH(int, role);
+        QFETCH(QVariant, value);
+        QFETCH(bool, result);
+        QFETCH(int, lastColumn);
+        QFETCH(QVector<int>, roles);
+        Tree tree;
+        const QModelIndex index = tree.at(kind).siblingAtColumn(column);
+        QSignalSpy changed(tree.f.model.get(), &Model::dataChanged);
+        QCOMPARE(tree.f.model->setData(index, value, role), result);
+        QCOMPARE(changed.size(), lastColumn < 0 ? 0 : 1);
+        if (changed.isEmpty())
+            return;
+        QCOMPARE(changed[0][0].toModelIndex(), index);
+        QCOMPARE(changed[0][1].toModelIndex(), index.siblingAtColumn(lastColumn));
+        QCOMPARE(changed[0][2].value<QVector<int>>(), roles);
+    }
+
+    void whatIsWrittenIsRead()
+    {
+        Tree tree;
+        Model& model = *tree.f.model;
+        model.setData(tree.cpl, pair("Compression", "Reversible"), Model::MetadataRole);
+        model.setData(tree.cpl, mix, Model::MultiMixRole);
+        model.setData(tree.cpl, "A title", Model::ContentTitleRole);
+        model.setData(tree.imp, "An issuer", Model::IssuerRole);
+        model.setData(tree.delivery, "/new", Model::PathRole);
+        QCOMPARE(Model::CommitSettingsJsonFromIndex(tree.cpl)["Compression"].toString(), QString("Reversible"));
+        QCOMPARE(Model::MetadataJsonFromIndex(tree.cpl)["Audio"].toObject()["Multiple Audio Mix"].toObject(), mix);
+        QCOMPARE(tree.cpl.data().toString(), QString("A title"));
+        QCOMPARE(tree.imp.data(Model::IssuerRole).toString(), QString("An issuer"));
+        QCOMPARE(tree.delivery.data(Model::PathRole).toString(), QString("/new/Film"));
+        QCOMPARE(Model::ComponentIDFromIndex(tree.delivery), QByteArray("Film#1"));
+    }
+
+    void aCommittedCplRefusesSilently()
+    {
+        ModelFixture f;
+        const QModelIndex delivery =
+            f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I", {documents::cpl("C")})}));
+        const QModelIndex cpl = f.model->index(0, 0, f.model->index(0, 0, delivery));
+        const QJsonObject before = Model::MetadataJsonFromIndex(cpl);
+        QSignalSpy changed(f.model.get(), &Model::dataChanged);
+        for (const int role : {260, 267, 268, 284})
+            QVERIFY(f.model->setData(cpl, pair("ContentTitle", "x"), role));
+        QVERIFY(f.model->setData(cpl, mix, Model::MultiMixRole));
+        QCOMPARE(Model::MetadataJsonFromIndex(cpl), before);
+        QVERIFY(changed.isEmpty());
+    }
+
+    void aDeliverableIsRenamedByTheHostFirst()
+    {
+        Tree tree;
+        tree.f.bridge.takeCalls();
+        QVERIFY(tree.f.model->setData(tree.delivery, "New"));
+        QCOMPARE(tree.f.bridge.takeCalls(), QStringList{"renameItem(Film#1, New)"});
+        QCOMPARE(Model::ComponentIDFromIndex(tree.delivery), QByteArray("New#2"));
+        QVERIFY(tree.f.model->setData(tree.imp, "Local"));
+        QVERIFY(tree.f.bridge.takeCalls().isEmpty());
+    }
+
+    void aRefusedRenameLeavesNameAndIdentifier()
+    {
+        Tree tree;
+        tree.f.bridge.fail("renameItem", 1, "Not so.");
+        QSignalSpy changed(tree.f.model.get(), &Model::dataChanged);
+        support::ModalAnswer answer(QMessageBox::Ok);
+        QVERIFY(!tree.f.model->setData(tree.delivery, "New"));
+        QCOMPARE(answer.text, QString("Not so."));
+        QCOMPARE(tree.delivery.data().toString(), QString("Film"));
+        QCOMPARE(Model::ComponentIDFromIndex(tree.delivery), QByteArray("Film#1"));
+        QVERIFY(changed.isEmpty());
+    }
+
+    void aRenameTakesTheTrackGroupsOfTheSubtreeAlong_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<int>("role");
+        QTest::addColumn<QVariant>("value");
+        QTest::newRow("deliverable") << 0 << int(Qt::EditRole) << QVariant("New");
+        QTest::newRow("IMP") << 1 << int(Qt::EditRole) << QVariant("New");
+        QTest::newRow("IMP, by its document") << 1 << int(Model::MetadataRole) << pair("Name", "New");
+    }
+
+    void aRenameTakesTheTrackGroupsOfTheSubtreeAlong()
+    {
+        QFETCH(int, kind);
+        QFETCH(int, role);
+        QFETCH(QVariant, value);
+        Tree tree;
+        const QByteArray former = Model::ComponentIDFromIndex(tree.cpl);
+        tree.f.model->setData(tree.cpl, groups, Model::TrackGroupsRole);
+        QVERIFY(tree.f.model->setData(tree.at(kind), value, role));
+        QVERIFY(Model::ComponentIDFromIndex(tree.cpl) != former);
+        QCOMPARE(tree.cpl.data(Model::TrackGroupsRole).toJsonArray(), groups);
+        // Whoever gets the former name finds nothing under it.
+        if (kind == 1) {
+            const QModelIndex imp = tree.f.newImp(tree.delivery);
+            const QModelIndex cpl = tree.f.newCpl(imp, "m1");
+            QCOMPARE(Model::ComponentIDFromIndex(cpl), former);
+            QCOMPARE(cpl.data(Model::TrackGroupsRole).toJsonArray(), QJsonArray());
+        }
+    }
+
+    void namesakesShareTheirTrackGroupsUntilTheLastGoes()
+    {
+        Tree tree;
+        tree.f.model->setData(tree.cpl, groups, Model::TrackGroupsRole);
+        const QModelIndex second = tree.f.newCpl(tree.imp, "m1");
+        QCOMPARE(second.data(Model::TrackGroupsRole).toJsonArray(), groups);
+        tree.f.controller().onRemoveIMFItem(second);
+        QCOMPARE(tree.cpl.data(Model::TrackGroupsRole).toJsonArray(), groups);
+        tree.f.controller().onRemoveIMFItem(tree.cpl);
+        QCOMPARE(tree.f.newCpl(tree.imp, "m1").data(Model::TrackGroupsRole).toJsonArray(), QJsonArray());
+    }
+
+    void newImpsGetNamesOfTheirOwnAndAreToldToTheHost()
+    {
+        ModelFixture f;
+        const QModelIndex delivery = f.newDelivery("Film");
+        QSignalSpy created(f.model.get(), &Model::notifyNewIMPCreated);
+        f.bridge.takeCalls();
+        const QModelIndex first = f.newImp(delivery);
+        const QModelIndex second = f.newImp(delivery);
+        QCOMPARE(first.data().toString(), QString("Untitled IMP"));
+        QVERIFY(second.data().toString() != first.data().toString());
+        QCOMPARE(created[1][0].toByteArray(), Model::ComponentIDFromIndex(second));
+        QCOMPARE(f.bridge.takeCalls()[0], QString("createIMP(Film#1/Untitled IMP)"));
+    }
+
+    void aNewCplCarriesItsSequence()
+    {
+        ModelFixture f;
+        f.engine.addSequence("m1", "Reel");
+        const QModelIndex imp = f.newImp(f.newDelivery("Film"));
+        QSignalSpy created(f.model.get(), &Model::notifyNewCPLCreated);
+        QSignalSpy inserted(f.model.get(), &Model::rowsInserted);
+        f.bridge.takeCalls();
+        f.engine.takeCalls();
+        f.model->createCPLFromMobs({"m1"}, imp);
+        const QJsonObject document = Model::MetadataJsonFromIndex(f.model->index(0, 0, imp));
+        QCOMPARE(document["CPLProjectName"].toString(), QString("Project"));
+        QCOMPARE(document["CPLBin"].toString(), QString("Bin"));
+        QCOMPARE(document["CPLFPSValue"].toString(), QString("25"));
+        QCOMPARE(document["DescriptiveMetadata"].toObject()["Creator"].toString(), QString("Test 1.0"));
+        QCOMPARE(created[0][0].toByteArray(), QByteArray("Film#1/Untitled IMP/Reel"));
+        QCOMPARE(created[0][1].toByteArray(), QByteArray("token:m1"));
+        QCOMPARE(inserted.size(), 1);
+        QCOMPARE(f.bridge.takeCalls(), QStringList{"createCPL(Film#1/Untitled IMP/Reel, token:m1)"});
+    }
+
+    void sequencesOnADeliverableGoIntoANewImp()
+    {
+        ModelFixture f;
+        f.engine.addSequence("m1", "One");
+        f.engine.addSequence("m2", "Two");
+        const QModelIndex delivery = f.newDelivery("Film");
+        f.model->createCPLFromMobs({"m1", "m2"}, delivery);
+        QCOMPARE(f.model->rowCount(delivery), 1);
+        const QModelIndex imp = f.model->index(0, 0, delivery);
+        QCOMPARE(f.model->rowCount(imp), 2);
+        QCOMPARE(f.model->index(1, 0, imp).data().toString(), QString("Two"));
+        f.model->createCPLFromMobs({}, delivery);
+        f.model->createCPLFromMobs({"m1"}, f.model->index(0, 0, imp));
+        QCOMPARE(f.model->rowCount(delivery), 1);
+    }
+
+    void aVanishedSequenceMakesItsCplsInvalid()
+    {
+        Tree tree;
+        const QModelIndex second = tree.f.newCpl(tree.imp, "m1");
+        const QModelIndex other = tree.f.newCpl(tree.imp, "m2");
+        QSignalSpy changed(tree.f.model.get(), &Model::dataChanged);
+        tree.f.engine.sequences.remove("m1");
+        tree.f.model->onMobStatusChanged("m1");
+        QVERIFY(!tree.cpl.data(Model::ValidRole).toBool() && !second.data(Model::ValidRole).toBool());
+        QVERIFY(other.data(Model::ValidRole).toBool());
+        QCOMPARE(changed.size(), 2);
+        QCOMPARE(changed[0][0].toModelIndex(), tree.cpl);
+        QCOMPARE(changed[0][1].toModelIndex(), tree.cpl.siblingAtColumn(1));
+        QVERIFY(changed[0][2].value<QVector<int>>().isEmpty());
+    }
+
+    void anAppendedRowRepaintsTheStatusOfItsParent()
+    {
+        Tree tree;
+        QSignalSpy changed(tree.f.model.get(), &Model::dataChanged);
+        const QModelIndex imp = tree.f.newImp(tree.delivery);
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(changed[0][0].toModelIndex(), tree.delivery.siblingAtColumn(1));
+        QVERIFY(imp.isValid());
+        tree.f.newDelivery("Other");
+        QCOMPARE(changed.size(), 1);
+    }
+
+    void removingNothingIsRefused()
+    {
+        ModelFixture f;
+        QVERIFY(!f.model->removeIndex({}));
+        QVERIFY(!f.model->replace({}, IMF_Node::Create()).isValid());
+        QVERIFY(!f.model->setData({}, "x"));
+    }
+};
+
+STRATACUT_TEST_MAIN(TestModelEditing)
+#include "tst_model_editing.moc"

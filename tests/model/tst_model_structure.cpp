@@ -1,0 +1,326 @@
+#include "ModelFixture.h"
+
+#include "StratacutUI/IMF_Node.h"
+#include "ViewDeckQt/NineSlice.h"
+#include "support/FakeTargetFormatBuilder.h"
+#include "support/TestMain.h"
+
+#include <QEvent>
+#include <QJsonDocument>
+#include <QPalette>
+#include <QPixmap>
+
+using Model = IMF_PackageMgrQtModel;
+
+/// What the item model answers.
+class TestModelStructure : public QObject
+{
+    Q_OBJECT
+
+    static QImage imageOf(const QVariant& decoration) { return decoration.value<QPixmap>().toImage(); }
+
+    static QImage statusImage(int id)
+    {
+        return NineSlice::GetImage("iconsV2", NineSlice::GetResourceIDString(id)).toImage();
+    }
+
+private slots:
+
+    void onlyTheFirstColumnHasRows()
+    {
+        ModelFixture f;
+        const QModelIndex delivery = f.newDelivery("Film");
+        const QModelIndex cpl = f.newCpl(f.newImp(delivery), "m1");
+        QCOMPARE(f.model->rowCount(delivery), 1);
+        QCOMPARE(f.model->rowCount(delivery.siblingAtColumn(1)), 0);
+        QCOMPARE(f.model->columnCount(cpl), 2);
+        QVERIFY(!f.model->index(0, 2, delivery).isValid());
+        QVERIFY(!delivery.parent().isValid());
+        QCOMPARE(cpl.siblingAtColumn(1).parent(), f.model->index(0, 0, delivery));
+    }
+
+    void headersNameTheTwoColumnsInEveryOrientation()
+    {
+        ModelFixture f;
+        for (const Qt::Orientation orientation : {Qt::Horizontal, Qt::Vertical}) {
+            QCOMPARE(f.model->headerData(0, orientation).toString(), QString("Name"));
+            QCOMPARE(f.model->headerData(1, orientation).toString(), QString("Status"));
+            QVERIFY(!f.model->headerData(2, orientation).isValid());
+            QVERIFY(!f.model->headerData(-1, orientation).isValid());
+        }
+    }
+
+    void eachKindAllowsWhatItCan()
+    {
+        ModelFixture f;
+        const Qt::ItemFlags base = Qt::ItemIsSelectable | Qt::ItemIsEnabled;
+        const QModelIndex delivery = f.newDelivery("Film");
+        const QModelIndex imp = f.newImp(delivery);
+        QCOMPARE(f.model->flags({}), Qt::ItemFlags(Qt::ItemIsDropEnabled));
+        QCOMPARE(f.model->flags(delivery), base | Qt::ItemIsEditable | Qt::ItemIsDropEnabled);
+        QCOMPARE(f.model->flags(imp), base | Qt::ItemIsDropEnabled);
+        QCOMPARE(f.model->flags(f.newCpl(imp, "m1")), base | Qt::ItemIsDragEnabled);
+    }
+
+    void theRoleNumbersAreFixed()
+    {
+        const QVector<int> numbers{Model::ComponentIdRole, Model::PathRole,           Model::NameRole,
+                                   Model::MetadataRole,    Model::CommitSettingsRole, Model::StatusRole,
+                                   Model::NodeTypeRole,    Model::VersionRole,        Model::ValidRole,
+                                   Model::BurnableRole,    Model::IssuerRole,         Model::CreatorRole};
+        for (int i = 0; i < numbers.size(); ++i)
+            QCOMPARE(numbers[i], 257 + i);
+        QCOMPARE(QVector<int>(
+                     {Model::MultiMixRole, Model::ContentTitleRole, Model::AudioGroupingRole, Model::TrackGroupsRole}),
+                 QVector<int>({281, 284, 286, 287}));
+    }
+
+    void anItemAnswersEveryRole_data()
+    {
+        QTest::addColumn<int>("depth");
+        QTest::addColumn<QMap<int, QVariant>>("answers");
+        QTest::newRow("deliverable") << 0
+                                     << QMap<int, QVariant>{{Qt::DisplayRole, "Film"},
+                                                            {Qt::EditRole, "Film"},
+                                                            {257, QByteArray("Film#1")},
+                                                            {258, "/out/Film"},
+                                                            {259, "Film"},
+                                                            {261, {}},
+                                                            {262, 1},
+                                                            {263, 0},
+                                                            {264, 2},
+                                                            {265, true},
+                                                            {266, true},
+                                                            {267, ""},
+                                                            {268, "Test 1.0"},
+                                                            {281, {}},
+                                                            {284, {}},
+                                                            {286, {}},
+                                                            {287, {}},
+                                                            {300, {}}};
+        QTest::newRow("IMP") << 1
+                             << QMap<int, QVariant>{{Qt::DisplayRole, "Untitled IMP"},
+                                                    {Qt::EditRole, "Untitled IMP"},
+                                                    {257, QByteArray("Film#1/Untitled IMP")},
+                                                    {258, ""},
+                                                    {259, "Untitled IMP"},
+                                                    {261, {}},
+                                                    {262, 1},
+                                                    {263, 1},
+                                                    {264, 2},
+                                                    {265, true},
+                                                    {266, true},
+                                                    {268, "Test 1.0"},
+                                                    {284, {}},
+                                                    {286, {}}};
+        QTest::newRow("CPL") << 2
+                             << QMap<int, QVariant>{{Qt::DisplayRole, "Reel"},
+                                                    {Qt::EditRole, "Reel"},
+                                                    {257, QByteArray("Film#1/Untitled IMP/Reel")},
+                                                    {258, ""},
+                                                    {259, "Reel"},
+                                                    {262, 1},
+                                                    {263, 2},
+                                                    {264, 2},
+                                                    {265, true},
+                                                    {266, false},
+                                                    {284, "Reel"},
+                                                    {287, QJsonArray()}};
+    }
+
+    void anItemAnswersEveryRole()
+    {
+        QFETCH(int, depth);
+        ModelFixture f;
+        f.engine.addSequence("m1", "Reel");
+        QModelIndex index = f.newDelivery("Film", IMF_PackageMgr::Supplemental);
+        f.newCpl(f.newImp(index), "m1");
+        for (int level = 0; level < depth; ++level)
+            index = f.model->index(0, 0, index);
+        using Answers = QMap<int, QVariant>;
+        QFETCH(Answers, answers);
+        for (auto answer = answers.cbegin(); answer != answers.cend(); ++answer)
+            QVERIFY2(index.data(answer.key()) == answer.value(),
+                     qPrintable(QString("role %1: %2").arg(answer.key()).arg(index.data(answer.key()).toString())));
+    }
+
+    void theMetadataRoleAnswersTheWholeDocument()
+    {
+        ModelFixture f;
+        const QModelIndex cpl = f.newCpl(f.newImp(f.newDelivery("Film")), "m1");
+        const QJsonObject document = Model::MetadataJsonFromIndex(cpl);
+        QCOMPARE(document["CPLMobID"].toString(), QString("m1"));
+        QCOMPARE(document["CPLToken"].toString(), QString("token:m1"));
+        QVERIFY(document.contains("Video") && document.contains("Audio") && document["Mutable"].toBool());
+        QCOMPARE(Model::CommitSettingsJsonFromIndex(cpl)["Compression"].toString(), QString("JPEG 2000"));
+        QCOMPARE(cpl.siblingAtColumn(1).data(Model::NameRole), cpl.data(Model::NameRole));
+    }
+
+    void anInvalidIndexReadsAsNothing()
+    {
+        QCOMPARE(Model::ComponentIDFromIndex({}), QByteArray());
+        QCOMPARE(Model::MetadataJsonFromIndex({}), QJsonObject());
+        QCOMPARE(Model::CommitSettingsJsonFromIndex({}), QJsonObject());
+        QCOMPARE(int(Model::StatusFromIndex({})), 0);
+        QCOMPARE(int(Model::NodeTypeFromIndex({})), 0);
+        QCOMPARE(int(Model::VersionFromIndex({})), 0);
+        const IMFO_ItemInfo info = IMF_Controller::itemInfo({});
+        QVERIFY(info.componentId.isEmpty() && info.metadataJson.isEmpty() && info.commitSettingsJson.isEmpty());
+    }
+
+    void aPathIsTheFolderThatTheCommitCreates_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("uncommitted");
+        QTest::newRow("plain") << "/out"
+                               << "/out/Film";
+        QTest::newRow("with a slash") << "/out/"
+                                      << "/out/Film";
+        QTest::newRow("none") << ""
+                              << "";
+    }
+
+    void aPathIsTheFolderThatTheCommitCreates()
+    {
+        QFETCH(QString, stored);
+        QFETCH(QString, uncommitted);
+        ModelFixture f;
+        f.bridge.chosenFolder = stored;
+        const QModelIndex delivery = f.newDelivery("Film");
+        QCOMPARE(delivery.data(Model::PathRole).toString(), uncommitted);
+        boost::get<IMF_Deliverable>(f.model->FromIndex(delivery)->value()).setStatus(IMF_PackageMgr::Committed);
+        QCOMPARE(delivery.data(Model::PathRole).toString(), stored);
+    }
+
+    void theSecondColumnShowsTheStatusAsAnImage()
+    {
+        ModelFixture f;
+        const QModelIndex fresh = f.newDelivery("Film");
+        const QModelIndex committed = f.load("/d", "d", documents::delivery("D", "/d"));
+        QVERIFY(!fresh.siblingAtColumn(1).data().isValid());
+        QCOMPARE(imageOf(fresh.siblingAtColumn(1).data(Qt::DecorationRole)), statusImage(4));
+        QCOMPARE(imageOf(committed.siblingAtColumn(1).data(Qt::DecorationRole)), statusImage(3));
+        QVERIFY(statusImage(3) != statusImage(4));
+    }
+
+    void iconsFollowKindStateAndPalette()
+    {
+        ModelFixture f;
+        const QModelIndex delivery = f.newDelivery("Film");
+        const QModelIndex imp = f.newImp(delivery);
+        const auto image = [](const QModelIndex& index, QIcon::Mode mode, QIcon::State state) {
+            return index.data(Qt::DecorationRole).value<QIcon>().pixmap(16, mode, state).toImage();
+        };
+        QVERIFY(image(delivery, QIcon::Normal, QIcon::On) != image(delivery, QIcon::Normal, QIcon::Off));
+        QVERIFY(image(delivery, QIcon::Normal, QIcon::On) != image(delivery, QIcon::Selected, QIcon::On));
+        QCOMPARE(image(imp, QIcon::Normal, QIcon::On), image(imp, QIcon::Normal, QIcon::Off));
+        const QImage before = image(imp, QIcon::Selected, QIcon::On);
+        const QPalette former = QGuiApplication::palette();
+        QPalette palette = former;
+        palette.setColor(QPalette::Active, QPalette::HighlightedText, Qt::magenta);
+        QGuiApplication::setPalette(palette);
+        QEvent change(QEvent::PaletteChange);
+        QCoreApplication::sendEvent(f.model.get(), &change);
+        const QImage after = image(imp, QIcon::Selected, QIcon::On);
+        QGuiApplication::setPalette(former);
+        QVERIFY(before != after);
+    }
+
+    void onlyUncommittedDeliverablesAndImpsAreBurnable()
+    {
+        ModelFixture f;
+        const QModelIndex committed =
+            f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I", {documents::cpl("C")})}));
+        const QModelIndex added = f.newImp(committed);
+        const QModelIndex cpl = f.newCpl(added, "m1");
+        QCOMPARE(f.model->IsBurnable(committed), QVariant(false));
+        QCOMPARE(f.model->IsBurnable(f.model->index(0, 0, committed)), QVariant(false));
+        QCOMPARE(f.model->IsBurnable(added), QVariant(true));
+        QCOMPARE(f.model->IsBurnable(cpl), QVariant(false));
+        QCOMPARE(f.model->IsBurnable({}), QVariant(false));
+        QCOMPARE(f.model->getUnBurnedIndexes({}), QModelIndexList{committed});
+        QCOMPARE(f.model->getUnBurnedIndexes(committed), QModelIndexList{added});
+    }
+
+    void dropsAreRefusedOnCommittedImpsAndCplsAlone()
+    {
+        ModelFixture f;
+        const QModelIndex delivery =
+            f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I", {documents::cpl("C")})}));
+        const QModelIndex imp = f.model->index(0, 0, delivery);
+        QVERIFY(!f.model->IsDroppingOnCommitedItem(-1, -1, {}));
+        QVERIFY(!f.model->IsDroppingOnCommitedItem(-1, -1, delivery));
+        QVERIFY(f.model->IsDroppingOnCommitedItem(0, 0, delivery));
+        QVERIFY(f.model->IsDroppingOnCommitedItem(-1, -1, imp));
+        QVERIFY(f.model->IsDroppingOnCommitedItem(0, 0, imp));
+        QVERIFY(!f.model->IsDroppingOnCommitedItem(-1, -1, f.newImp(delivery)));
+    }
+
+    void anAmbiguousFolderMeansTheRowJustAppendedThenTheCommittedOne()
+    {
+        ModelFixture f;
+        const QModelIndex first = f.newDelivery("First");
+        const QModelIndex second = f.newDelivery("Second");
+        QCOMPARE(f.model->getDeliveryModelIndex("/out"), second);
+        QVERIFY(!f.model->getCommittedDeliveryModelIndex("/out").isValid());
+        f.newImp(second);
+        QCOMPARE(f.model->getDeliveryModelIndex("/out"), first);
+        boost::get<IMF_Deliverable>(f.model->FromIndex(second)->value()).setStatus(IMF_PackageMgr::Committed);
+        QCOMPARE(f.model->getDeliveryModelIndex("/out"), second);
+        QVERIFY(!f.model->getDeliveryModelIndex("/elsewhere").isValid());
+    }
+
+    void anAmbiguousNameMeansTheRowJustAppendedThenTheFirst()
+    {
+        ModelFixture f;
+        const QModelIndex imp = f.newImp(f.newDelivery("Film"));
+        f.engine.addSequence("m1", "Same");
+        const QModelIndex first = f.newCpl(imp, "m1");
+        const QModelIndex second = f.newCpl(imp, "m1");
+        QCOMPARE(f.model->getCPLModelIndex(imp, "Same"), second);
+        f.newCpl(imp, "other");
+        QCOMPARE(f.model->getCPLModelIndex(imp, "Same"), first);
+        QCOMPARE(f.model->mobToIndex("m1"), first);
+        QVERIFY(!f.model->getIMPModelIndex(imp, "Same").isValid());
+        QVERIFY(!f.model->mobToIndex("unknown").isValid());
+    }
+
+    void theTrackDataModelIsSharedBySequenceAndFilledOnce()
+    {
+        ModelFixture f;
+        const QModelIndex imp = f.newImp(f.newDelivery("Film"));
+        const QPersistentModelIndex first = f.newCpl(imp, "m1");
+        const QPersistentModelIndex second = f.newCpl(imp, "m1");
+        const QModelIndex other = f.newCpl(imp, "m2");
+        f.engine.takeCalls();
+        const auto tracks = [](const QModelIndex& cpl) {
+            return QPointer<QAbstractItemModel>(cpl.data(Model::AudioGroupingRole).value<QAbstractItemModel*>());
+        };
+        const QPointer<QAbstractItemModel> shared = tracks(first);
+        QVERIFY(shared && tracks(second) == shared && tracks(other) != shared);
+        QCOMPARE(f.engine.takeCalls().filter("fill"),
+                 QStringList({"fillAudioGroupingModel(model, m1)", "fillAudioGroupingModel(model, m2)"}));
+        f.controller().onRemoveIMFItem(first);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(tracks(second), shared);
+        f.controller().onRemoveIMFItem(second);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!shared);
+    }
+
+    void aForgottenTrackDataModelIsGoneFromItsCpls()
+    {
+        ModelFixture f;
+        const QModelIndex cpl = f.newCpl(f.newImp(f.newDelivery("Film")), "m1");
+        f.model->unregisterTrackDataModel("m1");
+        QVERIFY(!cpl.data(Model::AudioGroupingRole).value<QAbstractItemModel*>());
+        f.model->addTrackModel(Model::ComponentIDFromIndex(cpl), "m1");
+        QVERIFY(cpl.data(Model::AudioGroupingRole).value<QAbstractItemModel*>());
+        f.model->addTrackModel(QByteArray("nobody"), "m3");
+        f.model->addTrackModel(cpl.parent(), "m3");
+        QCOMPARE(f.engine.calls.count("createTrackDataModel()"), 2);
+    }
+};
+
+STRATACUT_TEST_MAIN(TestModelStructure)
+#include "tst_model_structure.moc"

@@ -1,0 +1,319 @@
+#include "ModelFixture.h"
+
+#include "StratacutUI/IMF_DataModelSerializer.h"
+#include "support/ModalAnswer.h"
+#include "support/TestMain.h"
+
+#include <QJsonDocument>
+
+using Model = IMF_PackageMgrQtModel;
+using support::ModalAnswer;
+
+namespace
+{
+const QJsonArray groups{QJsonObject{{"Name", "G"}, {"Include Master Fader", true}, {"Tracks", QJsonArray{"A1"}}}};
+
+QJsonArray saved(ModelFixture& f)
+{
+    return IMF_DataModelSerializer(f.model.get(), &f.bridge).saveUnCommitedState();
+}
+
+void restore(ModelFixture& f, const QJsonArray& state)
+{
+    IMF_DataModelSerializer(f.model.get(), &f.bridge).loadUnCommitedState(state);
+}
+
+/// A deliverable with two IMPs, the first with two CPLs; values of every sort changed.
+void buildFilm(ModelFixture& f)
+{
+    Model& model = *f.model;
+    const QModelIndex delivery = f.newDelivery("Film", IMF_PackageMgr::Supplemental);
+    const QModelIndex imp = f.newImp(delivery);
+    f.newImp(delivery);
+    const QModelIndex cpl = f.newCpl(imp, "m1");
+    f.newCpl(imp, "m2");
+    const auto set = [&model](const QModelIndex& index, const QString& key, const QString& text) {
+        model.setData(index, QVariant::fromValue(qMakePair(key, text)), Model::MetadataRole);
+    };
+    set(cpl, "Resolution", "3840x2160");
+    set(cpl, "Colorimetry", "BT.2020");
+    set(cpl, "ContentKind", "Trailer - TLR");
+    set(cpl, "Annotation", "A note");
+    model.setData(cpl, "A title", Model::ContentTitleRole);
+    model.setData(cpl, groups, Model::TrackGroupsRole);
+    model.setData(imp, "An issuer", Model::IssuerRole);
+    model.setData(imp, "Feature");
+}
+
+/// Everything that saved state is to bring back.
+QStringList described(const Model& model, const QModelIndex& parent = {})
+{
+    QStringList lines;
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        const QModelIndex index = model.index(row, 0, parent);
+        QStringList line;
+        for (const int role : {0, 258, 259, 262, 263, 264, 265, 266, 267, 268, 284})
+            line += index.data(role).toString();
+        line += QString::fromUtf8(QJsonDocument(Model::MetadataJsonFromIndex(index)).toJson(QJsonDocument::Compact));
+        line +=
+            QString::fromUtf8(QJsonDocument(Model::CommitSettingsJsonFromIndex(index)).toJson(QJsonDocument::Compact));
+        line += QString::fromUtf8(QJsonDocument(index.data(287).toJsonArray()).toJson(QJsonDocument::Compact));
+        lines += line.join(" | ");
+        lines += described(model, index);
+    }
+    return lines;
+}
+} // namespace
+
+/// Saving and restoring uncommitted items.
+class TestSavedState : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    void everythingUncommittedComesBack()
+    {
+        ModelFixture f;
+        buildFilm(f);
+        const QStringList before = described(*f.model);
+        f.controller().onSaveSettings();
+        f.bridge.takeCalls();
+        f.restart();
+        QStringList after = described(*f.model);
+        // The document of a restored CPL also carries what only saved state holds.
+        QCOMPARE(after.size(), before.size());
+        const QModelIndex imp = f.model->index(0, 0, f.model->index(0, 0));
+        const QModelIndex cpl = f.model->index(0, 0, imp);
+        QCOMPARE(imp.data().toString(), QString("Feature"));
+        QCOMPARE(imp.data(Model::IssuerRole).toString(), QString("An issuer"));
+        QCOMPARE(cpl.data().toString(), QString("A title"));
+        QCOMPARE(cpl.data(Model::TrackGroupsRole).toJsonArray(), groups);
+        QCOMPARE(Model::CommitSettingsJsonFromIndex(cpl)["Colorimetry"].toString(), QString("BT.2020"));
+        const QJsonObject kind =
+            Model::MetadataJsonFromIndex(cpl)["DescriptiveMetadata"].toObject()["ContentKind"].toObject();
+        QCOMPARE(kind["Value"].toString(), QString("trailer"));
+        QCOMPARE(int(Model::VersionFromIndex(cpl)), int(IMF_PackageMgr::Supplemental));
+        QVERIFY(cpl.data(Model::AudioGroupingRole).value<QAbstractItemModel*>());
+        QCOMPARE(f.bridge.takeCalls(),
+                 QStringList({"createDelivery(Film, /out, supplemental)", "createIMP(Film#2/Feature)",
+                              "createCPL(Film#2/Feature/Sequence m1, token:m1)",
+                              "createCPL(Film#2/Feature/Sequence m2, token:m2)", "createIMP(Film#2/Untitled IMP.1)"}));
+        // What is saved again is what was saved.
+        QCOMPARE(saved(f), f.settings->value("UNBURNED_ITEMS_KEY"));
+    }
+
+    void anEmptyTreeSavesAndRestoresNothing()
+    {
+        ModelFixture f;
+        f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I")}));
+        f.newDelivery("Without IMPs");
+        QCOMPARE(saved(f), QJsonArray());
+        f.bridge.takeCalls();
+        restore(f, {});
+        QVERIFY(f.bridge.takeCalls().isEmpty());
+        QCOMPARE(f.model->rowCount(), 2);
+    }
+
+    void newImpsOfACommittedDeliverableReturnToIt_data()
+    {
+        QTest::addColumn<QJsonArray>("committed");
+        QTest::newRow("beside a committed IMP") << QJsonArray{documents::imp("I")};
+        QTest::newRow("alone") << QJsonArray();
+    }
+
+    void newImpsOfACommittedDeliverableReturnToIt()
+    {
+        QFETCH(QJsonArray, committed);
+        ModelFixture f;
+        const QModelIndex delivery = f.load("/d", "d", documents::delivery("D", "/d", committed));
+        f.newCpl(f.newImp(delivery), "m1");
+        const QJsonArray state = saved(f);
+        QCOMPARE(state[0].toObject()["NewDelivery"], QJsonValue(false));
+        QCOMPARE(state[0].toObject()["Children"].toArray().size(), 1);
+        f.controller().onSaveSettings();
+        f.bridge.takeCalls();
+        f.restart();
+        QCOMPARE(f.model->rowCount(), 1);
+        QCOMPARE(f.model->rowCount(f.model->index(0, 0)), committed.size() + 1);
+        QCOMPARE(f.bridge.takeCalls(), QStringList({"readDelivery(/d)", "createIMP(d/Untitled IMP)",
+                                                    "createCPL(d/Untitled IMP/Sequence m1, token:m1)"}));
+    }
+
+    void itemsReturnToTheirOwnAmongDeliverablesOfOneFolder()
+    {
+        ModelFixture f;
+        f.load("/out", "d", documents::delivery("D", "/out", {documents::imp("I")}));
+        f.newImp(f.newDelivery("First"));
+        f.newImp(f.model->index(0, 0));
+        f.newImp(f.newDelivery("Second"));
+        f.controller().onSaveSettings();
+        f.restart();
+        QStringList tree;
+        for (int row = 0; row < f.model->rowCount(); ++row)
+            tree += QString("%1 %2")
+                        .arg(f.model->index(row, 0).data().toString())
+                        .arg(f.model->rowCount(f.model->index(row, 0)));
+        QCOMPARE(tree, QStringList({"D 2", "First 1", "Second 1"}));
+    }
+
+    void aCommittedImpOfANewDeliverableIsFoundAgain()
+    {
+        ModelFixture f;
+        const QModelIndex delivery = f.newDelivery("Film");
+        const QModelIndex imp = f.newImp(delivery);
+        f.newImp(delivery);
+        f.putOnDisk("/out/Film", "Film#1", documents::delivery("Film", "/out/Film", {documents::imp("Untitled IMP")}));
+        f.controller().onCommitComplete(imp, {});
+        f.controller().onSaveSettings();
+        f.restart();
+        QCOMPARE(f.model->rowCount(), 1);
+        const QModelIndex restored = f.model->index(0, 0);
+        QCOMPARE(f.model->rowCount(restored), 2);
+        QCOMPARE(int(Model::StatusFromIndex(f.model->index(1, 0, restored))), int(IMF_PackageMgr::Uncommitted));
+    }
+
+    void namesakesComeBackApart()
+    {
+        ModelFixture f;
+        const QModelIndex delivery = f.newDelivery("Film");
+        const QModelIndex first = f.newImp(delivery);
+        const QModelIndex second = f.newImp(delivery);
+        f.model->setData(second, first.data().toString());
+        f.newCpl(first, "m1");
+        f.newCpl(second, "m2");
+        f.newCpl(second, "m2");
+        const QJsonArray state = saved(f);
+        f.controller().onSaveSettings();
+        f.restart();
+        QCOMPARE(saved(f), state);
+    }
+
+    void aRefusedDeliverableEndsTheRestore()
+    {
+        ModelFixture f;
+        for (const char* name : {"One", "Two", "Three"})
+            f.newImp(f.newDelivery(name));
+        f.controller().onSaveSettings();
+        f.bridge.failCall("createDelivery(Two, /out, original)", 1, "No room.");
+        ModalAnswer answer(QMessageBox::Ok);
+        f.restart();
+        QCOMPARE(answer.title, QString("Failed to restore state"));
+        QCOMPARE(answer.text, QString("No room."));
+        QCOMPARE(answer.icon, QMessageBox::Warning);
+        QCOMPARE(answer.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+        QVERIFY(!answer.parentWidget);
+        QCOMPARE(f.model->rowCount(), 1);
+        QCOMPARE(f.model->rowCount(f.model->index(0, 0)), 1);
+    }
+
+    void refusedImpsAndCplsAreLeftOutSilently()
+    {
+        ModelFixture f;
+        buildFilm(f);
+        f.controller().onSaveSettings();
+        f.bridge.failCall("createIMP(Film#2/Untitled IMP.1)", 1, "No.");
+        f.bridge.failCall("createCPL(Film#2/Feature/Sequence m1, token:m1)", 1, "No.");
+        f.restart();
+        const QModelIndex delivery = f.model->index(0, 0);
+        QCOMPARE(f.model->rowCount(delivery), 1);
+        const QModelIndex imp = f.model->index(0, 0, delivery);
+        QCOMPARE(f.model->rowCount(imp), 1);
+        QCOMPARE(f.model->index(0, 0, imp).data(Model::NameRole).toString(), QString("Sequence m2"));
+    }
+
+    void damageCostsNoMoreThanTheDamagedItem_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QJsonValue>("damage");
+        QTest::addColumn<QString>("tree");
+        const QJsonValue absent(QJsonValue::Undefined);
+        const QString whole = "Film(Feature(Sequence m1,Sequence m2),Untitled IMP.1()),";
+        const QString other = "Other(Untitled IMP())";
+        QTest::newRow("element a number") << "0" << QJsonValue(7) << other;
+        QTest::newRow("element null") << "0" << QJsonValue() << other;
+        QTest::newRow("element an array") << "0" << QJsonValue(QJsonArray{1, QJsonObject()}) << other;
+        QTest::newRow("no children") << "0/Children" << absent << "Film()," + other;
+        QTest::newRow("children a text") << "0/Children" << QJsonValue("x") << "Film()," + other;
+        QTest::newRow("newness a text") << "0/NewDelivery" << QJsonValue("true") << other;
+        QTest::newRow("no name") << "0/Name" << absent
+                                 << "(Feature(Sequence m1,Sequence m2),Untitled IMP.1())," + other;
+        QTest::newRow("IMP a number") << "0/Children/0" << QJsonValue(3) << "Film((),Untitled IMP.1())," + other;
+        QTest::newRow("IMP's children an object") << "0/Children/0/Children" << QJsonValue(QJsonObject{{"a", 1}})
+                                                  << "Film(Feature(),Untitled IMP.1())," + other;
+        QTest::newRow("CPL null") << "0/Children/0/Children/0" << QJsonValue()
+                                  << "Film(Feature(,Sequence m2),Untitled IMP.1())," + other;
+        for (const QString& key : QStringList{"Video", "Audio", "DescriptiveMetadata", "CPLGroups", "CPLToken",
+                                              "CPLMobID", "CPLFPSValue", "Mutable", "Type"}) {
+            const QString path = "0/Children/0/Children/0/" + key;
+            QTest::newRow(qPrintable(key + " absent")) << path << absent << whole + other;
+            QTest::newRow(qPrintable(key + " a number")) << path << QJsonValue(1.5) << whole + other;
+            QTest::newRow(qPrintable(key + " an array")) << path << QJsonValue(QJsonArray{1, "x"}) << whole + other;
+            QTest::newRow(qPrintable(key + " an object"))
+                << path << QJsonValue(QJsonObject{{"Multiple Audio Mix", 3}}) << whole + other;
+        }
+    }
+
+    void damageCostsNoMoreThanTheDamagedItem()
+    {
+        QFETCH(QString, path);
+        QFETCH(QJsonValue, damage);
+        QFETCH(QString, tree);
+        ModelFixture f;
+        buildFilm(f);
+        f.newImp(f.newDelivery("Other"));
+        const QJsonArray good = saved(f);
+        const QJsonArray damaged = damagedAt(good, path.split('/'), damage).toArray();
+        QVERIFY(damaged != good);
+        f.restart();
+        restore(f, damaged);
+        QCOMPARE(outline(*f.model), tree);
+        for (const int role : {0, 1, 2, 257, 258, 259, 260, 261, 262, 263, 264, 265, 266, 267, 268, 284, 286, 287})
+            visitAll(*f.model, {}, role);
+        saved(f);
+    }
+
+private:
+    static QJsonValue damagedAt(const QJsonValue& value, QStringList path, const QJsonValue& damage)
+    {
+        if (path.isEmpty())
+            return damage;
+        const QString step = path.takeFirst();
+        if (value.isArray()) {
+            QJsonArray array = value.toArray();
+            array[step.toInt()] = damagedAt(array[step.toInt()], path, damage);
+            return array;
+        }
+        QJsonObject object = value.toObject();
+        const QJsonValue inner = damagedAt(object[step], path, damage);
+        if (inner.isUndefined())
+            object.remove(step);
+        else
+            object[step] = inner;
+        return object;
+    }
+
+    static QString outline(const Model& model, const QModelIndex& parent = {})
+    {
+        QStringList parts;
+        for (int row = 0; row < model.rowCount(parent); ++row) {
+            const QModelIndex index = model.index(row, 0, parent);
+            const QString name = index.data(Model::NameRole).toString();
+            const bool isCpl = Model::NodeTypeFromIndex(index) == IMF_PackageMgr::CPL;
+            parts += isCpl ? name : name + '(' + outline(model, index) + ')';
+        }
+        return parts.join(',');
+    }
+
+    static void visitAll(const Model& model, const QModelIndex& parent, int role)
+    {
+        for (int row = 0; row < model.rowCount(parent); ++row) {
+            const QModelIndex index = model.index(row, 0, parent);
+            index.data(role);
+            visitAll(model, index, role);
+        }
+    }
+};
+
+STRATACUT_TEST_MAIN(TestSavedState)
+#include "tst_saved_state.moc"
