@@ -3,6 +3,8 @@
 #include "desk/imf/xml/PackingList.h"
 #include "desk/imf/xml/XmlElement.h"
 
+#include "support/TestMain.h"
+
 #include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -352,6 +354,6 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestDocuments)
+STRATACUT_TEST_MAIN(TestDocuments)
 
 #include "tst_imf_documents.moc"

@@ -1,0 +1,189 @@
+#include "imf/package/Deliveries.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <ctime>
+#include <sys/types.h>
+
+using namespace desk;
+using namespace desk::imf;
+
+namespace
+{
+
+struct Outcome {
+    bool isComplete = false;
+    /// Nanoseconds from "ready" to the end.
+    qint64 duration = 0;
+};
+
+} // namespace
+
+/// Processes that end at any instant of a commit.
+class TestCrash : public QObject
+{
+    Q_OBJECT
+
+private:
+    /// In memory where that is possible: hundreds of commits wait for a disk otherwise.
+    QTemporaryDir m_dir{QFileInfo(QStringLiteral("/dev/shm")).isWritable() ? QStringLiteral("/dev/shm/stratacut-XXXXXX")
+                                                                           : QDir::tempPath() + "/stratacut-XXXXXX"};
+    deliveries::Tracks m_tracks;
+    QMap<QString, QByteArray> m_first;
+
+    QString path(const char* name) const { return m_dir.filePath(QLatin1String(name)); }
+
+    QString prepare(const QString& kind)
+    {
+        const QString folder = path("target");
+        QDir(folder).removeRecursively();
+        if (kind == QLatin1String("second"))
+            deliveries::copyFolder(path("first"), folder);
+        return folder;
+    }
+
+    /// Runs the committer, killed before its n-th change of the disk, or after some nanoseconds, or not.
+    Outcome run(const QString& kind, int call, qint64 killAfter = -1)
+    {
+        QProcess process;
+        QStringList arguments{kind, path("target"), path("tracks")};
+        if (call > 0)
+            arguments.append(QString::number(call));
+        process.start(QStringLiteral(COMMITTER), arguments);
+        if (!process.waitForReadyRead(30000))
+            qFatal("the committer does not start");
+        QElapsedTimer timer;
+        timer.start();
+        if (killAfter >= 0) {
+            const timespec pause{time_t(killAfter / 1000000000), long(killAfter % 1000000000)};
+            ::nanosleep(&pause, nullptr);
+            ::kill(pid_t(process.processId()), SIGKILL);
+        }
+        process.waitForFinished(30000);
+        const bool isComplete = process.exitStatus() == QProcess::NormalExit;
+        if (isComplete && process.exitCode() != 0)
+            qFatal("%s", process.readAllStandardError().constData());
+        return {isComplete, timer.nsecsElapsed()};
+    }
+
+    /// Before anything is mended: the former delivery or the complete new one, and nothing broken.
+    void checkRaw(const QString& kind)
+    {
+        const QString folder = path("target");
+        const bool hadFormer = kind == QLatin1String("second");
+        if (!isDelivery(folder)) {
+            QVERIFY2(!hadFormer, "the former delivery is gone");
+            return;
+        }
+        const Result<Delivery> delivery = openDelivery(folder);
+        QVERIFY2(delivery, delivery ? "" : qPrintable(delivery.error().sentence()));
+        QVERIFY(!delivery->hasMissingAssets());
+        const QStringList findings = deliveries::brief(verifyDelivery(folder));
+        for (const QString& one : findings)
+            QVERIFY2(one.startsWith("leftover ") || one.startsWith("file-unlisted "), qPrintable(one));
+    }
+
+    /// After mending: exactly the former files, or exactly the new ones.
+    void checkMended(const QString& kind)
+    {
+        const QString folder = path("target");
+        QVERIFY(recoverFolder(folder));
+        if (!isDelivery(folder)) {
+            QVERIFY(deliveries::contents(folder).isEmpty());
+            return;
+        }
+        QCOMPARE(deliveries::brief(verifyDelivery(folder)), QStringList());
+        const bool isNew = openDelivery(folder)->packages.size() == (kind == QLatin1String("second") ? 2 : 1);
+        if (!isNew)
+            QCOMPARE(deliveries::contents(folder), m_first);
+    }
+
+    bool checkAll(const QString& kind)
+    {
+        checkRaw(kind);
+        if (!QTest::currentTestFailed())
+            checkMended(kind);
+        return !QTest::currentTestFailed();
+    }
+
+private slots:
+
+    void initTestCase()
+    {
+        m_tracks = deliveries::make(path("tracks"));
+        const Status done = deliveries::commitFirst(path("first"), m_tracks);
+        QVERIFY2(done, qPrintable(done.error().sentence()));
+        m_first = deliveries::contents(path("first"));
+    }
+
+    void aCrashBeforeAnyChangeOfTheDiskLeavesAWholeDelivery_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::newRow("into a new folder") << "first";
+        QTest::newRow("into a delivery") << "second";
+    }
+
+    void aCrashBeforeAnyChangeOfTheDiskLeavesAWholeDelivery()
+    {
+        QFETCH(QString, kind);
+        int call = 0;
+        bool isComplete = false;
+        while (!isComplete) {
+            prepare(kind);
+            isComplete = run(kind, ++call).isComplete;
+            QVERIFY2(checkAll(kind), qPrintable(QStringLiteral("killed before change %1").arg(call)));
+        }
+        QVERIFY2(call > 20, "the stand-ins were not called");
+    }
+
+    void aCrashWhileMendingCanBeMended()
+    {
+        // Dies late in the commit, when track files have their names already, and then in every step of mending.
+        int call = 0;
+        bool isComplete = false;
+        while (!isComplete) {
+            prepare(QStringLiteral("second"));
+            int late = 30;
+            while (run(QStringLiteral("second"), late).isComplete || !isHalfWay())
+                prepare(QStringLiteral("second")), --late;
+            isComplete = run(QStringLiteral("recover"), ++call).isComplete;
+            QVERIFY2(checkAll(QStringLiteral("second")),
+                     qPrintable(QStringLiteral("killed before change %1").arg(call)));
+        }
+        QVERIFY(call > 3);
+    }
+
+    void aKilledCommitLeavesAWholeDelivery()
+    {
+        const bool isSoak = qEnvironmentVariableIsSet("STRATACUT_SOAK");
+        const quint32 seed = QRandomGenerator::global()->generate();
+        qInfo("seed %u", seed);
+        QRandomGenerator random(seed);
+        const QString kind = QStringLiteral("second");
+        prepare(kind);
+        const qint64 whole = run(kind, 0).duration;
+        for (int i = 0; i < (isSoak ? 1000 : 40); ++i) {
+            prepare(kind);
+            const qint64 instant = qint64(random.generateDouble() * double(whole));
+            run(kind, 0, instant);
+            QVERIFY2(checkAll(kind), qPrintable(QStringLiteral("killed after %1 ns").arg(instant)));
+        }
+    }
+
+private:
+    bool isHalfWay() const
+    {
+        return QFile::exists(path("target") + "/other.mxf") && openDelivery(path("target"))->packages.size() == 1;
+    }
+};
+
+STRATACUT_TEST_MAIN(TestCrash)
+
+#include "tst_imf_crash.moc"
