@@ -66,6 +66,12 @@ DeliveryDescription description()
 
 } // namespace
 
+QString scratch()
+{
+    const QString memory = QStringLiteral("/dev/shm");
+    return (QFileInfo(memory).isWritable() ? memory : QDir::tempPath()) + QStringLiteral("/stratacut-XXXXXX");
+}
+
 Tracks make(const QString& folder)
 {
     QDir().mkpath(folder);

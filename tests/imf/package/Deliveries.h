@@ -13,6 +13,9 @@
 namespace deliveries
 {
 
+/// Template of a temporary folder, in memory where that is possible: hundreds of commits wait for a disk otherwise.
+QString scratch();
+
 /// Five frames of picture at 24 a second, and two sound tracks of as many samples.
 struct Tracks {
     desk::imf::TrackFileInfo picture;

@@ -32,9 +32,7 @@ class TestCrash : public QObject
     Q_OBJECT
 
 private:
-    /// In memory where that is possible: hundreds of commits wait for a disk otherwise.
-    QTemporaryDir m_dir{QFileInfo(QStringLiteral("/dev/shm")).isWritable() ? QStringLiteral("/dev/shm/stratacut-XXXXXX")
-                                                                           : QDir::tempPath() + "/stratacut-XXXXXX"};
+    QTemporaryDir m_dir{deliveries::scratch()};
     deliveries::Tracks m_tracks;
     QMap<QString, QByteArray> m_first;
 

@@ -1,4 +1,358 @@
-int main()
+#include "desk/imf/package/Digest.h"
+#include "imf/package/Deliveries.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+using namespace desk;
+using namespace desk::imf;
+
+namespace
 {
-    return 0;
+
+DeliveryDescription described(DeliveryVersion version = DeliveryVersion::Original)
+{
+    return {QStringLiteral("Other"), version, {}, {}, {}};
 }
+
+/// Runs a check as an ordinary user, whom permissions hold back.
+class AsNobody
+{
+public:
+    AsNobody() : m_isRoot(::geteuid() == 0)
+    {
+        if (m_isRoot && ::seteuid(65534) != 0)
+            qFatal("the user cannot be changed");
+    }
+
+    ~AsNobody()
+    {
+        if (m_isRoot && ::seteuid(0) != 0)
+            qFatal("the user cannot be changed back");
+    }
+
+private:
+    bool m_isRoot;
+};
+
+QString failureOf(const Status& status)
+{
+    return status ? QStringLiteral("no failure") : status.error().sentence();
+}
+
+} // namespace
+
+class TestPackage : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir{deliveries::scratch()};
+    deliveries::Tracks m_tracks;
+
+    QString path(const QString& name) const { return m_dir.filePath(name); }
+
+    QString committed(const QString& name)
+    {
+        const QString folder = path(name);
+        deliveries::copyFolder(path(QStringLiteral("good")), folder);
+        return folder;
+    }
+
+    /// A composition over the tracks of the good delivery, alone in a delivery of its own.
+    Status commitSupplement(const QString& folder, DeliveryVersion version)
+    {
+        Result<PackageTransaction> transaction = PackageTransaction::begin(folder, described(version));
+        if (!transaction)
+            return transaction.error();
+        transaction->setPackage({deliveries::packageId(3), {}, QStringLiteral("Trim"), {}, {}, {}});
+        const Status added = transaction->addComposition(deliveries::composition(3, m_tracks, m_tracks.sound));
+        return added ? transaction->commit() : added;
+    }
+
+private slots:
+
+    void initTestCase()
+    {
+        m_tracks = deliveries::make(path("tracks"));
+        QCOMPARE(failureOf(deliveries::commitFirst(path("good"), m_tracks)), QStringLiteral("no failure"));
+    }
+
+    void aDeliveryReadsAsItWasCommitted()
+    {
+        const Result<Delivery> read = openDelivery(path("good") + "/");
+        QVERIFY(read);
+        QCOMPARE(read->name, QStringLiteral("Feature film"));
+        QCOMPARE(read->annotation.text, QStringLiteral("For the [archive] \"only\""));
+        QCOMPARE(read->issuer.text, QStringLiteral("The issuer"));
+        QCOMPARE(read->creator.text, QStringLiteral("The creator"));
+        QCOMPARE(int(read->version), int(DeliveryVersion::Original));
+        QCOMPARE(read->componentId, deliveryComponentId(path("good")));
+        const DeliveredPackage& package = read->packages[0];
+        QCOMPARE(package.name, QStringLiteral("First"));
+        QCOMPARE(package.packingList.annotation.text, QStringLiteral("One package"));
+        QCOMPARE(package.compositions[0].name, QStringLiteral("Main version"));
+        QCOMPARE(package.compositions[0].composition.duration().value_or(0), 5);
+        QVERIFY(!read->hasMissingAssets());
+    }
+
+    void componentIdentifiersAreUniquePerFolderAndLast()
+    {
+        const Result<Delivery> one = openDelivery(path("good"));
+        const Result<Delivery> again = openDelivery(path("tracks/../good"));
+        const Result<Delivery> other = openDelivery(committed("twin"));
+        QCOMPARE(again->componentId, one->componentId);
+        QCOMPARE(again->packages[0].compositions[0].componentId, one->packages[0].compositions[0].componentId);
+        QVERIFY(other->componentId != one->componentId);
+        QVERIFY(other->packages[0].componentId != one->packages[0].componentId);
+        QVERIFY(other->packages[0].compositions[0].componentId != one->packages[0].compositions[0].componentId);
+        // Known before there is such a folder, and the same afterwards.
+        const QByteArray early = deliveryComponentId(path("later/on"));
+        QDir().mkpath(path("later/on"));
+        QCOMPARE(deliveryComponentId(path("later/on")), early);
+    }
+
+    void aDeliveryTakesFurtherPackages()
+    {
+        const QString folder = committed("several");
+        QCOMPARE(failureOf(deliveries::commitSecond(folder, m_tracks)), QStringLiteral("no failure"));
+        QCOMPARE(deliveries::brief(verifyDelivery(folder)), QStringList());
+        const Result<Delivery> read = openDelivery(folder);
+        QCOMPARE(read->packages.size(), 2);
+        QCOMPARE(read->packages[1].name, QStringLiteral("Second"));
+        QCOMPARE(read->packages[1].packingList.assets.size(), 3);
+        QCOMPARE(read->packages[1].packingList.find(m_tracks.picture.id)->hash, m_tracks.picture.sha1);
+    }
+
+    void aPackageTakesFurtherCompositions()
+    {
+        const QString folder = committed("grown");
+        Result<PackageTransaction> transaction = PackageTransaction::begin(folder, described());
+        QVERIFY(transaction);
+        transaction->setPackage(
+            {deliveries::packageId(9), deliveries::packageId(1), QStringLiteral("First"), {}, {}, {}});
+        QVERIFY(transaction->addComposition(deliveries::composition(2, m_tracks, m_tracks.sound)));
+        QCOMPARE(failureOf(transaction->commit()), QStringLiteral("no failure"));
+        QCOMPARE(deliveries::brief(verifyDelivery(folder)), QStringList());
+        const Result<Delivery> read = openDelivery(folder);
+        QCOMPARE(read->packages.size(), 1);
+        QCOMPARE(read->packages[0].compositions.size(), 2);
+    }
+
+    void aSupplementFindsItsAssetsInLoadedDeliveries()
+    {
+        const QString folder = path("supplement");
+        QCOMPARE(failureOf(commitSupplement(folder, DeliveryVersion::Supplemental)), QStringLiteral("no failure"));
+        const Result<Delivery> alone = openDelivery(folder);
+        QCOMPARE(int(alone->version), int(DeliveryVersion::Supplemental));
+        QCOMPARE(alone->packages[0].compositions[0].missingAssets,
+                 (QVector<QUuid>{m_tracks.picture.id, m_tracks.sound.id}));
+        QCOMPARE(deliveries::brief(verifyDelivery(folder)),
+                 QStringList({"asset-missing CPL.xml", "asset-missing CPL.xml"}));
+        QVERIFY(!hasErrors(verifyDelivery(folder)));
+        const Result<Delivery> original = openDelivery(path("good"));
+        VerifyOptions options;
+        options.resolver = [&](const QUuid& asset) { return original->existingFile(asset); };
+        QVERIFY(!openDelivery(folder, options.resolver)->hasMissingAssets());
+        QCOMPARE(deliveries::brief(verifyDelivery(folder, options)), QStringList());
+    }
+
+    void aStrangersDeliveryIsSupplementalWhenItRefersElsewhere()
+    {
+        const QString folder = path("strange");
+        QCOMPARE(failureOf(commitSupplement(folder, DeliveryVersion::Original)), QStringLiteral("no failure"));
+        const QString map = folder + "/ASSETMAP.xml";
+        QByteArray bytes = deliveries::readFile(map);
+        bytes.replace("[IMF", "[XYZ").replace("[sha1", "[md5");
+        deliveries::writeFile(map, bytes);
+        QCOMPARE(int(openDelivery(folder)->version), int(DeliveryVersion::Supplemental));
+        QCOMPARE(openDelivery(folder)->name, QStringLiteral("strange"));
+    }
+
+    void samplesOfOtherProgramsOpen_data()
+    {
+        QTest::addColumn<QString>("sample");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<int>("frames");
+        QTest::addColumn<int>("sequences");
+        QTest::newRow("countdown") << "countdown"
+                                   << "countdown-small" << 41 << 1;
+        QTest::newRow("countdown-audio") << "countdown-audio"
+                                         << "Image and audio test clip" << 96 << 2;
+        QTest::newRow("uhd-reversible") << "uhd-reversible"
+                                        << "imf-mm-api-test00 - 1 HD frame with 500Hz Tone" << 2 << 2;
+    }
+
+    void samplesOfOtherProgramsOpen()
+    {
+        QFETCH(QString, sample);
+        QFETCH(QString, title);
+        QFETCH(int, frames);
+        QFETCH(int, sequences);
+        const QString samples = qEnvironmentVariable("STRATACUT_IMF_SAMPLES");
+        if (samples.isEmpty())
+            QSKIP("STRATACUT_IMF_SAMPLES is not set: other programs' deliveries are not opened");
+        const Result<Delivery> read = openDelivery(samples + QLatin1Char('/') + sample);
+        QVERIFY2(read, read ? "" : qPrintable(read.error().sentence()));
+        QCOMPARE(int(read->version), int(DeliveryVersion::Original));
+        const DeliveredComposition& one = read->packages[0].compositions[0];
+        QCOMPARE(one.name, title);
+        QCOMPARE(one.composition.duration().value_or(0), frames);
+        QCOMPARE(one.composition.segments[0].sequences.size(), sequences);
+        QVERIFY(one.missingAssets.isEmpty());
+    }
+
+    void foldersThatAreNoDeliveryAreRefused()
+    {
+        const QString folder = path("nothing");
+        QVERIFY(openDelivery(folder).error().sentence().contains("the folder is not there"));
+        QDir().mkpath(folder);
+        QVERIFY(openDelivery(folder).error().sentence().contains("the folder holds no ASSETMAP.xml"));
+        deliveries::writeFile(folder + "/ASSETMAP.xml", "<!DOCTYPE a><a/>");
+        QVERIFY(openDelivery(folder).error().sentence().contains("document type declaration"));
+        QVERIFY(PackageTransaction::begin(folder, described()).error().sentence().contains("ASSETMAP.xml"));
+        QCOMPARE(deliveries::contents(folder).size(), 1);
+    }
+
+    void aRolledBackCommitLeavesNothing()
+    {
+        const QString folder = path("undone");
+        {
+            Result<PackageTransaction> transaction = PackageTransaction::begin(folder, described());
+            QVERIFY(deliveries::addTrack(*transaction, m_tracks, m_tracks.picture, "picture.mxf"));
+            QVERIFY(transaction->addComposition(deliveries::composition(1, m_tracks, m_tracks.sound)));
+        }
+        QVERIFY(!QFileInfo::exists(folder));
+        const QString kept = path("kept");
+        QDir().mkpath(kept);
+        PackageTransaction::begin(kept, described())->rollback();
+        QVERIFY(QFileInfo(kept).isDir());
+    }
+
+    void aSecondCommitIntoTheFolderWaits()
+    {
+        const QString folder = path("busy");
+        const Result<PackageTransaction> first = PackageTransaction::begin(folder, described());
+        QVERIFY(first);
+        QVERIFY(PackageTransaction::begin(folder, described()).error().what.contains("another commit"));
+        QCOMPARE(*recoverFolder(folder), QStringList());
+        QCOMPARE(QDir(folder).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
+    }
+
+    void filesThatAreThereAreNeverOverwritten()
+    {
+        const QString folder = path("occupied");
+        QDir().mkpath(folder);
+        deliveries::writeFile(folder + "/picture.mxf", "mine");
+        const QString failure = failureOf(deliveries::commitFirst(folder, m_tracks));
+        QVERIFY2(failure.contains("picture.mxf: a file of that name is already there"), qPrintable(failure));
+        QCOMPARE(deliveries::contents(folder), (QMap<QString, QByteArray>{{"picture.mxf", "mine"}}));
+        // One that comes while the commit is under way.
+        const QString late = path("late");
+        Result<PackageTransaction> transaction = PackageTransaction::begin(late, described());
+        transaction->setPackage({deliveries::packageId(1), {}, {}, {}, {}, {}});
+        QVERIFY(deliveries::addTrack(*transaction, m_tracks, m_tracks.picture, "picture.mxf"));
+        QVERIFY(deliveries::addTrack(*transaction, m_tracks, m_tracks.sound, "sound.mxf"));
+        deliveries::writeFile(late + "/sound.mxf", "mine");
+        QVERIFY(!transaction->commit());
+        QCOMPARE(deliveries::contents(late), (QMap<QString, QByteArray>{{"sound.mxf", "mine"}}));
+    }
+
+    void aChangedDeliveryIsNotSealedAgain()
+    {
+        const QString folder = committed("tampered");
+        QByteArray map = deliveries::readFile(folder + "/ASSETMAP.xml");
+        deliveries::writeFile(folder + "/ASSETMAP.xml", map.replace("The issuer", "The issues"));
+        const QString failure = failureOf(deliveries::commitSecond(folder, m_tracks));
+        QVERIFY2(failure.contains("changed after it was committed"), qPrintable(failure));
+        QCOMPARE(deliveries::readFile(folder + "/ASSETMAP.xml"), map);
+    }
+
+    void aFolderThatCannotBeWrittenIsNamed()
+    {
+        const QString folder = committed("locked");
+        const auto before = deliveries::contents(folder);
+        QFile::setPermissions(m_dir.path(), QFile::Permissions(0x7755));
+        QFile::setPermissions(folder, QFile::Permissions(0x5555));
+        for (const QString& name : QDir(folder).entryList(QDir::Files))
+            QFile::setPermissions(folder + QLatin1Char('/') + name, QFile::Permissions(0x4444));
+        QString failure;
+        {
+            const AsNobody nobody;
+            failure = failureOf(deliveries::commitSecond(folder, m_tracks));
+        }
+        QFile::setPermissions(folder, QFile::Permissions(0x7755));
+        QCOMPARE(failure, folder + ": writing is not permitted; choose a folder that you may write to.");
+        QCOMPARE(deliveries::contents(folder), before);
+    }
+
+    void aFolderThatDisappearsIsNamed()
+    {
+        const QString folder = path("vanishing");
+        Result<PackageTransaction> transaction = PackageTransaction::begin(folder, described());
+        QVERIFY(deliveries::addTrack(*transaction, m_tracks, m_tracks.picture, "picture.mxf"));
+        QVERIFY(QDir(folder).removeRecursively());
+        const QString failure =
+            failureOf(transaction->addComposition(deliveries::composition(1, m_tracks, m_tracks.sound)));
+        QVERIFY2(failure.startsWith(folder) && failure.contains("no longer there"), qPrintable(failure));
+        QVERIFY(!transaction->commit());
+        QVERIFY(!QFileInfo::exists(folder));
+    }
+
+    void aFullDiskLosesNothing()
+    {
+        const QString disk = path("disk");
+        QDir().mkpath(disk);
+        const QStringList mount{"-t", "tmpfs", "-o", "size=1m", "tmpfs", disk};
+        if (::geteuid() != 0 || QProcess::execute(QStringLiteral("mount"), mount) != 0)
+            QSKIP("a small disk can only be mounted by root: a full disk is not tried");
+        const QString folder = disk + "/delivery";
+        const Status first = deliveries::commitFirst(folder, m_tracks);
+        const auto before = deliveries::contents(folder);
+        QFile filler(disk + "/filler");
+        filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+        while (filler.write(QByteArray(4096, 'x')) == 4096) {
+        }
+        Result<PackageTransaction> transaction = PackageTransaction::begin(folder, described());
+        const Status second = transaction
+                                  ? transaction->addComposition(deliveries::composition(2, m_tracks, m_tracks.sound))
+                                  : Status(transaction.error());
+        if (transaction)
+            transaction->rollback();
+        const auto after = deliveries::contents(folder);
+        filler.close();
+        QProcess::execute(QStringLiteral("umount"), {disk});
+        QCOMPARE(failureOf(first), QStringLiteral("no failure"));
+        QVERIFY2(failureOf(second).contains("the disk is full; free space"), qPrintable(failureOf(second)));
+        QCOMPARE(after, before);
+    }
+
+    void otherProgramsPlayTheDelivery()
+    {
+        const QString probe = QStandardPaths::findExecutable(QStringLiteral("ffprobe"));
+        if (probe.isEmpty())
+            QSKIP("ffprobe is not installed: the delivery is not played");
+        QProcess process;
+        process.start(probe, {"-v", "error", "-f", "imf", "-count_packets", "-show_entries",
+                              "stream=codec_type,nb_read_packets", "-of", "csv=p=0",
+                              openDelivery(path("good"))->packages[0].compositions[0].file});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.readAllStandardError(), QByteArray());
+        const QString output = QString::fromUtf8(process.readAllStandardOutput());
+        if (process.exitCode() != 0 || output.isEmpty())
+            QSKIP("this ffprobe does not read IMF");
+        QVERIFY2(output.contains("video,5"), qPrintable(output));
+        QVERIFY2(output.contains("audio,"), qPrintable(output));
+    }
+};
+
+STRATACUT_TEST_MAIN(TestPackage)
+
+#include "tst_imf_package.moc"
