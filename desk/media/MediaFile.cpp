@@ -36,19 +36,28 @@ Error notMedia(const QString& path)
     return {path, {}, {}, QStringLiteral("the file is no media that can be read"), chooseMedia};
 }
 
-/// What the first bytes say the file is.
-Result<const AVInputFormat*> probedFormat(const QString& path)
-{
-    AVIOContext* io = nullptr;
-    const QByteArray url = fileUrl(path);
-    if (const int code = avio_open2(&io, url.constData(), AVIO_FLAG_READ, nullptr, nullptr); code < 0)
-        return Error{path, {}, {}, ffText(code), QStringLiteral("check that the file can be read")};
+struct Probed {
     const AVInputFormat* format = nullptr;
-    const int score = av_probe_input_buffer2(io, &format, url.constData(), nullptr, 0, 0);
-    avio_closep(&io);
-    if (score < 0 || format == nullptr)
-        return notMedia(path);
-    return format;
+    /// The bytes say so, not only the name.
+    bool certain = false;
+};
+
+/// What the file is by its first bytes, or else by its name.
+Result<Probed> probedFormat(const QString& path)
+{
+    const QByteArray url = fileUrl(path);
+    Probed probed;
+    for (const char* name : {"", url.constData()}) {
+        AVIOContext* io = nullptr;
+        if (const int code = avio_open2(&io, url.constData(), AVIO_FLAG_READ, nullptr, nullptr); code < 0)
+            return Error{path, {}, {}, ffText(code), QStringLiteral("check that the file can be read")};
+        av_probe_input_buffer2(io, &probed.format, name, nullptr, 0, 0);
+        avio_closep(&io);
+        probed.certain = *name == '\0';
+        if (probed.format != nullptr)
+            return probed;
+    }
+    return notMedia(path);
 }
 
 Status refusePlaylist(const QString& path, const AVInputFormat& format)
@@ -66,17 +75,17 @@ Status refusePlaylist(const QString& path, const AVInputFormat& format)
 }
 
 /// An index at the end of the file is lost when the end is cut off.
-Error openFailure(const QString& path, const AVInputFormat& format, int code)
+Error openFailure(const QString& path, const Probed& probed, int code)
 {
-    if (code == AVERROR_INVALIDDATA && QByteArray(format.name).startsWith("mov"))
-        return {path,
-                {},
-                {},
-                QStringLiteral("the file has no index, so it is cut or was never finished"),
-                QStringLiteral("copy or render the file again")};
-    if (code == AVERROR_INVALIDDATA)
+    if (code != AVERROR_INVALIDDATA)
+        return {path, {}, {}, ffText(code), QStringLiteral("check that the file can be read")};
+    if (!probed.certain || !QByteArray(probed.format->name).startsWith("mov"))
         return notMedia(path);
-    return {path, {}, {}, ffText(code), QStringLiteral("check that the file can be read")};
+    return {path,
+            {},
+            {},
+            QStringLiteral("the file has no index, so it is cut or was never finished"),
+            QStringLiteral("copy or render the file again")};
 }
 
 } // namespace
@@ -107,22 +116,22 @@ Result<QString> checkedMediaPath(const QString& path)
 Result<FormatPtr> openMediaFile(const QString& path)
 {
     quietLibraries();
-    const Result<const AVInputFormat*> format = probedFormat(path);
-    if (!format)
-        return format.error();
-    if (const Status status = refusePlaylist(path, **format); !status)
+    const Result<Probed> probed = probedFormat(path);
+    if (!probed)
+        return probed.error();
+    if (const Status status = refusePlaylist(path, *probed->format); !status)
         return status.error();
 
     AVFormatContext* context = nullptr;
     AVDictionary* options = nullptr;
     av_dict_set(&options, "protocol_whitelist", "file", 0);
-    const int code = avformat_open_input(&context, fileUrl(path).constData(), *format, &options);
+    const int code = avformat_open_input(&context, fileUrl(path).constData(), probed->format, &options);
     av_dict_free(&options);
     if (code < 0)
-        return openFailure(path, **format, code);
+        return openFailure(path, *probed, code);
     FormatPtr file(context);
     if (const int found = avformat_find_stream_info(context, nullptr); found < 0)
-        return openFailure(path, **format, found);
+        return openFailure(path, *probed, found);
     return file;
 }
 

@@ -39,6 +39,7 @@ private:
     Times timesFromPackets();
     Status timesFromPictures(Times& times);
     Status findFirst();
+    bool isCutInDecodingOrder(const Times& times, qint64 misfit);
     Status adopt(const Times& times);
     Status checkEnd(qint64 cut);
     qint64 promised() const;
@@ -145,6 +146,8 @@ Status Indexer::timesFromPictures(Times& times)
         const qint64 time = (*frame)->pts;
         times.reliable =
             times.reliable && time != AV_NOPTS_VALUE && (times.ascending.empty() || time > times.ascending.back());
+        if (times.ascending.empty())
+            m_index.first = time != AV_NOPTS_VALUE ? time : std::max<qint64>(m_stream.start_time, 0);
         times.ascending.push_back(time);
     }
 }
@@ -168,12 +171,25 @@ Status Indexer::findFirst()
     return {};
 }
 
+/// Pictures that are stored before others that are shown earlier leave gaps in front of a cut. Takes the declared rate.
+bool Indexer::isCutInDecodingOrder(const Times& times, qint64 misfit)
+{
+    constexpr qint64 deepest = 17; // pictures that the usual codecs reorder at most
+    const std::vector<Rational> declared = declaredRates();
+    if (m_stream.codecpar->video_delay <= 0 || declared.empty() || misfit < qint64(times.ascending.size()) - deepest)
+        return false;
+    m_index.rate = declared.front();
+    m_index.first = times.ascending.front();
+    return promised() > qint64(times.ascending.size());
+}
+
 /// Takes rate and length from times that pictures are known to have.
 Status Indexer::adopt(const Times& times)
 {
     const RateFit fit = fitRate(times.ascending, m_index.timeBase, declaredRates());
     if (fit.firstMisfit >= 0)
-        return rateError(fit.firstMisfit);
+        return isCutInDecodingOrder(times, fit.firstMisfit) ? cutError(promised(), fit.firstMisfit)
+                                                            : rateError(fit.firstMisfit);
     m_index.rate = fit.rate;
     m_index.frames = qint64(times.ascending.size());
     return {};
@@ -243,7 +259,6 @@ Result<PictureIndex> Indexer::run()
         m_index.frames = qint64(times.ascending.size());
         if (!times.reliable)
             m_index.rate = declared.empty() ? Rational() : declared.front();
-        m_index.first = times.reliable && !times.ascending.empty() ? times.ascending.front() : 0;
     }
     if (!adopted)
         return adopted.error();

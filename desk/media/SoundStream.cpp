@@ -1,5 +1,7 @@
 #include "desk/media/SoundStream.h"
 
+#include <QSet>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -51,18 +53,16 @@ Appender appenderFor(AVSampleFormat format)
     }
 }
 
-/// A tick is a whole number of samples, or at most one sample long.
-bool namesSamples(AVRational timeBase, int rate)
-{
-    const qint64 scaled = qint64(timeBase.num) * rate;
-    return scaled <= timeBase.den || scaled % timeBase.den == 0;
-}
-
-/// Formats that know the time of a compressed frame after seeking; others work it out from a bit rate.
-bool seeksExactly(const AVInputFormat& format)
+/// Whether the time of a frame after seeking tells the number of its first sample.
+bool namesSamples(const AVInputFormat& format, AVRational tick, int rate, bool pcm)
 {
     const QByteArray name = QByteArray(format.name).split(',').first();
-    return name == "mov" || name == "mpegts" || name == "flac";
+    // MXF counts edit units, each a whole number of samples or part of a cadence.
+    if (name == "mxf")
+        return pcm && qint64(tick.num) * rate % tick.den == 0;
+    // The others work out the time from a bit rate, or round it.
+    static const QSet<QByteArray> exact{"mov", "wav", "w64", "aiff", "caf", "au", "mpegts", "flac"};
+    return qint64(tick.num) * rate <= tick.den && exact.contains(name);
 }
 
 } // namespace
@@ -123,7 +123,7 @@ Status SoundStream::open()
                      QStringLiteral("the file does not tell its channels and its rate"),
                      QStringLiteral("convert the sound to 48 kHz PCM")};
     m_pcm = av_get_exact_bits_per_sample(par.codec_id) > 0;
-    m_exactTimes = namesSamples(stream.time_base, m_rate) && (m_pcm || seeksExactly(*m_file->iformat));
+    m_exactTimes = namesSamples(*m_file->iformat, stream.time_base, m_rate, m_pcm);
     m_draining = m_ended = false;
     m_unplaced = true;
     m_barrier = std::numeric_limits<qint64>::min();
