@@ -98,7 +98,6 @@ public:
 
 private:
     void InitializeMultiMix();
-    void RestoreChoices();
     void UpdateJsonFromTargetFormatBuilder();
     void UpdateJsonFromAAF();
     void UpdateFPSJsonValueFromTargetFormatBuilder();

@@ -3,6 +3,8 @@
 #include "StratacutUI/ImfDict.h"
 #include "StratacutUI/TargetFormatBuilder.h"
 
+#include <QHash>
+
 #include <algorithm>
 #include <array>
 #include <iterator>
@@ -118,6 +120,23 @@ void writeSection(QJsonObject& document, const char* name, SharedSection& shared
         document[QLatin1String(name)] = shared.after;
 }
 
+using Choices = QHash<QString, QString>;
+
+// The choices that the document makes; most new documents make none.
+Choices choicesIn(const QJsonObject& document)
+{
+    const QJsonObject video = document.value(QLatin1String(ImfDict::Video)).toObject();
+    const QJsonObject audio = document.value(QLatin1String(ImfDict::Audio)).toObject();
+    Choices choices;
+    for (const Parameter& row : managed) {
+        const QJsonObject& section = row.section == ImfDict::Video ? video : audio;
+        const QString text = EncodingParameters::choice(section.value(QLatin1String(row.key)));
+        if (!text.isEmpty())
+            choices.insert(QString::fromLatin1(row.key), text);
+    }
+    return choices;
+}
+
 bool takesBack(TargetFormatBuilder& builder, const QString& key, const QString& wanted)
 {
     return !wanted.isEmpty() && builder.value(key) != wanted && builder.choices(key).contains(wanted) &&
@@ -164,12 +183,14 @@ bool EncodingParameters::store(QJsonObject& document, const QString& key, const 
 
 void EncodingParameters::restore(TargetFormatBuilder& builder, const QJsonObject& document)
 {
+    const Choices wanted = choicesIn(document);
+    if (wanted.isEmpty())
+        return;
     // One parameter may bring back the choices of one that stands before it, so that a second pass can be needed.
     const QStringList keys = builder.keys();
     for (int pass = 0; pass < keys.size(); ++pass) {
-        const auto taken = std::count_if(keys.begin(), keys.end(), [&](const QString& key) {
-            return takesBack(builder, key, choice(document, key));
-        });
+        const auto taken = std::count_if(
+            keys.begin(), keys.end(), [&](const QString& key) { return takesBack(builder, key, wanted.value(key)); });
         if (taken == 0)
             return;
     }

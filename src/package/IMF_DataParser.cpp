@@ -129,10 +129,9 @@ bool VerifyMultiMix(const QJsonObject& multiMix, bool burned)
 
 QJsonObject DefaultMultiMix()
 {
-    QJsonObject json;
-    json[ImfDict::TrackGroups] = QJsonArray();
-    json[ImfDict::AudioMapping] = QJsonArray();
-    json[ImfDict::AllActiveTracks] = QJsonArray();
+    static const QJsonObject json{{QLatin1String(ImfDict::TrackGroups), QJsonArray()},
+                                  {QLatin1String(ImfDict::AudioMapping), QJsonArray()},
+                                  {QLatin1String(ImfDict::AllActiveTracks), QJsonArray()}};
     NV_ASSERT(VerifyAudioGroups(json[ImfDict::TrackGroups].toArray()));
     NV_ASSERT(VerifyAudioGroups(json[ImfDict::AudioMapping].toArray()));
     return json;

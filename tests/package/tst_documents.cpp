@@ -7,8 +7,6 @@
 
 #include <QVariant>
 
-Q_DECLARE_METATYPE(QJsonObject)
-
 namespace
 {
 IMF_Deliverable deliverable(const QJsonObject& document)
