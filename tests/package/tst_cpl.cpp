@@ -159,6 +159,21 @@ private slots:
         QCOMPARE(video(cpl, "Resolution"), QString("1920x1080"));
     }
 
+    void equalDocumentsWithOtherBuildersStayApart()
+    {
+        QJsonObject document = documentOf("mob");
+        document[ImfDict::CPLFPSValue] = "23.976";
+        Placed first(document);
+        m_engine->makeBuilder = [] {
+            auto builder = std::make_shared<support::FakeTargetFormatBuilder>();
+            builder->otherChoices["Color Depth"] = QStringList{"8", "10"};
+            return builder;
+        };
+        Placed second(document);
+        QCOMPARE(section(second, "Video").value("Color Depth").toObject(),
+                 (QJsonObject{{"values", QJsonArray{"8", "10"}}, {"currentIndex", 1}}));
+    }
+
     void savedChoicesSurviveARestart()
     {
         Placed first(documentOf("mob"));
