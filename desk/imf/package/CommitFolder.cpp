@@ -96,12 +96,14 @@ Status CommitFolder::writeJournal(const CommitJournal& journal) const
                                {broughtKey, toJson(journal.brought)},
                                {obsoleteKey, toJson(journal.obsolete)}};
     const QString draft = file(QStringLiteral("journal.new"));
-    for (const Status& step : {writeNewFile(draft, QJsonDocument(document).toJson(QJsonDocument::Compact)),
-                               renameOver(draft, file(journalName)), syncToDisk(m_path), syncToDisk(m_delivery)}) {
-        if (!step)
-            return step;
-    }
-    return {};
+    Status step = writeNewFile(draft, QJsonDocument(document).toJson(QJsonDocument::Compact));
+    if (step)
+        step = renameOver(draft, file(journalName));
+    if (step)
+        step = syncToDisk(m_path);
+    if (step)
+        step = syncToDisk(m_delivery);
+    return step;
 }
 
 CommitJournal CommitFolder::readJournal() const

@@ -342,8 +342,11 @@ Result<PackageTransaction> PackageTransaction::begin(const QString& folder, cons
     if (!parent)
         return parent.error();
     const Status opened = state->open(*parent);
-    if (!opened)
+    if (!opened) {
+        if (*parent == CommitFolder::Parent::WasMade)
+            QDir().rmdir(state->folder);
         return opened.error();
+    }
     return PackageTransaction(std::move(state));
 }
 

@@ -67,6 +67,8 @@ private:
     {
         if (m_open.size() >= m_limits.depth)
             return QStringLiteral("elements are nested more than %1 deep").arg(m_limits.depth);
+        if (++m_nodes > m_limits.nodes)
+            return QStringLiteral("the document has more than %1 elements").arg(m_limits.nodes);
         XmlElement element;
         element.nameSpace = m_reader.namespaceUri().toString();
         element.prefix = m_reader.prefix().toString();
@@ -137,8 +139,9 @@ private:
     QXmlStreamReader m_reader;
     QString m_file;
     XmlLimits m_limits;
+    int m_nodes = 0;
     QVector<XmlElement> m_open;
-    QVector<Scope> m_scopes;
+    QVector<Scope> m_scopes; // a copy only where an element declares
     XmlElement m_root;
 };
 

@@ -48,7 +48,9 @@ struct XmlElement {
 
 /// What a document from a stranger may cost.
 struct XmlLimits {
-    qint64 bytes = 256LL << 20;
+    qint64 bytes = 64LL << 20;
+    /// Elements, some 200 bytes of memory each.
+    int nodes = 2000000;
     int depth = 100;
     int attributes = 200;
     int attributeLength = 1 << 20;

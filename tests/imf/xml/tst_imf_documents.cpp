@@ -256,6 +256,7 @@ private slots:
         QTest::newRow("unknown entity") << smallComposition("<Creator>&b;</Creator>") << "not well-formed";
         QTest::newRow("deep") << nested(1000000) << "nested more than";
         QTest::newRow("deep inside") << smallComposition(nested(100)) << "nested more than";
+        QTest::newRow("wide") << smallComposition(QByteArray("<a/>").repeated(2000000)) << "elements";
         QTest::newRow("attributes") << manyAttributes + "/>"
                                     << "attributes";
         QTest::newRow("long attribute") << smallComposition("<Creator language=\"" + QByteArray(2 << 20, 'e') + "\"/>")
