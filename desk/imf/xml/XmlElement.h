@@ -50,7 +50,7 @@ struct XmlElement {
 struct XmlLimits {
     qint64 bytes = 64LL << 20;
     /// Elements, some 200 bytes of memory each.
-    int nodes = 2000000;
+    int nodes = 1000000;
     int depth = 100;
     int attributes = 200;
     int attributeLength = 1 << 20;

@@ -1,5 +1,6 @@
 #include "desk/imf/package/Digest.h"
 #include "imf/package/Deliveries.h"
+#include "imf/xml/Schema.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -101,6 +102,28 @@ private slots:
         QCOMPARE(package.compositions[0].name, QStringLiteral("Main version"));
         QCOMPARE(package.compositions[0].composition.duration().value_or(0), 5);
         QVERIFY(!read->hasMissingAssets());
+    }
+
+    void committedDocumentsFollowTheSchemas()
+    {
+        const auto files = deliveries::contents(path("good"));
+        for (auto file = files.cbegin(); file != files.cend(); ++file) {
+            if (file.key().endsWith(".xml"))
+                validate(*file, file.key().startsWith("CPL") ? "cpl-all.xsd" : "pkl-am-all.xsd");
+        }
+    }
+
+    void samplesOfOtherProgramsFollowTheSchemaAfterARewrite()
+    {
+        const QString samples = qEnvironmentVariable("STRATACUT_IMF_SAMPLES");
+        if (samples.isEmpty())
+            QSKIP("STRATACUT_IMF_SAMPLES is not set: other programs' deliveries are not rewritten");
+        for (const char* sample : {"countdown", "countdown-audio", "uhd-reversible"}) {
+            const Result<Delivery> read = openDelivery(samples + QLatin1Char('/') + QLatin1String(sample));
+            validate(writeComposition(read->packages[0].compositions[0].composition), "cpl-all.xsd");
+            validate(writePackingList(read->packages[0].packingList), "pkl-am-all.xsd");
+            validate(writeAssetMap(read->assetMap), "pkl-am-all.xsd");
+        }
     }
 
     void componentIdentifiersAreUniquePerFolderAndLast()

@@ -3,11 +3,9 @@
 #include "desk/imf/xml/PackingList.h"
 #include "desk/imf/xml/XmlElement.h"
 
+#include "imf/xml/Schema.h"
 #include "support/TestMain.h"
 
-#include <QDir>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTextCodec>
 
@@ -121,22 +119,6 @@ AssetMap fullAssetMap()
     chunk.length = 5000000000LL;
     map.assets = {{id(2), QStringLiteral("list"), true, {chunk}, {}}};
     return map;
-}
-
-void validate(const QByteArray& xml, const char* schema)
-{
-    const QString schemas = qEnvironmentVariable("STRATACUT_IMF_XSD");
-    if (schemas.isEmpty())
-        QSKIP("STRATACUT_IMF_XSD is not set: documents are not validated");
-    QProcess lint;
-    lint.start(QStringLiteral("xmllint"),
-               {"--nonet", "--noout", "--schema", schemas + QLatin1Char('/') + QLatin1String(schema), "-"});
-    if (!lint.waitForStarted())
-        QSKIP("xmllint is not installed: documents are not validated");
-    lint.write(xml);
-    lint.closeWriteChannel();
-    QVERIFY(lint.waitForFinished());
-    QVERIFY2(lint.exitCode() == 0, lint.readAllStandardError().constData());
 }
 
 /// A long text compares line by line, so that a failure shows where.
@@ -256,7 +238,7 @@ private slots:
         QTest::newRow("unknown entity") << smallComposition("<Creator>&b;</Creator>") << "not well-formed";
         QTest::newRow("deep") << nested(1000000) << "nested more than";
         QTest::newRow("deep inside") << smallComposition(nested(100)) << "nested more than";
-        QTest::newRow("wide") << smallComposition(QByteArray("<a/>").repeated(2000000)) << "elements";
+        QTest::newRow("wide") << smallComposition(QByteArray("<a/>").repeated(1000000)) << "elements";
         QTest::newRow("attributes") << manyAttributes + "/>"
                                     << "attributes";
         QTest::newRow("long attribute") << smallComposition("<Creator language=\"" + QByteArray(2 << 20, 'e') + "\"/>")
