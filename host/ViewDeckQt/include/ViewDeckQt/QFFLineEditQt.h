@@ -1,0 +1,42 @@
+#pragma once
+
+#include "ViewDeckQt/Export.h"
+
+#include <QLineEdit>
+
+namespace ViewDeckQt
+{
+
+/// A line of text in the look of the parameter widgets. Without the focus, a text that does not fit is elided; a
+/// tooltip then shows it whole. Read-only, it is plain text without a frame that can still be selected and copied.
+class VIEWDECK_EXPORT QFFLineEditQt : public QLineEdit
+{
+    Q_OBJECT
+
+public:
+    explicit QFFLineEditQt(QWidget* parent = nullptr);
+    explicit QFFLineEditQt(const QString& text, QWidget* parent = nullptr);
+
+    /// Shows a text that the program has, without touching cursor, selection and undo where it stands there already;
+    /// where it does not, the cursor keeps its place as far as it can. Not reported by textEdited.
+    void showText(const QString& text);
+
+    /// Where a text that does not fit is cut; at its end unless set.
+    void setElideMode(Qt::TextElideMode mode);
+
+    /// Unlike QLineEdit's, takes and gives the frame.
+    void setReadOnly(bool readOnly);
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QRect textRect() const;
+    bool isElided() const;
+    void updateLook();
+
+    Qt::TextElideMode m_elideMode = Qt::ElideRight;
+};
+
+} // namespace ViewDeckQt

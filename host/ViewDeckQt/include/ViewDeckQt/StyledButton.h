@@ -1,0 +1,20 @@
+#pragma once
+
+#include "ViewDeckQt/Export.h"
+
+#include <QPushButton>
+
+namespace ViewDeckQt
+{
+
+/// A push button in the look of the parameter widgets. It is never a dialog's default button unless it is told to be.
+class VIEWDECK_EXPORT StyledButton : public QPushButton
+{
+    Q_OBJECT
+
+public:
+    explicit StyledButton(QWidget* parent = nullptr);
+    explicit StyledButton(const QString& text, QWidget* parent = nullptr);
+};
+
+} // namespace ViewDeckQt
