@@ -30,6 +30,7 @@ constexpr NamedColor colors[] = {
     {"HighlightedTextColor", {255, 255, 255}, {255, 255, 255}},
     {"IconFirstColor", {196, 196, 196}, {72, 72, 72}},
     {"IconSecondColor", {82, 168, 255}, {20, 104, 196}},
+    {"AttentionColor", {255, 184, 76}, {156, 74, 0}},
 };
 
 const NamedColor* find(const QString& name)

@@ -22,8 +22,8 @@ public:
     void setReadOnly(bool readOnly) override;
 
 protected:
-    /// Where addContent adds; the container itself unless a derived class says otherwise.
-    void setContentHolder(QWidget* holder);
+    /// For a container that gives its contents a place of its own: a layout of which contents are added to the end.
+    PWContainer(QWidget* parent, const QString& id, QVBoxLayout* contents);
 
 private:
     QVBoxLayout* m_contents;

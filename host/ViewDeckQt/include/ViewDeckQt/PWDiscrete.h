@@ -8,6 +8,7 @@ namespace ViewDeckQt
 {
 
 class ChoiceBox;
+class ParamTitle;
 class QFFLineEditQt;
 
 /// A choice from a list of texts; its value is the chosen text, empty where nothing is chosen. An entry "Separator" or
@@ -39,18 +40,15 @@ public:
     /// The place of the chosen entry among items(), -1 where nothing is chosen.
     int currentIndex() const;
 
-protected:
-    void changeEvent(QEvent* event) override;
-
 private:
     void choose(int index);
     void onActivated(int index);
-    void removeUnlisted();
 
+    ParamTitle* m_title;
     ChoiceBox* m_choice;
     QFFLineEditQt* m_text;
     QStringList m_items;
-    QString m_reported;
+    QString m_chosen;
     bool m_lastIsUnlisted = false;
 };
 

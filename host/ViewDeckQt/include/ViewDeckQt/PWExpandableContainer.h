@@ -16,8 +16,6 @@ class VIEWDECK_EXPORT PWExpandableContainer : public PWContainer
 public:
     PWExpandableContainer(QWidget* parent, const QString& label, const QString& id);
 
-    void addContent(QWidget* content) override;
-
     bool isExpanded() const { return m_expanded; }
 
 public slots:
@@ -31,6 +29,7 @@ signals:
     void expansionChanged();
 
 private:
+    PWExpandableContainer(QWidget* parent, const QString& label, const QString& id, QVBoxLayout* contents);
     void showContents(bool expanded);
 
     SectionHeader* m_header;

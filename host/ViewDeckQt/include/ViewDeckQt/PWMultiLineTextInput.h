@@ -21,7 +21,11 @@ public:
     void setReadOnly(bool readOnly) override;
 
 private:
+    void report();
+
     TextBox* m_edit;
+    QString m_shown;
+    bool m_setting = false;
 };
 
 } // namespace ViewDeckQt

@@ -36,12 +36,11 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void report();
+    void drop(const QString& folder);
 
     ParamTitle* m_title;
     QFFLineEditQt* m_path;
     StyledButton* m_button;
-    QString m_reported;
 };
 
 } // namespace ViewDeckQt

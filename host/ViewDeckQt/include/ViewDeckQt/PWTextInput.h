@@ -32,12 +32,10 @@ public:
     void setReporting(Reporting reporting);
 
 private:
-    void onEdited();
-    void onEditingFinished();
+    void report(const QString& text, Reporting occasion);
 
     ParamTitle* m_title;
     QFFLineEditQt* m_edit;
-    QString m_reported;
     Reporting m_reporting = Reporting::EachEdit;
 };
 

@@ -29,6 +29,7 @@ enum class Skin { Dark, Light };
 /// | "HighlightedTextColor"        | text on HighlightColor                           |
 /// | "IconFirstColor"              | the main colour of icons, always a neutral grey  |
 /// | "IconSecondColor"             | the accent colour of icons, never a neutral grey |
+/// | "AttentionColor"              | titles of fields that need a value               |
 class VIEWDECK_EXPORT PaletteManager
 {
 public:

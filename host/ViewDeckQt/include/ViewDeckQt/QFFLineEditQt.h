@@ -24,18 +24,24 @@ public:
     /// Where a text that does not fit is cut; at its end unless set.
     void setElideMode(Qt::TextElideMode mode);
 
-    /// Unlike QLineEdit's, takes and gives the frame.
-    void setReadOnly(bool readOnly);
+    /// Takes what stands there now as settled, as if it had been committed.
+    void settle();
+
+signals:
+    /// The user has pressed Enter or left the line after changing its text.
+    void textCommitted(const QString& text);
 
 protected:
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     QRect textRect() const;
     bool isElided() const;
-    void updateLook();
+    void commit();
 
+    QString m_settled;
     Qt::TextElideMode m_elideMode = Qt::ElideRight;
 };
 
