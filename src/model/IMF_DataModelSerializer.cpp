@@ -32,6 +32,14 @@ QByteArray metadataText(const QJsonObject& element)
     const QJsonObject metadata = element.value(ImfDict::DescriptiveMetadata).toObject();
     return QJsonDocument(metadata).toJson(QJsonDocument::Compact);
 }
+
+/// What only saved state says about an item, and what would go stale in its document.
+QJsonObject withoutSavedKeys(QJsonObject element)
+{
+    element.remove(ImfDict::NewDelivery);
+    element.remove(ImfDict::CPLGroups);
+    return element;
+}
 } // namespace
 
 IMF_DataModelSerializer::IMF_DataModelSerializer(IMF_PackageMgrQtModel* model, IMFO_Bridge* bridge)
@@ -73,7 +81,8 @@ void IMF_DataModelSerializer::loadUnCommitedState(const QJsonArray& array)
 {
     for (const QJsonValue& value : array) {
         const QJsonObject element = value.toObject();
-        const std::shared_ptr<IMF_Node> node = IMF_PackageDeliveryReader::deliveryFromJson(element, {});
+        const std::shared_ptr<IMF_Node> node =
+            IMF_PackageDeliveryReader::deliveryFromJson(withoutSavedKeys(element), {});
         QModelIndex delivery;
         if (element.value(ImfDict::NewDelivery).toBool()) {
             if (!loadNewDelivery(node))
@@ -143,7 +152,8 @@ void IMF_DataModelSerializer::loadUnCommitedCpls(const QModelIndex& imp, const Q
 
 void IMF_DataModelSerializer::loadUnCommitedCpl(const QModelIndex& imp, const QJsonObject& element)
 {
-    const std::shared_ptr<IMF_Node> node = IMF_PackageDeliveryReader::cplFromJson(element, m_model->FromIndex(imp));
+    const std::shared_ptr<IMF_Node> node =
+        IMF_PackageDeliveryReader::cplFromJson(withoutSavedKeys(element), m_model->FromIndex(imp));
     m_model->push_back(imp, node);
     const QModelIndex cpl = m_model->getCPLModelIndex(imp, NodeAccess::name(*node));
     const QByteArray componentId = IMF_PackageMgrQtModel::ComponentIDFromIndex(cpl);

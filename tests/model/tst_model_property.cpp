@@ -1,0 +1,343 @@
+#include "ModelFixture.h"
+
+#include "StratacutUI/IMF_DataModelSerializer.h"
+#include "StratacutUI/IMF_Node.h"
+#include "support/TestMain.h"
+
+#include <QJsonDocument>
+#include <QRandomGenerator>
+
+#include <thread>
+
+using Model = IMF_PackageMgrQtModel;
+
+namespace
+{
+constexpr int operations = 3000;
+constexpr int mostChildren = 5;
+
+/// What the tree is to look like, kept apart from it.
+struct Item {
+    QString name;
+    bool committed = false;
+    QJsonArray groups;
+    std::vector<Item> children;
+};
+
+QString text(const QJsonObject& json)
+{
+    return QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact));
+}
+
+/// An item and what is below it as the host writes it.
+QJsonObject written(const Model& model, const QModelIndex& index)
+{
+    QJsonObject document = model.serializeIndexToJson(index);
+    QJsonArray children;
+    for (int row = 0; row < model.rowCount(index); ++row)
+        children.append(written(model, model.index(row, 0, index)));
+    document["Children"] = children;
+    document["Mutable"] = false;
+    if (Model::NodeTypeFromIndex(index) == IMF_PackageMgr::Delivery)
+        document["Path"] = index.data(Model::PathRole).toString();
+    return document;
+}
+
+Item itemOf(const QJsonObject& document)
+{
+    Item item{document["Name"].toString(), true, {}, {}};
+    for (const QJsonValue& child : document["Children"].toArray())
+        item.children.push_back(itemOf(child.toObject()));
+    return item;
+}
+
+void commitAll(Item& item)
+{
+    item.committed = true;
+    for (Item& child : item.children)
+        commitAll(child);
+}
+
+/// One line for each uncommitted item that saved state holds, without the identifiers that the host chooses anew.
+QStringList uncommittedLines(const Model& model, const QModelIndex& parent = {}, const QString& path = {})
+{
+    QStringList lines;
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        const QModelIndex index = model.index(row, 0, parent);
+        const QModelIndexList inside = model.getUnBurnedIndexes(index);
+        const bool isDelivery = !parent.isValid();
+        if (isDelivery && inside.isEmpty())
+            continue;
+        const QString here = path + '/' + index.data(Model::NameRole).toString();
+        if (Model::StatusFromIndex(index) == IMF_PackageMgr::Uncommitted)
+            lines += QStringList{here,
+                                 index.data().toString(),
+                                 text(Model::MetadataJsonFromIndex(index)),
+                                 text(Model::CommitSettingsJsonFromIndex(index)),
+                                 text({{"Groups", index.data(Model::TrackGroupsRole).toJsonArray()}}),
+                                 index.data(Model::VersionRole).toString(),
+                                 index.data(Model::ValidRole).toString()}
+                         .join(" | ");
+        lines += uncommittedLines(model, index, here);
+    }
+    if (!parent.isValid())
+        lines.sort();
+    return lines;
+}
+} // namespace
+
+/// Random operations on the model, checked after each against what the tree is to look like.
+class TestModelProperty : public QObject
+{
+    Q_OBJECT
+
+    using Operation = void (TestModelProperty::*)();
+    std::unique_ptr<ModelFixture> f;
+    std::vector<Item> expected;
+    QRandomGenerator random;
+    int names = 0;
+
+    int upTo(int bound) { return int(random.bounded(bound)); }
+
+    QString newName(const QString& kind) { return kind + QString::number(++names); }
+
+    QModelIndex pick(int depth)
+    {
+        QModelIndex index;
+        for (int level = 0; level <= depth; ++level) {
+            const int rows = f->model->rowCount(index);
+            if (rows == 0)
+                return {};
+            index = f->model->index(upTo(rows), 0, index);
+        }
+        return index;
+    }
+
+    std::vector<Item>& siblings(const QModelIndex& index)
+    {
+        return index.parent().isValid() ? at(index.parent()).children : expected;
+    }
+
+    Item& at(const QModelIndex& index) { return siblings(index)[std::size_t(index.row())]; }
+
+    void add()
+    {
+        const int depth = upTo(3);
+        const QModelIndex parent = depth == 0 ? QModelIndex() : pick(depth - 1);
+        if (depth > 0 && (!parent.isValid() || (depth == 2 && at(parent).committed)))
+            return;
+        std::vector<Item>& list = depth == 0 ? expected : at(parent).children;
+        if (list.size() >= mostChildren)
+            return;
+        QModelIndex added;
+        if (depth == 0)
+            added = f->newDelivery(newName("D"), IMF_PackageMgr::Version(1 + upTo(2)));
+        else
+            added = depth == 1 ? f->newImp(parent) : f->newCpl(parent, newName("m"));
+        list.push_back({added.data(Model::NameRole).toString(), false, {}, {}});
+    }
+
+    void rename()
+    {
+        const QModelIndex index = pick(upTo(2));
+        if (!index.isValid())
+            return;
+        const QString name = newName("N");
+        QVERIFY(f->model->setData(index, name));
+        at(index).name = name;
+        // The host renames what it has written.
+        const QString folder = index.data(Model::PathRole).toString();
+        if (f->bridge.deliveries.contains(folder))
+            f->bridge.deliveries[folder].second["Name"] = name;
+    }
+
+    void edit()
+    {
+        const QModelIndex index = pick(upTo(3));
+        if (!index.isValid())
+            return;
+        const QStringList keys{"Annotation", "Issuer", "Resolution", "Compression", "ContentKind", "ContentTitle"};
+        const QStringList values{newName("V"), "3840x2160", "Reversible", "Trailer - TLR", "", "Lossless"};
+        const auto value = qMakePair(keys[upTo(keys.size())], values[upTo(values.size())]);
+        QVERIFY(f->model->setData(index, QVariant::fromValue(value), Model::MetadataRole));
+    }
+
+    void group()
+    {
+        const QModelIndex cpl = pick(2);
+        if (!cpl.isValid())
+            return;
+        const QJsonArray groups{QJsonObject{{"Name", newName("G")}, {"Tracks", QJsonArray()}}};
+        QVERIFY(f->model->setData(cpl, groups, Model::TrackGroupsRole));
+        at(cpl).groups = groups;
+    }
+
+    void remove()
+    {
+        const QModelIndex index = pick(upTo(3));
+        if (!index.isValid() || (at(index).committed && index.parent().isValid()))
+            return;
+        std::vector<Item>& list = siblings(index);
+        list.erase(list.begin() + index.row());
+        f->controller().onRemoveIMFItem(index);
+    }
+
+    void commit()
+    {
+        const QModelIndex index = pick(upTo(2));
+        if (!index.isValid())
+            return;
+        const bool isImp = index.parent().isValid();
+        const QModelIndex delivery = isImp ? index.parent() : index;
+        // An IMP of a deliverable that was never written has a test of its own.
+        if (isImp && !at(delivery).committed)
+            return;
+        f->controller().onCommit({index});
+        const IMFO_CommitCallback done = f->bridge.commits.takeLast().onDone;
+        const QString folder = delivery.data(Model::PathRole).toString();
+        writeToDisk(folder, delivery, index);
+        std::thread([&done] { done({}); }).join();
+        QCoreApplication::processEvents();
+        commitAll(at(index));
+    }
+
+    /// What was committed before stays as it is; the item joins it.
+    void writeToDisk(const QString& folder, const QModelIndex& delivery, const QModelIndex& item)
+    {
+        QJsonObject document = written(*f->model, delivery);
+        if (item != delivery) {
+            QJsonArray imps;
+            for (int row = 0; row < f->model->rowCount(delivery); ++row) {
+                const QModelIndex imp = f->model->index(row, 0, delivery);
+                if (imp == item || at(imp).committed)
+                    imps.append(written(*f->model, imp));
+            }
+            document["Children"] = imps;
+        }
+        f->putOnDisk(folder, Model::ComponentIDFromIndex(delivery), document);
+    }
+
+    void refresh()
+    {
+        const QPersistentModelIndex delivery = pick(0);
+        if (!delivery.isValid() || !at(delivery).committed)
+            return;
+        const QString folder = delivery.data(Model::PathRole).toString();
+        Item fresh = itemOf(f->bridge.deliveries[folder].second);
+        f->withoutTester([&] { f->controller().onRefreshIMFItem(delivery); });
+        carryGroupsOver(delivery, fresh);
+        expected[std::size_t(delivery.row())] = fresh;
+    }
+
+    /// Groups go by identifier: what a refreshed CPL finds under its own is its.
+    void carryGroupsOver(const QModelIndex& index, Item& item)
+    {
+        item.groups = index.data(Model::TrackGroupsRole).toJsonArray();
+        for (std::size_t row = 0; row < item.children.size(); ++row)
+            carryGroupsOver(f->model->index(int(row), 0, index), item.children[row]);
+    }
+
+    void replace()
+    {
+        const QPersistentModelIndex delivery = pick(0);
+        if (!delivery.isValid() || at(delivery).committed)
+            return;
+        const std::shared_ptr<IMF_Node> node = IMF_Node::Create();
+        const QString name = newName("R");
+        node->value() = IMF_Deliverable(node, "/out", name, name.toUtf8(), {{"Mutable", true}, {"Original", true}});
+        f->model->removeTracksData(delivery);
+        f->withoutTester([&] { f->model->replace(delivery, node); });
+        at(delivery) = {name, false, {}, {}};
+    }
+
+    void restart()
+    {
+        f->controller().onSaveSettings();
+        std::vector<Item> committed;
+        std::vector<Item> fresh;
+        for (const Item& item : expected) {
+            if (item.committed)
+                committed.push_back(restored(item, f->model->index(int(&item - expected.data()), 0)));
+            else if (!item.children.empty())
+                fresh.push_back(item);
+        }
+        f->restart();
+        expected = committed;
+        expected.insert(expected.end(), fresh.begin(), fresh.end());
+    }
+
+    /// A committed deliverable as its folder holds it, followed by its uncommitted IMPs.
+    Item restored(const Item& item, const QModelIndex& index)
+    {
+        Item whole = itemOf(f->bridge.deliveries[index.data(Model::PathRole).toString()].second);
+        for (const Item& child : item.children) {
+            if (!child.committed)
+                whole.children.push_back(child);
+        }
+        return whole;
+    }
+
+    void compare(const QModelIndex& parent, const IMF_Node& node, const std::vector<Item>& items)
+    {
+        QCOMPARE(f->model->rowCount(parent), int(items.size()));
+        QCOMPARE(node.childCount(), int(items.size()));
+        for (int row = 0; row < int(items.size()); ++row) {
+            const Item& item = items[std::size_t(row)];
+            const QModelIndex index = f->model->index(row, 0, parent);
+            const std::shared_ptr<IMF_Node> child = node.getChild(row);
+            QCOMPARE(f->model->FromIndex(index), child);
+            QCOMPARE(f->model->indexOf(child.get()), index);
+            QCOMPARE(index.parent(), parent);
+            QCOMPARE(child->row(), row);
+            QCOMPARE(index.data(Model::NameRole).toString(), item.name);
+            QCOMPARE(Model::StatusFromIndex(index) == IMF_PackageMgr::Committed, item.committed);
+            if (Model::NodeTypeFromIndex(index) == IMF_PackageMgr::CPL && !item.committed)
+                QCOMPARE(index.data(Model::TrackGroupsRole).toJsonArray(), item.groups);
+            compare(index, *child, item.children);
+            if (QTest::currentTestFailed())
+                return;
+        }
+    }
+
+    void compareWithRestoredCopy()
+    {
+        const auto state = std::make_shared<support::MemorySettings::Values>();
+        f->controller().setSettings(std::make_unique<support::MemorySettings>(state));
+        f->controller().onSaveSettings();
+        f->controller().setSettings(std::make_unique<support::MemorySettings>(f->settings));
+        Model copy;
+        copy.initialize(&f->bridge, std::make_unique<support::MemorySettings>(state));
+        QCOMPARE(uncommittedLines(copy), uncommittedLines(*f->model));
+    }
+
+private slots:
+
+    void modelTreeAndRestoredCopyAgreeAfterEveryOperation()
+    {
+        bool chosen = false;
+        const quint32 given = qEnvironmentVariable("STRATACUT_TEST_SEED").toUInt(&chosen);
+        const quint32 seed = chosen ? given : QRandomGenerator::global()->generate();
+        qInfo("STRATACUT_TEST_SEED=%u", seed);
+        random.seed(seed);
+        f = std::make_unique<ModelFixture>();
+        const std::vector<std::pair<const char*, Operation>> table{
+            {"add", &TestModelProperty::add},         {"add", &TestModelProperty::add},
+            {"add", &TestModelProperty::add},         {"rename", &TestModelProperty::rename},
+            {"edit", &TestModelProperty::edit},       {"group", &TestModelProperty::group},
+            {"remove", &TestModelProperty::remove},   {"commit", &TestModelProperty::commit},
+            {"refresh", &TestModelProperty::refresh}, {"replace", &TestModelProperty::replace},
+            {"restart", &TestModelProperty::restart}};
+        for (int step = 0; step < operations; ++step) {
+            const auto& [name, operation] = table[std::size_t(upTo(int(table.size())))];
+            (this->*operation)();
+            compare({}, *f->model->FromIndex({}), expected);
+            compareWithRestoredCopy();
+            if (QTest::currentTestFailed())
+                QFAIL(qPrintable(QString("step %1, %2, seed %3").arg(step).arg(name).arg(seed)));
+        }
+        f.reset();
+    }
+};
+
+STRATACUT_TEST_MAIN(TestModelProperty)
+#include "tst_model_property.moc"
