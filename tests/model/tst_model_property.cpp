@@ -92,6 +92,12 @@ class TestModelProperty : public QObject
     Q_OBJECT
 
     using Operation = void (TestModelProperty::*)();
+
+    struct Choice {
+        const char* name;
+        Operation operation;
+    };
+
     std::unique_ptr<ModelFixture> f;
     std::vector<Item> expected;
     QRandomGenerator random;
@@ -310,6 +316,26 @@ class TestModelProperty : public QObject
         QCOMPARE(uncommittedLines(copy), uncommittedLines(*f->model));
     }
 
+    /// What takes away comes seldom, so that the tree grows.
+    static std::vector<Choice> choices()
+    {
+        struct Weighted {
+            Choice choice;
+            int weight;
+        };
+
+        const Weighted weights[] = {
+            {{"add", &TestModelProperty::add}, 40},        {{"rename", &TestModelProperty::rename}, 8},
+            {{"edit", &TestModelProperty::edit}, 12},      {{"group", &TestModelProperty::group}, 8},
+            {{"remove", &TestModelProperty::remove}, 4},   {{"commit", &TestModelProperty::commit}, 2},
+            {{"refresh", &TestModelProperty::refresh}, 2}, {{"replace", &TestModelProperty::replace}, 1},
+            {{"restart", &TestModelProperty::restart}, 2}};
+        std::vector<Choice> list;
+        for (const Weighted& entry : weights)
+            list.insert(list.end(), std::size_t(entry.weight), entry.choice);
+        return list;
+    }
+
 private slots:
 
     void modelTreeAndRestoredCopyAgreeAfterEveryOperation()
@@ -320,13 +346,7 @@ private slots:
         qInfo("STRATACUT_TEST_SEED=%u", seed);
         random.seed(seed);
         f = std::make_unique<ModelFixture>();
-        const std::vector<std::pair<const char*, Operation>> table{
-            {"add", &TestModelProperty::add},         {"add", &TestModelProperty::add},
-            {"add", &TestModelProperty::add},         {"rename", &TestModelProperty::rename},
-            {"edit", &TestModelProperty::edit},       {"group", &TestModelProperty::group},
-            {"remove", &TestModelProperty::remove},   {"commit", &TestModelProperty::commit},
-            {"refresh", &TestModelProperty::refresh}, {"replace", &TestModelProperty::replace},
-            {"restart", &TestModelProperty::restart}};
+        const std::vector<Choice> table = choices();
         for (int step = 0; step < operations; ++step) {
             const auto& [name, operation] = table[std::size_t(upTo(int(table.size())))];
             (this->*operation)();
