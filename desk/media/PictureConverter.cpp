@@ -17,32 +17,26 @@ namespace desk::media
 namespace
 {
 
-/// Planes of 16-bit words in memory of their own, the values in the lower `depth` bits.
+/// Three planes of 16-bit words in somebody's memory, the values in the lower `depth` bits.
 struct Planes {
     int width = 0;
     int height = 0;
     int depth = 16;
     int log2ChromaW = 0;
     int log2ChromaH = 0;
-    std::array<std::vector<std::uint16_t>, 3> words;
+    std::array<std::uint16_t*, 3> data{};
+    /// Words from one row to the next.
+    std::array<std::ptrdiff_t, 3> stride{};
 
     int planeWidth(int plane) const { return plane == 0 ? width : AV_CEIL_RSHIFT(width, log2ChromaW); }
 
     int planeHeight(int plane) const { return plane == 0 ? height : AV_CEIL_RSHIFT(height, log2ChromaH); }
 
-    void allocate()
-    {
-        for (int i = 0; i < 3; ++i)
-            words[std::size_t(i)].resize(std::size_t(planeWidth(i)) * std::size_t(planeHeight(i)));
-    }
-
-    std::uint16_t* row(int plane, int y)
-    {
-        return words[std::size_t(plane)].data() + std::size_t(y) * planeWidth(plane);
-    }
-
-    const std::uint16_t* row(int plane, int y) const { return const_cast<Planes*>(this)->row(plane, y); }
+    std::uint16_t* row(int plane, int y) const { return data[std::size_t(plane)] + y * stride[std::size_t(plane)]; }
 };
+
+/// Memory for planes that are computed, kept from frame to frame.
+using Scratch = std::array<std::vector<std::uint16_t>, 3>;
 
 /// The part of the target that the picture covers; the rest is black.
 struct Fit {
@@ -94,36 +88,66 @@ void readRow(const AVFrame& in, const AVPixFmtDescriptor& desc, int component, i
                             2);
 }
 
-/// The samples as they are coded. Components of lower depth than the first are brought to its depth.
-Planes unpacked(const AVFrame& in)
+Planes describe(const AVFrame& in)
 {
     const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(AVPixelFormat(in.format));
-    Planes out;
-    out.width = in.width;
-    out.height = in.height;
-    out.depth = desc.comp[0].depth;
-    out.log2ChromaW = desc.log2_chroma_w;
-    out.log2ChromaH = desc.log2_chroma_h;
-    out.allocate();
-    for (int plane = 0; plane < 3; ++plane) {
-        for (int y = 0; y < out.planeHeight(plane); ++y)
-            readRow(in, desc, plane, y, out.row(plane, y), out.planeWidth(plane));
+    Planes planes;
+    planes.width = in.width;
+    planes.height = in.height;
+    planes.depth = desc.comp[0].depth;
+    planes.log2ChromaW = desc.log2_chroma_w;
+    planes.log2ChromaH = desc.log2_chroma_h;
+    return planes;
+}
+
+/// The frame's own words, where they are such planes; they must not be written unless the frame may be.
+bool isPlanarWords(const AVPixFmtDescriptor& desc)
+{
+    return (desc.flags & AV_PIX_FMT_FLAG_BE) == 0 && std::all_of(desc.comp, desc.comp + 3, [](const auto& comp) {
+               return comp.step == 2 && comp.shift == 0 && comp.offset == 0 && comp.depth > 8;
+           });
+}
+
+Planes viewOf(const AVFrame& in)
+{
+    const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(AVPixelFormat(in.format));
+    Planes planes = describe(in);
+    for (std::size_t i = 0; i < 3; ++i) {
+        planes.data[i] = reinterpret_cast<std::uint16_t*>(in.data[desc.comp[i].plane]);
+        planes.stride[i] = in.linesize[desc.comp[i].plane] / 2;
     }
-    return out;
+    return planes;
+}
+
+/// A copy of the samples as they are coded.
+Planes unpacked(const AVFrame& in, Scratch& scratch)
+{
+    const AVPixFmtDescriptor& desc = *av_pix_fmt_desc_get(AVPixelFormat(in.format));
+    Planes planes = describe(in);
+    for (int plane = 0; plane < 3; ++plane) {
+        std::vector<std::uint16_t>& words = scratch[std::size_t(plane)];
+        words.resize(std::size_t(planes.planeWidth(plane)) * std::size_t(planes.planeHeight(plane)));
+        planes.data[std::size_t(plane)] = words.data();
+        planes.stride[std::size_t(plane)] = planes.planeWidth(plane);
+        for (int y = 0; y < planes.planeHeight(plane); ++y)
+            readRow(in, desc, plane, y, planes.row(plane, y), planes.planeWidth(plane));
+    }
+    return planes;
 }
 
 /// All samples at 16 bits, in the upper bits of the words, turned into the target's colours.
 void convertColours(Planes& planes, const ColourMeaning& meaning, int codedDepth)
 {
     const int up = 16 - planes.depth;
-    for (auto& words : planes.words) {
-        for (std::uint16_t& word : words)
-            word = std::uint16_t(word << up);
-    }
     planes.depth = 16;
     const ColourMatrix matrix(meaning, codedDepth);
-    for (int y = 0; y < planes.height; ++y)
-        matrix.apply({planes.row(0, y), planes.row(1, y), planes.row(2, y)}, planes.width);
+    for (int y = 0; y < planes.height; ++y) {
+        const std::array<std::uint16_t*, 3> rows{planes.row(0, y), planes.row(1, y), planes.row(2, y)};
+        for (std::uint16_t* row : rows)
+            std::transform(row, row + planes.width, row,
+                           [up](std::uint16_t word) { return std::uint16_t(word << up); });
+        matrix.apply(rows, planes.width);
+    }
 }
 
 /// To the words of the target: exact where the depth grows, rounded where it shrinks.
@@ -196,6 +220,7 @@ struct PictureConverter::Private {
     /// What the scaler was made for: formats, sizes and place of the chroma.
     std::array<int, 7> scalerKey{};
     FramePtr scaled{av_frame_alloc()};
+    Scratch scratch;
 
     int targetChromaW() const { return target.sampling == Sampling::YCbCr422 ? 1 : 0; }
 
@@ -287,7 +312,7 @@ Status PictureConverter::Private::prepare(const AVFrame& in, const Fit& fit, Pla
         const Result<const AVFrame*> rgb = scale(in, AV_PIX_FMT_GBRP16LE, fit.width, fit.height);
         if (!rgb)
             return rgb.error();
-        planes = unpacked(**rgb);
+        planes = viewOf(**rgb);
         convertColours(planes, meaning, 16);
         return {};
     }
@@ -295,7 +320,8 @@ Status PictureConverter::Private::prepare(const AVFrame& in, const Fit& fit, Pla
     const bool chromaFits =
         whole || (meaning.isTarget() && desc.log2_chroma_w == targetChromaW() && desc.log2_chroma_h == 0);
     if (plain && sameSize && chromaFits) {
-        planes = unpacked(in);
+        const bool own = isPlanarWords(desc) && meaning.isTarget();
+        planes = own ? viewOf(in) : unpacked(in, scratch);
         if (!meaning.isTarget())
             convertColours(planes, meaning, planes.depth);
         return {};
@@ -307,7 +333,7 @@ Status PictureConverter::Private::prepare(const AVFrame& in, const Fit& fit, Pla
     const Result<const AVFrame*> fitted = scale(in, format, fit.width, fit.height);
     if (!fitted)
         return fitted.error();
-    planes = unpacked(**fitted);
+    planes = viewOf(**fitted);
     if (!meaning.isTarget())
         convertColours(planes, meaning, desc.comp[0].depth);
     return {};
@@ -317,7 +343,7 @@ Status PictureConverter::Private::prepare(const AVFrame& in, const Fit& fit, Pla
 Status PictureConverter::Private::scaleRgb(const AVFrame& in, const ColourMeaning& meaning, const Fit& fit,
                                            Planes& planes)
 {
-    Planes whole = unpacked(in);
+    Planes whole = unpacked(in, scratch);
     convertColours(whole, meaning, whole.depth);
     AVFrame view{};
     view.format = AV_PIX_FMT_YUV444P16LE;
@@ -325,13 +351,13 @@ Status PictureConverter::Private::scaleRgb(const AVFrame& in, const ColourMeanin
     view.height = whole.height;
     for (int plane = 0; plane < 3; ++plane) {
         view.data[plane] = reinterpret_cast<uint8_t*>(whole.row(plane, 0));
-        view.linesize[plane] = whole.width * 2;
+        view.linesize[plane] = int(whole.stride[std::size_t(plane)]) * 2;
     }
     const Result<const AVFrame*> fitted =
         scale(view, planarFormat(targetChromaW(), target.bitDepth), fit.width, fit.height);
     if (!fitted)
         return fitted.error();
-    planes = unpacked(**fitted);
+    planes = viewOf(**fitted);
     return {};
 }
 
