@@ -150,6 +150,11 @@ void FamilyStyle::apply(QWidget* widget)
         widget->setStyle(DecorationManager::style());
 }
 
+int FamilyStyle::fieldHeight(const QFontMetrics& metrics)
+{
+    return metrics.height() + 2 * verticalPadding;
+}
+
 void FamilyStyle::polish(QWidget* widget)
 {
     QProxyStyle::polish(widget);
@@ -227,7 +232,9 @@ QRect FamilyStyle::subControlRect(ComplexControl control, const QStyleOptionComp
 QSize FamilyStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& contents,
                                     const QWidget* widget) const
 {
-    const int height = option->fontMetrics.height() + 2 * verticalPadding;
+    if (!option)
+        return QProxyStyle::sizeFromContents(type, option, contents, widget);
+    const int height = fieldHeight(option->fontMetrics);
     switch (type) {
     case CT_LineEdit:
         return {contents.width() + 2 * Spacing::fieldPadding, height};

@@ -39,6 +39,9 @@ public:
     /// Gives the look to a widget that has no style of its own.
     static void apply(QWidget* widget);
 
+    /// The height of every field and button.
+    static int fieldHeight(const QFontMetrics& metrics);
+
     void polish(QWidget* widget) override;
     using QProxyStyle::polish;
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,

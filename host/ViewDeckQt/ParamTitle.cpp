@@ -70,8 +70,7 @@ QFont ParamTitle::boldFont() const
 QSize ParamTitle::sizeHint() const
 {
     const QFontMetrics metrics(boldFont());
-    const int height = style()->sizeFromContents(QStyle::CT_LineEdit, nullptr, {}, this).height();
-    return {markArea + metrics.horizontalAdvance(plainText()) + 1, height};
+    return {markArea + metrics.horizontalAdvance(plainText()) + 1, FamilyStyle::fieldHeight(metrics)};
 }
 
 QSize ParamTitle::minimumSizeHint() const
