@@ -67,7 +67,7 @@ private:
         return folder;
     }
 
-    /// A composition over the tracks of the good delivery, alone in a delivery of its own.
+    /// Commits a package that holds a composition over the tracks of the good delivery and no track file.
     Status commitSupplement(const QString& folder, DeliveryVersion version)
     {
         Result<PackageTransaction> transaction = PackageTransaction::begin(folder, described(version));
@@ -106,6 +106,8 @@ private slots:
 
     void committedDocumentsFollowTheSchemas()
     {
+        if (qEnvironmentVariableIsEmpty("STRATACUT_IMF_XSD"))
+            QSKIP("STRATACUT_IMF_XSD is not set: documents are not validated");
         const auto files = deliveries::contents(path("good"));
         for (auto file = files.cbegin(); file != files.cend(); ++file) {
             if (file.key().endsWith(".xml"))
@@ -118,6 +120,8 @@ private slots:
         const QString samples = qEnvironmentVariable("STRATACUT_IMF_SAMPLES");
         if (samples.isEmpty())
             QSKIP("STRATACUT_IMF_SAMPLES is not set: other programs' deliveries are not rewritten");
+        if (qEnvironmentVariableIsEmpty("STRATACUT_IMF_XSD"))
+            QSKIP("STRATACUT_IMF_XSD is not set: documents are not validated");
         for (const char* sample : {"countdown", "countdown-audio", "uhd-reversible"}) {
             const Result<Delivery> read = openDelivery(samples + QLatin1Char('/') + QLatin1String(sample));
             validate(writeComposition(read->packages[0].compositions[0].composition), "cpl-all.xsd");
@@ -343,18 +347,25 @@ private slots:
         filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
         while (filler.write(QByteArray(4096, 'x')) == 4096) {
         }
-        Result<PackageTransaction> transaction = PackageTransaction::begin(folder, described());
-        const Status second = transaction
-                                  ? transaction->addComposition(deliveries::composition(2, m_tracks, m_tracks.sound))
-                                  : Status(transaction.error());
-        if (transaction)
-            transaction->rollback();
-        const auto after = deliveries::contents(folder);
+        QStringList failures;
+        QString spoilt;
+        // A page more is free each time, so that every write of the commit is once the one that fails.
+        for (Status second = Error(); !second && filler.size() > 0; filler.resize(filler.size() - 4096)) {
+            second = commitSupplement(folder, DeliveryVersion::Original);
+            failures.append(failureOf(second));
+            if (!second && deliveries::contents(folder) != before)
+                spoilt = failures.last();
+        }
+        const QStringList findings = deliveries::brief(verifyDelivery(folder));
         filler.close();
         QProcess::execute(QStringLiteral("umount"), {disk});
         QCOMPARE(failureOf(first), QStringLiteral("no failure"));
-        QVERIFY2(failureOf(second).contains("the disk is full; free space"), qPrintable(failureOf(second)));
-        QCOMPARE(after, before);
+        QCOMPARE(spoilt, QString());
+        QCOMPARE(findings, QStringList());
+        QCOMPARE(failures.takeLast(), QStringLiteral("no failure"));
+        QVERIFY(failures.size() > 3);
+        for (const QString& failure : qAsConst(failures))
+            QVERIFY2(failure.contains("the disk is full; free space"), qPrintable(failure));
     }
 
     void otherProgramsPlayTheDelivery()
