@@ -54,7 +54,7 @@ bool readThrough(const Sequence& sequence, const PictureTarget& target)
 void measure(const Case& item, const QString& path)
 {
     const QStringList words = QString::fromLatin1(item.codec).split(QLatin1Char(' '));
-    if (!ffmpeg(QStringList{"-f", "lavfi", "-i", "testsrc2=s=1920x1080:r=24:d=4", "-colorspace", "bt709"} + words +
+    if (!ffmpeg(QStringList{"-f", "lavfi", "-i", "testsrc2=s=1920x1080:r=24:d=3", "-colorspace", "bt709"} + words +
                 QStringList{path}))
         std::abort();
     const Result<Sequence> sequence = openSequence(path);
