@@ -11,6 +11,8 @@
 #include <functional>
 #include <random>
 
+Q_DECLARE_METATYPE(std::function<void(QByteArray&)>)
+
 using namespace desk;
 using namespace desk::imf;
 
@@ -67,61 +69,18 @@ QString complaint(const QString& path)
 
 using Damage = std::function<void(QByteArray&)>;
 
-} // namespace
-
-Q_DECLARE_METATYPE(std::function<void(QByteArray&)>)
-
-class TestMxfDamage : public QObject
+void damage(const char* name, const Damage& change, const char* expected)
 {
-    Q_OBJECT
-
-private slots:
-    void initTestCase();
-    void oneDamageGivesOneError_data();
-    void oneDamageGivesOneError();
-    void aFileWithoutRandomIndexIsWalked();
-    void aFileWithoutIndexTableIsWalked();
-    void noCutGoesUnnoticed();
-    void randomDamageNeverCrashes();
-
-private:
-    QString write(const QByteArray& bytes)
-    {
-        const QString path = m_folder.filePath(QStringLiteral("damaged.mxf"));
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("cannot write %s", qPrintable(path));
-        return path;
-    }
-
-    QTemporaryDir m_folder;
-    QByteArray m_picture;
-    QByteArray m_sound;
-};
-
-void TestMxfDamage::initTestCase()
-{
-    const QString picture = m_folder.filePath(QStringLiteral("p.mxf"));
-    const QString sound = m_folder.filePath(QStringLiteral("s.mxf"));
-    QVERIFY(tinytracks::writePicture(picture, 3));
-    QVERIFY(tinytracks::writeSound(sound, 2000));
-    m_picture = programs::fileBytes(picture);
-    m_sound = programs::fileBytes(sound);
-    QCOMPARE(complaint(picture), QString());
-    QCOMPARE(complaint(sound), QString());
+    QTest::newRow(name) << false << change << QString::fromLatin1(expected);
 }
 
-void TestMxfDamage::oneDamageGivesOneError_data()
+void soundDamage(const char* name, const Damage& change, const char* expected)
 {
-    QTest::addColumn<bool>("sound");
-    QTest::addColumn<Damage>("damage");
-    QTest::addColumn<QString>("expected");
-    const auto damage = [](const char* name, const Damage& change, const QString& expected) {
-        QTest::newRow(name) << false << change << expected;
-    };
-    const auto soundDamage = [](const char* name, const Damage& change, const QString& expected) {
-        QTest::newRow(name) << true << change << expected;
-    };
+    QTest::newRow(name) << true << change << QString::fromLatin1(expected);
+}
+
+void damagePartitions()
+{
     damage(
         "empty", [](QByteArray& f) { f.clear(); }, "(offset 0): it is no MXF file; choose an MXF track file.");
     damage(
@@ -158,6 +117,10 @@ void TestMxfDamage::oneDamageGivesOneError_data()
     damage(
         "item reaches past its set", [](QByteArray& f) { put(f, keyAt(f, setKey(0x2f)) + 20 + 2, "\xff\xff"); },
         "a metadata set is damaged; copy the file again.");
+}
+
+void damageMetadata()
+{
     damage(
         "no file package", [](QByteArray& f) { put(f, keyAt(f, setKey(0x37)) + 13, QByteArray(1, '\x7e')); },
         "the file has no file package; have the file made again.");
@@ -174,6 +137,10 @@ void TestMxfDamage::oneDamageGivesOneError_data()
     damage(
         "4:2:0", [](QByteArray& f) { put(f, itemAt(f, keyAt(f, setKey(0x28)), "33080004") + 3, "\x02"); },
         "the picture is neither 4:2:2 nor 4:4:4; have the file made again.");
+}
+
+void damageEssence()
+{
     damage(
         "longer than its index",
         [](QByteArray& f) {
@@ -224,6 +191,58 @@ void TestMxfDamage::oneDamageGivesOneError_data()
     soundDamage(
         "clip shorter than the track", [](QByteArray& f) { put(f, keyAt(f, keys::pcmClip) + 22, "\x1e"); },
         "the clip holds 1317 of 2000 samples; copy the file again.");
+}
+
+} // namespace
+
+class TestMxfDamage : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void oneDamageGivesOneError_data();
+    void oneDamageGivesOneError();
+    void aFileWithoutRandomIndexIsWalked();
+    void aFileWithoutIndexTableIsWalked();
+    void noCutGoesUnnoticed();
+    void randomDamageNeverCrashes();
+
+private:
+    QString write(const QByteArray& bytes)
+    {
+        const QString path = m_folder.filePath(QStringLiteral("damaged.mxf"));
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("cannot write %s", qPrintable(path));
+        return path;
+    }
+
+    QTemporaryDir m_folder;
+    QByteArray m_picture;
+    QByteArray m_sound;
+};
+
+void TestMxfDamage::initTestCase()
+{
+    const QString picture = m_folder.filePath(QStringLiteral("p.mxf"));
+    const QString sound = m_folder.filePath(QStringLiteral("s.mxf"));
+    QVERIFY(tinytracks::writePicture(picture, 3));
+    QVERIFY(tinytracks::writeSound(sound, 2000));
+    m_picture = programs::fileBytes(picture);
+    m_sound = programs::fileBytes(sound);
+    QCOMPARE(complaint(picture), QString());
+    QCOMPARE(complaint(sound), QString());
+}
+
+void TestMxfDamage::oneDamageGivesOneError_data()
+{
+    QTest::addColumn<bool>("sound");
+    QTest::addColumn<Damage>("damage");
+    QTest::addColumn<QString>("expected");
+    damagePartitions();
+    damageMetadata();
+    damageEssence();
 }
 
 void TestMxfDamage::oneDamageGivesOneError()

@@ -275,7 +275,7 @@ void TestMxfTracks::announcedSizesGiveTheSameFileHashedInOnePass()
     }
     auto writer = PictureTrackWriter::create({path("sized.mxf"), {}, sizes.size()}, format, *profile, sizes);
     QVERIFY(writer);
-    for (const QByteArray& codestream : codestreams)
+    for (const QByteArray& codestream : qAsConst(codestreams))
         QVERIFY((*writer)->append(codestream));
     const auto info = (*writer)->finish();
     QVERIFY(info);

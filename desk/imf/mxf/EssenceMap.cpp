@@ -74,7 +74,7 @@ Status EssenceMap::checkConstant(InputFile& file, qint64 duration)
 Status EssenceMap::walk(InputFile& file, qint64 duration)
 {
     bool framed = false;
-    for (const Region& region : m_regions) {
+    for (const Region& region : qAsConst(m_regions)) {
         for (qint64 at = region.start; at < region.end && m_offsets.size() < duration;) {
             const auto head = file.readHead(at, region.end);
             if (!head)

@@ -225,7 +225,7 @@ MetadataSets buildHeader(const EssenceTrack& essence, Description description)
     const TrackSets file = buildTrack(essence, QByteArray(32, '\0'), 0, number);
     MetadataSet& descriptor = description.descriptor;
     QVector<QByteArray> subDescriptors;
-    for (const MetadataSet& sub : description.subDescriptors)
+    for (const MetadataSet& sub : qAsConst(description.subDescriptors))
         subDescriptors.append(sub.bytes("InstanceID"));
     descriptor.set("SubDescriptors", value::batch(subDescriptors)).set("LinkedTrackID", value::u32(trackId));
     descriptor.set("SampleRate", value::rational(essence.editRate)).set("EssenceLength", value::i64(essence.duration));
@@ -250,7 +250,7 @@ MetadataSets buildHeader(const EssenceTrack& essence, Description description)
          {preface, identification, storage, data, materialPackage, material.track, material.sequence, material.clip,
           sourcePackage, file.track, file.sequence, file.clip, descriptor})
         sets.append(set);
-    for (const MetadataSet& set : description.subDescriptors)
+    for (const MetadataSet& set : qAsConst(description.subDescriptors))
         sets.append(set);
     return sets;
 }

@@ -47,7 +47,7 @@ QByteArray IndexSegment::serialise() const
         set.set("IndexEntryArray", entryArray(offsets));
     }
     QByteArray local;
-    for (const MetadataItem& item : set.items)
+    for (const MetadataItem& item : qAsConst(set.items))
         local += value::u16(item.info->tag) + value::u16(quint16(item.bytes.size())) + item.bytes;
     return klv(keys::indexSegment, local);
 }

@@ -131,7 +131,8 @@ QByteArray MetadataSet::bytes(const char* symbol) const
 quint64 MetadataSet::number(const char* symbol) const
 {
     quint64 number = 0;
-    for (const char byte : bytes(symbol).left(8))
+    const QByteArray digits = bytes(symbol).left(8);
+    for (const char byte : digits)
         number = number << 8 | quint8(byte);
     return number;
 }
@@ -203,7 +204,8 @@ const MetadataSet* MetadataSets::first(const char* group) const
 QVector<const MetadataSet*> MetadataSets::referenced(const MetadataSet& from, const char* symbol) const
 {
     QVector<const MetadataSet*> found;
-    for (const QUuid& id : from.references(symbol)) {
+    const auto ids = from.references(symbol);
+    for (const QUuid& id : ids) {
         if (const MetadataSet* set = find(id))
             found.append(set);
     }

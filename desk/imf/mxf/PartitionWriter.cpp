@@ -72,7 +72,7 @@ Result<QByteArray> PartitionWriter::finish()
     if (const Status status = writePack(keys::footerPartition, {}); !status)
         return status.error();
     QByteArray index;
-    for (const Written& written : m_written) {
+    for (const Written& written : qAsConst(m_written)) {
         putBig(index, written.pack.bodySid);
         putBig(index, written.pack.thisPartition);
     }

@@ -16,10 +16,20 @@ namespace desk::imf
 namespace
 {
 
-constexpr QLatin1String groups("http://www.smpte-ra.org/reg/395/2014/13/1/aaf");
-constexpr QLatin1String properties("http://www.smpte-ra.org/reg/335/2012");
-constexpr QLatin1String members("http://www.smpte-ra.org/reg/2003/2012");
-constexpr int deepestReference = 8;
+QString groups()
+{
+    return QStringLiteral("http://www.smpte-ra.org/reg/395/2014/13/1/aaf");
+}
+
+QString properties()
+{
+    return QStringLiteral("http://www.smpte-ra.org/reg/335/2012");
+}
+
+QString members()
+{
+    return QStringLiteral("http://www.smpte-ra.org/reg/2003/2012");
+}
 
 struct EnumName {
     ItemType type;
@@ -236,6 +246,8 @@ QString scalarText(ItemType type, const QByteArray& bytes)
     return isEnum(type) ? enumName(type, BigReader(bytes).get<quint8>()) : scalars().value(int(type)).text(bytes);
 }
 
+constexpr int deepestReference = 8;
+
 class Writer
 {
 public:
@@ -245,9 +257,9 @@ public:
     {
         m_xml.setAutoFormatting(true);
         m_xml.setAutoFormattingIndent(2);
-        m_xml.writeNamespace(groups, QStringLiteral("r0"));
-        m_xml.writeNamespace(properties, QStringLiteral("r1"));
-        m_xml.writeNamespace(members, QStringLiteral("r2"));
+        m_xml.writeNamespace(groups(), QStringLiteral("r0"));
+        m_xml.writeNamespace(properties(), QStringLiteral("r1"));
+        m_xml.writeNamespace(members(), QStringLiteral("r2"));
         writeSet(set, 0);
         return m_bytes.trimmed();
     }
@@ -257,7 +269,7 @@ private:
     {
         if (set.info == nullptr || depth > deepestReference)
             return;
-        m_xml.writeStartElement(groups, QString::fromLatin1(set.info->name));
+        m_xml.writeStartElement(groups(), QString::fromLatin1(set.info->name));
         for (const MetadataItem& item : set.items) {
             if (item.info != nullptr)
                 writeItem(set, item, depth);
@@ -270,21 +282,22 @@ private:
         const ItemType type = item.info->type;
         const QString name = QString::fromLatin1(item.info->symbol);
         if (type == ItemType::StrongRef || type == ItemType::StrongRefBatch) {
-            m_xml.writeStartElement(properties, name);
+            m_xml.writeStartElement(properties(), name);
             writeReferenced(set, item.info->symbol, depth);
             m_xml.writeEndElement();
         } else if (records().contains(int(type))) {
-            m_xml.writeStartElement(properties, name);
+            m_xml.writeStartElement(properties(), name);
             writeRecords(records()[int(type)], item.bytes);
             m_xml.writeEndElement();
         } else if (isEnum(type) || (scalars().contains(int(type)) && item.bytes.size() >= scalars()[int(type)].size)) {
-            m_xml.writeTextElement(properties, name, scalarText(type, item.bytes));
+            m_xml.writeTextElement(properties(), name, scalarText(type, item.bytes));
         }
     }
 
     void writeReferenced(const MetadataSet& set, const char* symbol, int depth)
     {
-        for (const MetadataSet* child : m_sets.referenced(set, symbol)) {
+        const auto children = m_sets.referenced(set, symbol);
+        for (const MetadataSet* child : children) {
             // A set has one owner; in a damaged file it may have many, and the text would grow without end.
             if (m_written.contains(child))
                 continue;
@@ -308,14 +321,14 @@ private:
     {
         const QString element = QString::fromLatin1(record.element);
         if (record.members.size() == 1) {
-            m_xml.writeTextElement(members, element,
+            m_xml.writeTextElement(members(), element,
                                    scalarText(record.members[0].type, reader.take(record.members[0].size)));
             return;
         }
         if (!element.isEmpty())
-            m_xml.writeStartElement(members, element);
+            m_xml.writeStartElement(members(), element);
         for (const RecordMember& member : record.members)
-            m_xml.writeTextElement(members, QString::fromLatin1(member.name),
+            m_xml.writeTextElement(members(), QString::fromLatin1(member.name),
                                    scalarText(member.type, reader.take(member.size)));
         if (!element.isEmpty())
             m_xml.writeEndElement();

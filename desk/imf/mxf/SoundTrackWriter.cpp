@@ -62,7 +62,8 @@ SoundFormat completed(SoundFormat format)
 {
     const McaSoundfield* soundfield = findSoundfield(format.soundfield);
     if (format.channels.isEmpty() && soundfield != nullptr) {
-        for (const QString& symbol : soundfield->channelSymbols())
+        const auto symbols = soundfield->channelSymbols();
+        for (const QString& symbol : symbols)
             format.channels.append({symbol});
     }
     return format;

@@ -103,7 +103,8 @@ Status readSampling(const MetadataSet& descriptor, PictureFormat& format)
 Status readPicture(const MetadataSets& sets, const MetadataSet& descriptor, TrackFileFacts& facts)
 {
     const MetadataSet* codestream = nullptr;
-    for (const MetadataSet* sub : sets.referenced(descriptor, "SubDescriptors")) {
+    const auto subDescriptors = sets.referenced(descriptor, "SubDescriptors");
+    for (const MetadataSet* sub : subDescriptors) {
         if (isA(sub->info, "JPEG2000SubDescriptor"))
             codestream = sub;
     }
@@ -135,7 +136,8 @@ QString labelSymbol(const MetadataSet& set, const Row* row)
 
 void readLabels(const MetadataSets& sets, const MetadataSet& descriptor, SoundFormat& sound)
 {
-    for (const MetadataSet* sub : sets.referenced(descriptor, "SubDescriptors")) {
+    const auto subDescriptors = sets.referenced(descriptor, "SubDescriptors");
+    for (const MetadataSet* sub : subDescriptors) {
         const Ul label = sub->label("MCALabelDictionaryID");
         if (isA(sub->info, "SoundfieldGroupLabelSubDescriptor")) {
             sound.soundfield = labelSymbol(*sub, findSoundfield(label));

@@ -52,7 +52,8 @@ SoundFormat sound(const QString& soundfield)
 {
     SoundFormat format;
     format.soundfield = soundfield;
-    for (const QString& symbol : findSoundfield(soundfield)->channelSymbols())
+    const auto symbols = findSoundfield(soundfield)->channelSymbols();
+    for (const QString& symbol : symbols)
         format.channels.append({symbol});
     format.language = QStringLiteral("en-US");
     format.title = QStringLiteral("Tiny tracks");
