@@ -3,6 +3,7 @@
 #include "desk/app/ExportSession.h"
 
 #include <QCommandLineParser>
+#include <QDir>
 
 namespace desk::app
 {
@@ -40,6 +41,8 @@ int runExport(const QCommandLineParser& parser, const QStringList& arguments)
     ExportRequest request;
     request.media = arguments;
     request.folder = parser.value(QStringLiteral("to"));
+    if (!request.folder.isEmpty())
+        request.folder = QDir::cleanPath(QDir(request.folder).absolutePath());
     request.deliveryName = parser.value(QStringLiteral("name"));
     request.impName = parser.value(QStringLiteral("imp"));
     request.title = parser.value(QStringLiteral("title"));

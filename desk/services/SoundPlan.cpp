@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace desk::services
 {
@@ -141,13 +142,75 @@ struct Row {
     QString contentKind;
 };
 
+QString trackName(int number)
+{
+    return QStringLiteral("IMF track A%1").arg(number);
+}
+
+/// Whether tracks can go one to one into a mode: their labels name just its channels, or none names a place.
+bool fits(const media::Sequence& sequence, const QVector<int>& sources, const MixMode& mode)
+{
+    QStringList places;
+    for (int source : sources)
+        places += placeOf(sequence.audio[source].label);
+    places.removeAll(QString());
+    return places.isEmpty() ||
+           QSet<QString>(places.begin(), places.end()) == QSet<QString>(mode.channels.begin(), mode.channels.end());
+}
+
+/// The largest mode up to `largest` that the tracks from `first` on fit into; a single track is mono.
+const MixMode& modeAt(const media::Sequence& sequence, int first, const MixMode& largest, QVector<int>& sources)
+{
+    for (int i = mixModes().size() - 1; i > 0; --i) {
+        const MixMode& mode = mixModes().at(i);
+        const int count = mode.channels.size();
+        if (count > largest.channels.size() || first + count > sequence.audio.size())
+            continue;
+        sources.resize(count);
+        std::iota(sources.begin(), sources.end(), first);
+        if (fits(sequence, sources, mode))
+            return mode;
+    }
+    sources = {first};
+    return mixModes().first();
+}
+
+bool hasPlaceOutside(const media::Sequence& sequence, const MixMode& mode)
+{
+    return std::any_of(sequence.audio.begin(), sequence.audio.end(), [&mode](const media::AudioTrackInfo& track) {
+        const QString place = placeOf(track.label);
+        return !place.isEmpty() && !mode.channels.contains(place);
+    });
+}
+
+/// What is written where nobody has mapped anything: see planSound().
+QVector<Row> undirectedRows(const media::Sequence& sequence, const OutputFormat& format)
+{
+    const MixMode& largest = *findMixMode(format.value(QLatin1String(ImfDict::AudioMix)));
+    const int tracks = sequence.audio.size();
+    if (tracks < largest.channels.size() || hasPlaceOutside(sequence, largest)) {
+        Row all{trackName(1), QLatin1String(largest.name), {}, {}, {}};
+        all.sources.resize(tracks);
+        std::iota(all.sources.begin(), all.sources.end(), 0);
+        return {all};
+    }
+    QVector<Row> rows;
+    for (int first = 0; first < tracks; first += rows.last().sources.size()) {
+        Row row;
+        row.name = trackName(rows.size() + 1);
+        row.mode = QLatin1String(modeAt(sequence, first, largest, row.sources).name);
+        rows += row;
+    }
+    return rows;
+}
+
 QVector<Row> rowsOf(const media::Sequence& sequence, const OutputFormat& format)
 {
     QVector<Row> rows;
     for (const QJsonValue& value : format.mapping) {
         const QJsonObject entry = value.toObject();
         Row row;
-        row.name = QStringLiteral("IMF track A%1").arg(entry[QLatin1String(ImfDict::Out)].toInt());
+        row.name = trackName(entry[QLatin1String(ImfDict::Out)].toInt());
         row.mode = entry[QLatin1String(ImfDict::AudioMixdownSettings)].toString();
         for (const QJsonValue& in : entry[QLatin1String(ImfDict::In)].toArray()) {
             if (!row.sources.contains(in.toInt() - 1))
@@ -159,13 +222,7 @@ QVector<Row> rowsOf(const media::Sequence& sequence, const OutputFormat& format)
             row.contentKind.clear();
         rows += row;
     }
-    if (rows.isEmpty() && !sequence.audio.isEmpty()) {
-        Row all{QStringLiteral("IMF track A1"), format.value(QLatin1String(ImfDict::AudioMix)), {}, {}, {}};
-        for (int track = 0; track < sequence.audio.size(); ++track)
-            all.sources += track;
-        rows += all;
-    }
-    return rows;
+    return rows.isEmpty() ? undirectedRows(sequence, format) : rows;
 }
 
 Error rowError(const media::Sequence& sequence, const Row& row, const QString& what, const QString& next)
@@ -219,6 +276,8 @@ void SoundPlan::mix(const media::SoundBlock& block, std::vector<std::int32_t>& i
 Result<QVector<SoundPlan>> planSound(const media::Sequence& sequence, const OutputFormat& format)
 {
     QVector<SoundPlan> plans;
+    if (sequence.audio.isEmpty())
+        return plans;
     for (const Row& row : rowsOf(sequence, format)) {
         auto plan = planRow(sequence, row);
         if (!plan)
