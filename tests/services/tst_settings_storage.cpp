@@ -1,0 +1,100 @@
+#include "desk/services/SettingsStorage.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+using desk::services::SettingsStorage;
+
+class TestSettingsStorage : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_folder;
+
+    QString file() const { return m_folder.filePath(QStringLiteral("packages.json")); }
+
+    QStringList files() const { return QDir(m_folder.path()).entryList(QDir::Files); }
+
+    static QByteArray read(const QString& path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    void write(const QByteArray& text) const
+    {
+        QFile target(file());
+        QVERIFY(target.open(QIODevice::WriteOnly));
+        target.write(text);
+    }
+
+private slots:
+
+    void init()
+    {
+        for (const QString& name : files())
+            QVERIFY(QFile::remove(m_folder.filePath(name)));
+    }
+
+    void whatWasStoredIsThereInTheNextRun()
+    {
+        const QJsonArray folders{"/a", "/b"};
+        SettingsStorage(file()).set("FOLDERS", folders);
+        SettingsStorage next(file());
+        QVERIFY(next.get("FOLDERS").has_value());
+        QCOMPARE(*next.get("FOLDERS"), folders);
+        QVERIFY(!next.get("OTHER").has_value());
+        QVERIFY(next.takeNotices().isEmpty());
+    }
+
+    void aDamagedFileIsSetAsideAndNeverOverwritten_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("no JSON") << QByteArray("{\"A\": [1,");
+        QTest::newRow("half a document") << QByteArray("{\"UNBURNED_ITEMS_KEY\":[{\"Name\":\"x\"");
+        QTest::newRow("an array") << QByteArray("[1, 2]");
+        QTest::newRow("wrong type below a key") << QByteArray("{\"UNBURNED_ITEMS_KEY\": \"x\"}");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("bytes") << QByteArray("\0\xff\xfe\x01", 4);
+    }
+
+    void aDamagedFileIsSetAsideAndNeverOverwritten()
+    {
+        QFETCH(QByteArray, text);
+        write(text);
+        SettingsStorage storage(file());
+        const QStringList notices = storage.takeNotices();
+        QCOMPARE(notices.size(), 1);
+        QVERIFY(notices.first().contains(file()));
+        storage.set("KEY", {1});
+        QStringList aside = files();
+        QVERIFY(aside.removeOne(QStringLiteral("packages.json")));
+        QCOMPARE(aside.size(), 1);
+        QVERIFY(notices.first().contains(aside.first()));
+        QCOMPARE(read(m_folder.filePath(aside.first())), text);
+        QCOMPARE(*SettingsStorage(file()).get("KEY"), QJsonArray{1});
+    }
+
+    void theStateOfTheLastRunOutlivesTheChangesOfThisOne()
+    {
+        SettingsStorage(file()).set("WORK", {"the user's work"});
+        const QByteArray before = read(file());
+        SettingsStorage storage(file());
+        storage.set("WORK", {});
+        storage.set("WORK", {"something else"});
+        QCOMPARE(read(file() + QStringLiteral(".previous")), before);
+    }
+
+    void aFolderThatCannotBeWrittenIsToldAndTheValueKept()
+    {
+        SettingsStorage storage(QStringLiteral("/proc/none/packages.json"));
+        storage.set("KEY", {1});
+        QCOMPARE(*storage.get("KEY"), QJsonArray{1});
+        QVERIFY(storage.takeNotices().join(QString()).contains(QStringLiteral("/proc/none/packages.json")));
+    }
+};
+
+STRATACUT_TEST_MAIN(TestSettingsStorage)
+#include "tst_settings_storage.moc"

@@ -1,0 +1,147 @@
+#include "desk/services/SoundPlan.h"
+#include "support/TestMain.h"
+
+#include <QJsonObject>
+
+using namespace desk;
+using namespace desk::services;
+
+class TestSoundPlan : public QObject
+{
+    Q_OBJECT
+
+    static media::Sequence sequenceOf(const QStringList& labels)
+    {
+        media::Sequence sequence;
+        sequence.path = QStringLiteral("/clip.mov");
+        for (const QString& label : labels) {
+            media::AudioTrackInfo track;
+            track.label = label;
+            track.language = QStringLiteral("eng");
+            sequence.audio += track;
+        }
+        return sequence;
+    }
+
+    /// Every source holds 100 times its number; what each track file then holds.
+    static QString mixed(const media::Sequence& sequence, const OutputFormat& format)
+    {
+        const auto plans = planSound(sequence, format);
+        if (!plans)
+            return plans.error().sentence();
+        QStringList files;
+        for (const SoundPlan& plan : *plans) {
+            media::SoundBlock block;
+            for (int source : plan.sources)
+                block.tracks.push_back({100 * (source + 1)});
+            std::vector<std::int32_t> samples;
+            plan.mix(block, samples);
+            QStringList values{plan.format.soundfield};
+            for (std::int32_t sample : samples)
+                values += QString::number(sample);
+            files += values.join(' ');
+        }
+        return files.join(QStringLiteral(" | "));
+    }
+
+    static QJsonObject row(int out, const QString& mode, const QJsonArray& in)
+    {
+        return {{"Out", out},
+                {"AudioMixdownSettings", mode},
+                {"In", in},
+                {"RFC5646SpokenLanguage", "fr"},
+                {"AudioContentKind", "None"}};
+    }
+
+private slots:
+
+    void unmappedTracksGoWhereTheirLabelsAndTheModeSay_data()
+    {
+        QTest::addColumn<QStringList>("labels");
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<QString>("expected");
+        const QString m = QStringLiteral("Mono");
+        QTest::newRow("none") << QStringList() << "Stereo"
+                              << "";
+        QTest::newRow("one") << QStringList{m} << "Mono"
+                             << "sgM 100";
+        QTest::newRow("one to stereo") << QStringList{m} << "Stereo"
+                                       << "sgST 100 100";
+        QTest::newRow("pair") << QStringList{m, m} << "Stereo"
+                              << "sgST 100 200";
+        QTest::newRow("pair the wrong way round") << QStringList{"R", "L"} << "Stereo"
+                                                  << "sgST 200 100";
+        QTest::newRow("pair to mono") << QStringList{"L", "R"} << "Mono"
+                                      << "sgM 150";
+        QTest::newRow("two monos") << QStringList{m, m} << "Mono"
+                                   << "sgM 100 | sgM 200";
+        QTest::newRow("three") << QStringList{m, m, m} << "Stereo"
+                               << "sgST 100 200 | sgM 300";
+        QTest::newRow("film order") << QStringList{"L", "C", "R", "Ls", "Rs", "LFE"} << "5.1"
+                                    << "sg51 100 300 200 600 400 500";
+        QTest::newRow("eight") << QStringList{m, m, m, m, m, m, m, m} << "5.1"
+                               << "sg51 100 200 300 400 500 600 | sgST 700 800";
+        QTest::newRow("stereo, then 5.1") << QStringList{"L", "R", "L", "R", "C", "LFE", "Ls", "Rs"} << "5.1"
+                                          << "sgST 100 200 | sg51 300 400 500 600 700 800";
+        // L + 0.707 (C + Ls), lowered so that the sum of the gains is one.
+        QTest::newRow("5.1 to stereo") << QStringList{"L", "R", "C", "LFE", "Ls", "Rs"} << "Stereo"
+                                       << "sgST 276 347";
+        QTest::newRow("pair to 5.1") << QStringList{"L", "R"} << "5.1"
+                                     << "sg51 100 200 0 0 0 0";
+    }
+
+    void unmappedTracksGoWhereTheirLabelsAndTheModeSay()
+    {
+        QFETCH(QStringList, labels);
+        QFETCH(QString, mode);
+        QFETCH(QString, expected);
+        OutputFormat format;
+        format.audioMix = mode;
+        QCOMPARE(mixed(sequenceOf(labels), format), expected);
+    }
+
+    void eachRowOfTheMappingBecomesATrackFile()
+    {
+        OutputFormat format;
+        format.mapping = {row(1, "Stereo", {3, 1}), row(2, "Mono", {2})};
+        const media::Sequence sequence = sequenceOf({"Mono", "Mono", "Mono"});
+        QCOMPARE(mixed(sequence, format), QStringLiteral("sgST 300 100 | sgM 200"));
+        QCOMPARE(planSound(sequence, format)->first().format.language, QStringLiteral("fr"));
+        format.mapping = {};
+        QCOMPARE(planSound(sequence, format)->first().format.language, QStringLiteral("en"));
+    }
+
+    void aRowThatCannotBeMadeIsNamed_data()
+    {
+        QTest::addColumn<QJsonObject>("entry");
+        QTest::newRow("unknown mode") << row(2, "7.1", {1});
+        QTest::newRow("no source") << row(2, "Mono", {});
+        QTest::newRow("source beyond the last") << row(2, "Mono", {3});
+        QTest::newRow("source zero") << row(2, "Mono", {0});
+    }
+
+    void aRowThatCannotBeMadeIsNamed()
+    {
+        QFETCH(QJsonObject, entry);
+        OutputFormat format;
+        format.mapping = {row(1, "Mono", {1}), entry};
+        const auto plans = planSound(sequenceOf({"Mono", "Mono"}), format);
+        QVERIFY(!plans);
+        QCOMPARE(plans.error().item, QStringLiteral("IMF track A2"));
+        QVERIFY(!plans.error().next.isEmpty());
+    }
+
+    void soundThatIsTooLoudIsLimited()
+    {
+        SoundPlan plan;
+        plan.gains = {{1, 1}};
+        media::SoundBlock block;
+        block.tracks = {{8388607, -8388608}, {8388607, -8388608}};
+        std::vector<std::int32_t> samples;
+        plan.mix(block, samples);
+        QCOMPARE(samples, (std::vector<std::int32_t>{8388607, -8388608}));
+    }
+};
+
+STRATACUT_TEST_MAIN(TestSoundPlan)
+#include "tst_sound_plan.moc"
