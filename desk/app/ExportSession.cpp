@@ -135,6 +135,7 @@ Status ExportSession::installHost()
         std::make_unique<services::SettingsStorage>(m_request.profile.isEmpty() ? QString() : m_profile.settingsFile());
     tell(settings->takeNotices());
     m_model = std::make_unique<IMF_PackageMgrQtModel>();
+    m_output.follow(m_model.get());
     m_model->initialize(&m_output, std::move(settings));
     // What saved work says about itself is no failure of this export.
     tell(std::exchange(m_messages, {}));

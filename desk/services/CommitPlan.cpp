@@ -81,7 +81,6 @@ Status addPackage(CommitPlan& plan, int place, const CommitRequest& request, con
 {
     const AppliedItem& imp = request.items[place];
     PackagePlan package;
-    package.componentId = imp.id;
     package.package.id = QUuid::createUuid();
     setTexts(package.package, imp);
     for (int i = place + 1; i < request.items.size() && request.items[i].type == IMF_PackageMgr::CPL; ++i) {

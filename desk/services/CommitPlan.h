@@ -21,7 +21,6 @@ struct AppliedItem {
 
 /// One IMP to be written.
 struct PackagePlan {
-    QByteArray componentId;
     imf::NewPackage package;
     QVector<CompositionOrder> compositions;
 };

@@ -1,5 +1,6 @@
 #include "desk/services/PackageOutput.h"
 
+#include "StratacutUI/IMF_PackageMgrQtModel.h"
 #include "StratacutUI/ImfDict.h"
 #include "desk/services/DeliveryDocument.h"
 #include "desk/services/FolderName.h"
@@ -64,6 +65,23 @@ Error occupied(const QString& folder)
             {},
             QStringLiteral("this folder already exists"),
             QStringLiteral("choose another name or another place")};
+}
+
+/// Packages that the tree does not name come last, in their own order.
+void sortPackages(imf::Delivery& delivery, QStringList names)
+{
+    QHash<QUuid, int> places;
+    for (const imf::DeliveredPackage& package : qAsConst(delivery.packages)) {
+        const int place = names.indexOf(package.name);
+        places[package.packingList.id] = place < 0 ? names.size() : place;
+        // A name that two rows share belongs to each of them once.
+        if (place >= 0)
+            names[place] = QString();
+    }
+    std::stable_sort(delivery.packages.begin(), delivery.packages.end(),
+                     [&places](const imf::DeliveredPackage& a, const imf::DeliveredPackage& b) {
+                         return places[a.packingList.id] < places[b.packingList.id];
+                     });
 }
 
 QMap<QString, IMFO_TrackInfo> trackInfoOf(const QJsonObject& cpl)
@@ -134,12 +152,17 @@ imf::AssetResolver PackageOutput::resolverFor(const QString& folder) const
     };
 }
 
-void PackageOutput::sortPackages(Entry& entry)
+QStringList PackageOutput::impsInTreeOrder(const QByteArray& id) const
 {
-    std::stable_sort(entry.delivery.packages.begin(), entry.delivery.packages.end(),
-                     [&entry](const imf::DeliveredPackage& a, const imf::DeliveredPackage& b) {
-                         return entry.places.value(a.packingList.id, -1) < entry.places.value(b.packingList.id, -1);
-                     });
+    QStringList names;
+    for (int row = 0; m_packageModel && row < m_packageModel->rowCount(); ++row) {
+        const QModelIndex delivery = m_packageModel->index(row, 0);
+        if (IMF_PackageMgrQtModel::ComponentIDFromIndex(delivery) != id)
+            continue;
+        for (int imp = 0; imp < m_packageModel->rowCount(delivery); ++imp)
+            names += m_packageModel->index(imp, 0, delivery).data(IMF_PackageMgrQtModel::NameRole).toString();
+    }
+    return names;
 }
 
 void PackageOutput::indexCompositions(const QByteArray& id, Entry& entry)
@@ -165,7 +188,7 @@ Result<QByteArray> PackageOutput::open(const QString& folder)
     entry.folder = folder;
     entry.delivery = std::move(*delivery);
     entry.name = entry.delivery.name;
-    sortPackages(entry);
+    sortPackages(entry.delivery, impsInTreeOrder(id));
     entry.document = documentOf(entry.delivery);
     indexCompositions(id, entry);
     return id;
@@ -248,8 +271,6 @@ void PackageOutput::removeItem(IMFO_Error_t& error, const QByteArray& componentI
         return;
     }
     m_entries.erase(componentId);
-    if (Entry* entry = entryOf(deliveryId))
-        entry->created.removeAll(componentId);
 }
 
 Status PackageOutput::checkTarget(const QString& folder, const Entry& entry) const
@@ -289,11 +310,6 @@ Status PackageOutput::start(const IMFO_ItemInfo& item, const CommitCallback& onD
     if (plan->newFolder && entry.folder != plan->folder && isOccupied(plan->folder))
         return occupied(plan->folder);
     entry.target = plan->folder;
-    for (const PackagePlan& package : plan->packages) {
-        if (!entry.created.contains(package.componentId))
-            entry.created += package.componentId;
-        entry.places[package.package.id] = entry.created.indexOf(package.componentId);
-    }
     m_queue.add(*plan, onDone);
     return {};
 }
@@ -303,11 +319,10 @@ void PackageOutput::commit(IMFO_Error_t& error, const IMFO_ItemInfo& item, Commi
     error = outcome(start(item, onDone));
 }
 
-void PackageOutput::createIMP(IMFO_Error_t& error, const QByteArray& impComponentId, const QByteArray&)
+void PackageOutput::createIMP(IMFO_Error_t& error, const QByteArray&, const QByteArray&)
 {
+    // Its name may still change without a word to this side: what it is, its document says when it is committed.
     error = OutputError();
-    if (Entry* entry = entryOf(impComponentId.left(impComponentId.indexOf('/'))))
-        entry->created += impComponentId;
 }
 
 void PackageOutput::createCPL(IMFO_Error_t& error, const QByteArray&, const QByteArray&, const QByteArray&)

@@ -4,8 +4,10 @@
 #include "desk/services/CommitPlan.h"
 #include "desk/services/CommitQueue.h"
 
+#include <QAbstractItemModel>
 #include <QHash>
 #include <QObject>
+#include <QPointer>
 
 #include <map>
 #include <optional>
@@ -35,6 +37,10 @@ public:
 
     /// Counts for commits that start after the call.
     void setPadding(Padding padding) { m_padding = padding; }
+
+    /// The item model whose order of IMPs readDelivery() keeps: a folder lists them in the order of their commits,
+    /// which is another one where they were committed one by one. Not owned.
+    void follow(const QAbstractItemModel* packageModel) { m_packageModel = packageModel; }
 
     /// Cancels the commits of a delivery. Their completion carries the code for a warning.
     void cancel(const QByteArray& deliveryId);
@@ -78,16 +84,13 @@ private:
         imf::Delivery delivery;
         QJsonObject document;
         QHash<QByteArray, QJsonObject> compositions;
-        /// The IMPs in the order of their creation, and the packing lists that some of them became.
-        QVector<QByteArray> created;
-        QHash<QUuid, int> places;
     };
 
     Result<QByteArray> open(const QString& folder);
     QByteArray idOfFolder(const QString& folder) const;
     Entry* entryOf(const QByteArray& componentId);
     imf::AssetResolver resolverFor(const QString& folder) const;
-    static void sortPackages(Entry& entry);
+    QStringList impsInTreeOrder(const QByteArray& id) const;
     static void indexCompositions(const QByteArray& id, Entry& entry);
     Status checkTarget(const QString& folder, const Entry& entry) const;
     Status start(const IMFO_ItemInfo& item, const CommitCallback& onDone);
@@ -95,6 +98,7 @@ private:
     MediaLibrary* m_library;
     QString m_defaultFolder;
     Padding m_padding = Padding::Refuse;
+    QPointer<const QAbstractItemModel> m_packageModel;
     std::map<QByteArray, Entry> m_entries;
     QVector<AppliedItem> m_applied;
     std::pair<QByteArray, QJsonObject> m_settings;

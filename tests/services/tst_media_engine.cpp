@@ -31,8 +31,13 @@ class TestMediaEngine : public QObject
         made.frameRate = rate;
         made.frames = 50;
         made.picture = media::PictureTrackInfo();
-        for (const QString& label : labels)
-            made.audio += media::AudioTrackInfo{QStringLiteral("A%1").arg(made.audio.size() + 1), label, "Main 5", {}};
+        for (const QString& label : labels) {
+            media::AudioTrackInfo track;
+            track.name = QStringLiteral("A%1").arg(made.audio.size() + 1);
+            track.label = label;
+            track.title = QStringLiteral("Main 5");
+            made.audio += track;
+        }
         return made;
     }
 

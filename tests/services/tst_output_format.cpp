@@ -122,7 +122,7 @@ private slots:
                               "a/b",
                               "a\\b",
                               "a\nb",
-                              QString("a\0b", 3),
+                              QString::fromLatin1("a\0b", 3),
                               "a.",
                               "a ",
                               " a",

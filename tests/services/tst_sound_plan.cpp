@@ -85,7 +85,7 @@ private slots:
                                           << "sgST 100 200 | sg51 300 400 500 600 700 800";
         // L + 0.707 (C + Ls), lowered so that the sum of the gains is one.
         QTest::newRow("5.1 to stereo") << QStringList{"L", "R", "C", "LFE", "Ls", "Rs"} << "Stereo"
-                                       << "sgST 276 347";
+                                       << "sgST 276 346";
         QTest::newRow("pair to 5.1") << QStringList{"L", "R"} << "5.1"
                                      << "sg51 100 200 0 0 0 0";
     }
