@@ -25,6 +25,20 @@ QJsonArray childrenOf(const QJsonObject& json)
 {
     return json.value(ImfDict::Children).toArray();
 }
+
+/// Neighbours mostly have the same parameters: equal sections are kept once.
+QJsonObject sharingSections(QJsonObject json, const IMF_Node& parent)
+{
+    const IMF_CPL* neighbour = parent.childCount() > 0 ? boost::get<IMF_CPL>(&parent.back()->value()) : nullptr;
+    if (!neighbour)
+        return json;
+    for (const char* section : {ImfDict::Video, ImfDict::Audio}) {
+        const QJsonValue theirs = neighbour->jsonObject().value(QLatin1String(section));
+        if (theirs.isObject() && theirs == json.value(QLatin1String(section)))
+            json[QLatin1String(section)] = theirs;
+    }
+    return json;
+}
 } // namespace
 
 std::shared_ptr<IMF_Node> IMF_PackageDeliveryReader::getDeliveryNodeFromJson(const QJsonObject& delivery,
@@ -57,7 +71,8 @@ std::shared_ptr<IMF_Node> IMF_PackageDeliveryReader::cplFromJson(const QJsonObje
                                                                  const std::shared_ptr<IMF_Node>& parent)
 {
     const std::shared_ptr<IMF_Node> node = IMF_Node::Create(parent);
-    node->setValue(IMF_CPL(node, withoutChildren(json), statusOf(json)));
+    const QJsonObject document = withoutChildren(json);
+    node->setValue(IMF_CPL(node, parent ? sharingSections(document, *parent) : document, statusOf(json)));
     return node;
 }
 

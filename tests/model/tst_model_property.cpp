@@ -13,7 +13,7 @@ using Model = IMF_PackageMgrQtModel;
 
 namespace
 {
-constexpr int operations = 3000;
+constexpr int operations = 2000;
 constexpr int mostChildren = 5;
 
 /// What the tree is to look like, kept apart from it.
