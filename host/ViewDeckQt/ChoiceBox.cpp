@@ -21,6 +21,7 @@ namespace
 {
 constexpr int separatorHeight = 9;
 constexpr int entryPadding = 4;
+constexpr int textPadding = Spacing::fieldPadding - 1;
 
 bool isDivider(const QModelIndex& index)
 {
@@ -34,25 +35,38 @@ public:
 
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
     {
-        const QSize size = QStyledItemDelegate::sizeHint(option, index);
-        return {size.width() + 2 * entryPadding,
+        return {option.fontMetrics.horizontalAdvance(index.data().toString()) + 2 * textPadding + 1,
                 isDivider(index) ? separatorHeight : option.fontMetrics.height() + 2 * entryPadding};
     }
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
     {
         if (!isDivider(index))
-            return QStyledItemDelegate::paint(painter, option, index);
+            return paintEntry(painter, option, index);
         const QRect line(option.rect.left() + entryPadding, option.rect.center().y(),
                          option.rect.width() - 2 * entryPadding, 1);
         painter->fillRect(line, Tone::divider(option.palette));
     }
 
+    // The text is drawn apart so that it reads in its own direction, as in the closed box, not in that of the layout.
+    void paintEntry(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
+    {
+        QStyleOptionViewItem item(option);
+        initStyleOption(&item, index);
+        item.text.clear();
+        const QStyle* style = item.widget->style();
+        style->drawControl(QStyle::CE_ItemViewItem, &item, painter, item.widget);
+        const QRect place = item.rect.adjusted(textPadding, 0, -textPadding, 0);
+        const QString text = item.fontMetrics.elidedText(index.data().toString(), Qt::ElideRight, place.width());
+        const Qt::Alignment lines = QStyle::visualAlignment(item.direction, Qt::AlignLeft | Qt::AlignVCenter);
+        style->drawItemText(painter, place, int(lines), item.palette, true, text,
+                            item.state & QStyle::State_Selected ? QPalette::HighlightedText : QPalette::Text);
+    }
+
     bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                    const QModelIndex& index) override
     {
-        if (event->type() != QEvent::ToolTip ||
-            QStyledItemDelegate::sizeHint(option, index).width() <= option.rect.width())
+        if (event->type() != QEvent::ToolTip || sizeHint(option, index).width() <= option.rect.width())
             return QStyledItemDelegate::helpEvent(event, view, option, index);
         QToolTip::showText(event->globalPos(), index.data().toString(), view);
         return true;

@@ -3,6 +3,7 @@
 #include "FamilyStyle.h"
 #include "SectionHeader.h"
 
+#include <QEvent>
 #include <QVBoxLayout>
 
 namespace ViewDeckQt
@@ -18,7 +19,7 @@ PWExpandableContainer::PWExpandableContainer(QWidget* parent, const QString& lab
     : PWContainer(parent, id, contents), m_header(new SectionHeader(label, this)), m_body(new QWidget(this))
 {
     m_body->setLayout(contents);
-    contents->setContentsMargins(Spacing::indent, 0, 0, 0);
+    indent();
     auto* whole = new QVBoxLayout(this);
     whole->setContentsMargins(0, Spacing::section - Spacing::row, 0, 0);
     whole->setSpacing(Spacing::row);
@@ -27,6 +28,20 @@ PWExpandableContainer::PWExpandableContainer(QWidget* parent, const QString& lab
     connect(m_header, &SectionHeader::toggled, this, &PWExpandableContainer::showContents);
     connect(m_header, &SectionHeader::expandRequested, this, &PWExpandableContainer::expand);
     connect(m_header, &SectionHeader::collapseRequested, this, &PWExpandableContainer::collapse);
+}
+
+// Layouts mirror their items but not their margins.
+void PWExpandableContainer::indent()
+{
+    const int left = isRightToLeft() ? 0 : Spacing::indent;
+    m_body->layout()->setContentsMargins(left, 0, Spacing::indent - left, 0);
+}
+
+void PWExpandableContainer::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::LayoutDirectionChange)
+        indent();
+    PWContainer::changeEvent(event);
 }
 
 void PWExpandableContainer::expand()

@@ -124,7 +124,7 @@ void ParamTitle::paintEvent(QPaintEvent*)
         return;
     // A sign beside the text says the same to those who do not see the colour.
     const int textWidth = std::min(metrics.horizontalAdvance(plainText()), place.width());
-    QRect mark(place.right() - textWidth - markArea + 3, (height() - markSize) / 2, markSize, markSize);
+    QRect mark(width() - textWidth - markArea + 2, (height() - markSize) / 2, markSize, markSize);
     mark = QStyle::visualRect(layoutDirection(), rect(), mark);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);

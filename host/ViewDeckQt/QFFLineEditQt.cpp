@@ -100,7 +100,9 @@ void QFFLineEditQt::paintEvent(QPaintEvent* event)
     style()->drawPrimitive(QStyle::PE_PanelLineEdit, &option, &painter, this);
     const QRect place = textRect();
     const QString shown = fontMetrics().elidedText(displayText(), m_elideMode, place.width());
-    const Qt::Alignment lines = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter);
+    // Where QLineEdit puts a text, so that it does not jump when the focus comes.
+    const Qt::Alignment side = displayText().isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft;
+    const Qt::Alignment lines = side | Qt::AlignVCenter;
     style()->drawItemText(&painter, place, int(lines), palette(), isEnabled(), shown, QPalette::Text);
 }
 

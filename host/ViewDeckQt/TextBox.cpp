@@ -2,7 +2,9 @@
 
 #include "FamilyStyle.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QPainter>
+#include <QResizeEvent>
 #include <QScrollBar>
 #include <QStyleOption>
 #include <QTextBlock>
@@ -16,7 +18,8 @@ namespace ViewDeckQt
 namespace
 {
 constexpr int frame = 2;
-constexpr int verticalPadding = 3;
+// What the viewport needs beyond its lines so as not to scroll.
+constexpr int slack = 2;
 constexpr int fewestLines = 3;
 constexpr int mostLines = 8;
 } // namespace
@@ -25,29 +28,37 @@ TextBox::TextBox(QWidget* parent) : QPlainTextEdit(parent)
 {
     FamilyStyle::apply(this);
     FamilyStyle::apply(verticalScrollBar());
-    setFrameShape(QFrame::NoFrame);
-    setViewportMargins(frame, frame, frame, frame);
-    // The frame is filled by event(), with its round corners.
+    setFrameStyle(QFrame::Box | QFrame::Plain);
+    setLineWidth(frame);
+    // event() draws the frame and fills it, with its round corners.
     viewport()->setAutoFillBackground(false);
     document()->setDocumentMargin(Spacing::fieldPadding - frame);
     setTabChangesFocus(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     connect(this, &QPlainTextEdit::textChanged, this, &TextBox::fitHeight);
+    fitHeight();
 }
 
 int TextBox::heightOf(int lines) const
 {
-    return lines * fontMetrics().lineSpacing() + int(2 * document()->documentMargin()) + 2 * frame;
+    return lines * fontMetrics().lineSpacing() + int(2 * document()->documentMargin()) + 2 * frame + slack;
+}
+
+// At most one more than are ever shown: a long text is not laid out to its end.
+int TextBox::lines() const
+{
+    int lines = 0;
+    for (QTextBlock block = document()->begin(); block.isValid() && lines <= mostLines; block = block.next()) {
+        document()->documentLayout()->blockBoundingRect(block); // a block has its lines once somebody asks for its size
+        lines += std::max(block.layout()->lineCount(), 1);
+    }
+    return lines;
 }
 
 QSize TextBox::sizeHint() const
 {
-    int lines = 0;
-    for (QTextBlock block = document()->begin(); block.isValid() && lines < mostLines; block = block.next())
-        lines += std::max(block.layout()->lineCount(), 1);
-    const int fewest = isReadOnly() ? 1 : fewestLines;
-    return {200, heightOf(std::min(std::max(lines, fewest), mostLines))};
+    return {200, heightOf(std::clamp(lines(), isReadOnly() ? 1 : fewestLines, mostLines))};
 }
 
 QSize TextBox::minimumSizeHint() const
@@ -57,6 +68,7 @@ QSize TextBox::minimumSizeHint() const
 
 void TextBox::fitHeight()
 {
+    setVerticalScrollBarPolicy(lines() > mostLines ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
     updateGeometry();
 }
 
@@ -70,6 +82,7 @@ bool TextBox::event(QEvent* event)
         option.state.setFlag(QStyle::State_HasFocus, hasFocus());
         QPainter painter(this);
         style()->drawPrimitive(QStyle::PE_PanelLineEdit, &option, &painter, this);
+        return true;
     }
     if (event->type() == QEvent::ReadOnlyChange)
         updateGeometry();
@@ -91,7 +104,9 @@ void TextBox::focusOutEvent(QFocusEvent* event)
 void TextBox::resizeEvent(QResizeEvent* event)
 {
     QPlainTextEdit::resizeEvent(event);
-    fitHeight();
+    // The layout that gives a new size here does not listen to wishes until it is done.
+    if (event->oldSize().width() != event->size().width())
+        QMetaObject::invokeMethod(this, &TextBox::fitHeight, Qt::QueuedConnection);
 }
 
 void TextBox::wheelEvent(QWheelEvent* event)

@@ -24,6 +24,7 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 
 private:
+    int lines() const;
     int heightOf(int lines) const;
     void fitHeight();
 };

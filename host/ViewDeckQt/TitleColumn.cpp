@@ -28,10 +28,15 @@ QWidget* pageOf(QWidget* widget)
     return widget;
 }
 
+int leading(const QMargins& margins, const QWidget* widget)
+{
+    return widget->isRightToLeft() ? margins.right() : margins.left();
+}
+
 // Where the layout's item that is or contains the widget starts, on the side where lines start; -1 if it has none.
 int marginTo(const QLayout* layout, const QWidget* widget)
 {
-    const int margin = layout->contentsMargins().left();
+    const int margin = leading(layout->contentsMargins(), widget);
     for (int i = 0; i < layout->count(); ++i) {
         QLayoutItem* item = layout->itemAt(i);
         if (item->widget() == widget)
@@ -51,7 +56,7 @@ int indentOf(const QWidget* widget, const QWidget* page)
     for (; widget != page && widget->parentWidget(); widget = widget->parentWidget()) {
         const QWidget* parent = widget->parentWidget();
         const int margin = parent->layout() ? marginTo(parent->layout(), widget) : -1;
-        indent += margin >= 0 ? margin + parent->contentsMargins().left() : widget->x();
+        indent += margin >= 0 ? margin + leading(parent->contentsMargins(), widget) : widget->x();
     }
     return indent;
 }

@@ -28,8 +28,12 @@ signals:
     /// The contents have been shown or hidden, by the user or the program.
     void expansionChanged();
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     PWExpandableContainer(QWidget* parent, const QString& label, const QString& id, QVBoxLayout* contents);
+    void indent();
     void showContents(bool expanded);
 
     SectionHeader* m_header;
