@@ -191,7 +191,8 @@ std::unique_ptr<QStandardItemModel> buildPeer(const QJsonObject& document)
     auto* impItem = new QStandardItem(imp[ImfDict::Name].toString());
     delivery->appendRow({impItem, new QStandardItem});
     std::vector<QString> texts;
-    for (const QJsonValue& cpl : imp[ImfDict::Children].toArray()) {
+    const QJsonArray cpls = imp[ImfDict::Children].toArray();
+    for (const QJsonValue& cpl : cpls) {
         texts.clear();
         collectTexts(cpl.toObject(), texts);
         auto* item = new QStandardItem(cpl.toObject()[ImfDict::Name].toString());

@@ -135,6 +135,7 @@ void IMF_Controller::onExploreNewDelivery(const QString& fullPath)
 {
     static const QString text = stx_func("The supplemental deliverable  from an associated IMF deliverable was not "
                                          "found. Would you like to load the dependent IMF deliverable?");
+    Q_UNUSED(text);
     bool missing = false;
     loadNewDelivery(fullPath, &missing, false);
 }

@@ -39,7 +39,8 @@ QModelIndexList rowsOf(const Model& model, const QModelIndex& parent)
 
 bool hasCommittedChild(const Model& model, const QModelIndex& index)
 {
-    for (const QModelIndex& child : rowsOf(model, index)) {
+    const QModelIndexList children = rowsOf(model, index);
+    for (const QModelIndex& child : children) {
         if (Model::StatusFromIndex(child) == IMF_PackageMgr::Committed)
             return true;
     }
@@ -119,7 +120,8 @@ void IMF_Controller::onSaveSettings()
     if (!m_settings)
         return;
     QJsonArray folders;
-    for (const QModelIndex& delivery : rowsOf(*m_model, {})) {
+    const QModelIndexList deliveries = rowsOf(*m_model, {});
+    for (const QModelIndex& delivery : deliveries) {
         if (existsOnDisk(*m_model, delivery))
             folders.append(m_model->getIMFPath(delivery));
     }
@@ -217,7 +219,8 @@ QModelIndex IMF_Controller::onRefreshIMFItem(const QModelIndex& imfIndex)
 void IMF_Controller::refreshAll()
 {
     QVector<QPersistentModelIndex> committed;
-    for (const QModelIndex& delivery : rowsOf(*m_model, {})) {
+    const QModelIndexList deliveries = rowsOf(*m_model, {});
+    for (const QModelIndex& delivery : deliveries) {
         if (Model::StatusFromIndex(delivery) == IMF_PackageMgr::Committed)
             committed.append(delivery);
     }

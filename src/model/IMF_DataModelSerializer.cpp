@@ -50,7 +50,8 @@ IMF_DataModelSerializer::IMF_DataModelSerializer(IMF_PackageMgrQtModel* model, I
 QJsonArray IMF_DataModelSerializer::saveUnCommitedState() const
 {
     QJsonArray state;
-    for (const QModelIndex& delivery : m_model->getUnBurnedIndexes(m_model->rootIndex())) {
+    const QModelIndexList deliveries = m_model->getUnBurnedIndexes(m_model->rootIndex());
+    for (const QModelIndex& delivery : deliveries) {
         const QModelIndexList imps = uncommittedChildren(*m_model, delivery);
         if (imps.isEmpty())
             continue;
@@ -70,7 +71,8 @@ QJsonArray IMF_DataModelSerializer::saveUnCommitedState() const
 QJsonObject IMF_DataModelSerializer::impIndexToJson(const QModelIndex& imp) const
 {
     QJsonArray children;
-    for (const QModelIndex& cpl : uncommittedChildren(*m_model, imp))
+    const QModelIndexList cpls = uncommittedChildren(*m_model, imp);
+    for (const QModelIndex& cpl : cpls)
         children.append(m_model->serializeIndexToJson(cpl));
     QJsonObject element = m_model->serializeIndexToJson(imp);
     element[ImfDict::Children] = children;

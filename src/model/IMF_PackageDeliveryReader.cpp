@@ -45,7 +45,8 @@ std::shared_ptr<IMF_Node> IMF_PackageDeliveryReader::getDeliveryNodeFromJson(con
                                                                              const QByteArray& componentID)
 {
     const std::shared_ptr<IMF_Node> node = deliveryFromJson(delivery, componentID);
-    for (const QJsonValue& imp : childrenOf(delivery))
+    const QJsonArray imps = childrenOf(delivery);
+    for (const QJsonValue& imp : imps)
         loadIMPtoDelivery(imp.toObject(), node);
     return node;
 }
@@ -79,7 +80,8 @@ std::shared_ptr<IMF_Node> IMF_PackageDeliveryReader::cplFromJson(const QJsonObje
 void IMF_PackageDeliveryReader::loadIMPtoDelivery(const QJsonObject& imp, const std::shared_ptr<IMF_Node>& delivery)
 {
     delivery->push_back(impFromJson(imp, delivery));
-    for (const QJsonValue& cpl : childrenOf(imp))
+    const QJsonArray cpls = childrenOf(imp);
+    for (const QJsonValue& cpl : cpls)
         loadCPLsIntoIMP(cpl.toObject(), delivery->back());
 }
 

@@ -13,7 +13,8 @@ public:
     ParkedIndexes(IMF_PackageMgrQtModel& model, const std::shared_ptr<IMF_Node>& replaced)
         : m_model(model), m_siblings(replaced->getParent())
     {
-        for (const QModelIndex& index : model.persistentIndexList()) {
+        const QModelIndexList persistent = model.persistentIndexList();
+        for (const QModelIndex& index : persistent) {
             const std::shared_ptr<IMF_Node> parent = model.FromIndex(index)->getParent();
             if (parent != m_siblings && !isBelow(parent, replaced))
                 continue;

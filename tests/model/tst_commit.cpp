@@ -115,7 +115,7 @@ private slots:
         film.commit(film.imp);
         QCOMPARE(answer.text, QString("No."));
         QCOMPARE(answer.icon, QMessageBox::Critical);
-        QCOMPARE(film.f.bridge.takeCalls().last(), refused);
+        QCOMPARE(film.f.bridge.takeCalls().constLast(), refused);
         QVERIFY(film.f.bridge.commits.isEmpty());
     }
 

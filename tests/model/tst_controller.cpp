@@ -16,7 +16,10 @@ namespace
 const QString question = QStringLiteral(
     "The associated IMF deliverable was not found. Would you like to load the dependent IMF deliverable?");
 
-const QJsonObject missing{{"Kind", "x"}, {"IMPs", QJsonArray{1, QJsonObject{{"MissingAssets", QJsonArray()}}}}};
+QJsonObject missing()
+{
+    return {{"Kind", "x"}, {"IMPs", QJsonArray{1, QJsonObject{{"MissingAssets", QJsonArray()}}}}};
+}
 
 /// A message as it must look.
 bool looksLike(const ModalAnswer& box, QMessageBox::Icon icon, const QString& text)
@@ -102,14 +105,14 @@ private slots:
     {
         ModelFixture f;
         QJsonObject document = documents::delivery("D", "/d");
-        document["Info"] = missing;
+        document["Info"] = missing();
         f.putOnDisk("/d", "d", document);
         bool hasMissing = false;
         f.controller().loadNewDelivery("/d", &hasMissing, false);
         QVERIFY(hasMissing);
         f.controller().loadNewDelivery("/d", &hasMissing, false);
         QVERIFY(!hasMissing);
-        f.bridge.infos["d"] = missing;
+        f.bridge.infos["d"] = missing();
         f.controller().loadNewDelivery("/d", &hasMissing, false);
         QVERIFY(hasMissing);
     }
@@ -122,7 +125,7 @@ private slots:
         QTest::newRow("false") << QJsonObject{{"MissingAssets", false}} << true;
         QTest::newRow("empty list") << QJsonObject{{"MissingAssets", QJsonArray()}} << true;
         QTest::newRow("null") << QJsonObject{{"MissingAssets", QJsonValue::Null}} << false;
-        QTest::newRow("deep") << missing << true;
+        QTest::newRow("deep") << missing() << true;
         QTest::newRow("as a value") << QJsonObject{{"a", "MissingAssets"}} << false;
     }
 
@@ -325,8 +328,8 @@ private slots:
         const QTemporaryDir right;
         ModelFixture f;
         const QModelIndex delivery = f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I")}));
-        f.bridge.infos["d"] = missing;
-        f.bridge.infos["d/I"] = missing;
+        f.bridge.infos["d"] = missing();
+        f.bridge.infos["d/I"] = missing();
         f.putOnDisk(wrong.path(), "w", documents::delivery("W", wrong.path()));
         f.putOnDisk(right.path(), "r", documents::delivery("R", right.path()));
         f.bridge.onCall = [&](const QString& call) {
@@ -355,7 +358,7 @@ private slots:
     {
         ModelFixture f;
         f.controller().resolveMissingAssetsIfNeeded(f.load("/d", "d", documents::delivery("D", "/d")));
-        f.bridge.infos["d"] = missing;
+        f.bridge.infos["d"] = missing();
         f.bridge.takeCalls();
         ModalAnswer no(QMessageBox::No);
         f.controller().resolveMissingAssetsIfNeeded(f.model->index(0, 0));

@@ -25,12 +25,16 @@ struct Tree {
     QModelIndex at(int kind) const { return kind == 0 ? delivery : kind == 1 ? imp : cpl; }
 };
 
-const QJsonArray groups{QJsonObject{{"Name", "G"}, {"Include Master Fader", false}, {"Tracks", QJsonArray{"A1"}}}};
-const QJsonObject mix{
-    {"AudioMapping",
-     QJsonArray{QJsonObject{{"MixMode", "Direct"}, {"TargetTrack", "A1"}, {"SourceTracksGroups", "A1"}}}},
-    {"Groups", groups},
-    {"AllActiveTracks", QJsonArray{"A1"}}};
+QJsonArray groups()
+{
+    return {QJsonObject{{"Name", "G"}, {"Include Master Fader", false}, {"Tracks", QJsonArray{"A1"}}}};
+}
+
+QJsonObject mix()
+{
+    const QJsonObject entry{{"MixMode", "Direct"}, {"TargetTrack", "A1"}, {"SourceTracksGroups", "A1"}};
+    return {{"AudioMapping", QJsonArray{entry}}, {"Groups", groups()}, {"AllActiveTracks", QJsonArray{"A1"}}};
+}
 } // namespace
 
 /// What can be written into the item model, and what it announces.
@@ -52,7 +56,6 @@ private slots:
         const QVector<int> renamed{Qt::DisplayRole, 257};
         const QVector<int> moved{258, 257};
         const QVector<int> retitled{260, Qt::DisplayRole};
-        const QVariant none = QVariant();
         QTest::newRow("rename deliverable") << 0 << 0 << 2 << QVariant("New") << true << 0 << renamed;
         QTest::newRow("rename IMP") << 1 << 0 << 2 << QVariant("New") << true << 0 << renamed;
         QTest::newRow("rename CPL") << 2 << 0 << 2 << QVariant("New") << true << 0 << renamed;
@@ -73,14 +76,14 @@ private slots:
         QTest::newRow("same issuer") << 2 << 0 << 267 << QVariant("") << true << -1 << QVector<int>();
         QTest::newRow("creator") << 0 << 0 << 268 << QVariant("x") << true << 1 << QVector<int>{268};
         QTest::newRow("creator from column 1") << 0 << 1 << 268 << QVariant("x") << true << 1 << QVector<int>{268};
-        QTest::newRow("mix") << 2 << 0 << 281 << QVariant(mix) << true << -1 << QVector<int>();
-        QTest::newRow("mix of an IMP") << 1 << 0 << 281 << QVariant(mix) << true << -1 << QVector<int>();
+        QTest::newRow("mix") << 2 << 0 << 281 << QVariant(mix()) << true << -1 << QVector<int>();
+        QTest::newRow("mix of an IMP") << 1 << 0 << 281 << QVariant(mix()) << true << -1 << QVector<int>();
         QTest::newRow("title") << 2 << 0 << 284 << pair("ContentTitle", "x") << true << 1 << retitled;
         QTest::newRow("title as text") << 2 << 0 << 284 << QVariant("x") << true << 1 << retitled;
         QTest::newRow("same title") << 2 << 0 << 284 << QVariant("Sequence m1") << true << -1 << QVector<int>();
         QTest::newRow("title of an IMP") << 1 << 0 << 284 << QVariant("x") << true << -1 << QVector<int>();
-        QTest::newRow("groups") << 2 << 0 << 287 << QVariant(groups) << true << 0 << QVector<int>{287};
-        QTest::newRow("groups of an IMP") << 1 << 0 << 287 << QVariant(groups) << true << 0 << QVector<int>{287};
+        QTest::newRow("groups") << 2 << 0 << 287 << QVariant(groups()) << true << 0 << QVector<int>{287};
+        QTest::newRow("groups of an IMP") << 1 << 0 << 287 << QVariant(groups()) << true << 0 << QVector<int>{287};
         QTest::newRow("other role") << 0 << 0 << 400 << QVariant("x") << true << -1 << QVector<int>();
     }
 
@@ -110,12 +113,12 @@ private slots:
         Tree tree;
         Model& model = *tree.f.model;
         model.setData(tree.cpl, pair("Compression", "Reversible"), Model::MetadataRole);
-        model.setData(tree.cpl, mix, Model::MultiMixRole);
+        model.setData(tree.cpl, mix(), Model::MultiMixRole);
         model.setData(tree.cpl, "A title", Model::ContentTitleRole);
         model.setData(tree.imp, "An issuer", Model::IssuerRole);
         model.setData(tree.delivery, "/new", Model::PathRole);
         QCOMPARE(Model::CommitSettingsJsonFromIndex(tree.cpl)["Compression"].toString(), QString("Reversible"));
-        QCOMPARE(Model::MetadataJsonFromIndex(tree.cpl)["Audio"].toObject()["Multiple Audio Mix"].toObject(), mix);
+        QCOMPARE(Model::MetadataJsonFromIndex(tree.cpl)["Audio"].toObject()["Multiple Audio Mix"].toObject(), mix());
         QCOMPARE(tree.cpl.data().toString(), QString("A title"));
         QCOMPARE(tree.imp.data(Model::IssuerRole).toString(), QString("An issuer"));
         QCOMPARE(tree.delivery.data(Model::PathRole).toString(), QString("/new/Film"));
@@ -132,7 +135,7 @@ private slots:
         QSignalSpy changed(f.model.get(), &Model::dataChanged);
         for (const int role : {260, 267, 268, 284})
             QVERIFY(f.model->setData(cpl, pair("ContentTitle", "x"), role));
-        QVERIFY(f.model->setData(cpl, mix, Model::MultiMixRole));
+        QVERIFY(f.model->setData(cpl, mix(), Model::MultiMixRole));
         QCOMPARE(Model::MetadataJsonFromIndex(cpl), before);
         QVERIFY(changed.isEmpty());
     }
@@ -178,10 +181,10 @@ private slots:
         QFETCH(QVariant, value);
         Tree tree;
         const QByteArray former = Model::ComponentIDFromIndex(tree.cpl);
-        tree.f.model->setData(tree.cpl, groups, Model::TrackGroupsRole);
+        tree.f.model->setData(tree.cpl, groups(), Model::TrackGroupsRole);
         QVERIFY(tree.f.model->setData(tree.at(kind), value, role));
         QVERIFY(Model::ComponentIDFromIndex(tree.cpl) != former);
-        QCOMPARE(tree.cpl.data(Model::TrackGroupsRole).toJsonArray(), groups);
+        QCOMPARE(tree.cpl.data(Model::TrackGroupsRole).toJsonArray(), groups());
         // Whoever gets the former name finds nothing under it.
         if (kind == 1) {
             const QModelIndex imp = tree.f.newImp(tree.delivery);
@@ -194,11 +197,11 @@ private slots:
     void namesakesShareTheirTrackGroupsUntilTheLastGoes()
     {
         Tree tree;
-        tree.f.model->setData(tree.cpl, groups, Model::TrackGroupsRole);
+        tree.f.model->setData(tree.cpl, groups(), Model::TrackGroupsRole);
         const QModelIndex second = tree.f.newCpl(tree.imp, "m1");
-        QCOMPARE(second.data(Model::TrackGroupsRole).toJsonArray(), groups);
+        QCOMPARE(second.data(Model::TrackGroupsRole).toJsonArray(), groups());
         tree.f.controller().onRemoveIMFItem(second);
-        QCOMPARE(tree.cpl.data(Model::TrackGroupsRole).toJsonArray(), groups);
+        QCOMPARE(tree.cpl.data(Model::TrackGroupsRole).toJsonArray(), groups());
         tree.f.controller().onRemoveIMFItem(tree.cpl);
         QCOMPARE(tree.f.newCpl(tree.imp, "m1").data(Model::TrackGroupsRole).toJsonArray(), QJsonArray());
     }
@@ -214,7 +217,7 @@ private slots:
         QCOMPARE(first.data().toString(), QString("Untitled IMP"));
         QVERIFY(second.data().toString() != first.data().toString());
         QCOMPARE(created[1][0].toByteArray(), Model::ComponentIDFromIndex(second));
-        QCOMPARE(f.bridge.takeCalls()[0], QString("createIMP(Film#1/Untitled IMP)"));
+        QCOMPARE(f.bridge.takeCalls().constFirst(), QString("createIMP(Film#1/Untitled IMP)"));
     }
 
     void aNewCplCarriesItsSequence()

@@ -46,7 +46,8 @@ QJsonObject written(const Model& model, const QModelIndex& index)
 Item itemOf(const QJsonObject& document)
 {
     Item item{document["Name"].toString(), true, {}, {}};
-    for (const QJsonValue& child : document["Children"].toArray())
+    const QJsonArray children = document["Children"].toArray();
+    for (const QJsonValue& child : children)
         item.children.push_back(itemOf(child.toObject()));
     return item;
 }

@@ -99,11 +99,11 @@ private slots:
             kept << shelf.f.model->index(0, 0, shelf.row(row));
         }
         QStringList before;
-        for (const QPersistentModelIndex& index : kept)
+        for (const QPersistentModelIndex& index : qAsConst(kept))
             before += index.sibling(index.row(), 0).data().toString();
         shelf.replaceSecond("New");
         QStringList after;
-        for (const QPersistentModelIndex& index : kept)
+        for (const QPersistentModelIndex& index : qAsConst(kept))
             after += index.sibling(index.row(), 0).data().toString();
         QCOMPARE(after, before);
         QCOMPARE(QModelIndex(kept[3]), shelf.row(2));

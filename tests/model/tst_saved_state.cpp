@@ -11,7 +11,10 @@ using support::ModalAnswer;
 
 namespace
 {
-const QJsonArray groups{QJsonObject{{"Name", "G"}, {"Include Master Fader", true}, {"Tracks", QJsonArray{"A1"}}}};
+QJsonArray groups()
+{
+    return {QJsonObject{{"Name", "G"}, {"Include Master Fader", true}, {"Tracks", QJsonArray{"A1"}}}};
+}
 
 QJsonArray saved(ModelFixture& f)
 {
@@ -40,7 +43,7 @@ void buildFilm(ModelFixture& f)
     set(cpl, "ContentKind", "Trailer - TLR");
     set(cpl, "Annotation", "A note");
     model.setData(cpl, "A title", Model::ContentTitleRole);
-    model.setData(cpl, groups, Model::TrackGroupsRole);
+    model.setData(cpl, groups(), Model::TrackGroupsRole);
     model.setData(imp, "An issuer", Model::IssuerRole);
     model.setData(imp, "Feature");
 }
@@ -86,7 +89,7 @@ private slots:
         QCOMPARE(imp.data().toString(), QString("Feature"));
         QCOMPARE(imp.data(Model::IssuerRole).toString(), QString("An issuer"));
         QCOMPARE(cpl.data().toString(), QString("A title"));
-        QCOMPARE(cpl.data(Model::TrackGroupsRole).toJsonArray(), groups);
+        QCOMPARE(cpl.data(Model::TrackGroupsRole).toJsonArray(), groups());
         QCOMPARE(Model::CommitSettingsJsonFromIndex(cpl)["Colorimetry"].toString(), QString("BT.2020"));
         const QJsonObject kind =
             Model::MetadataJsonFromIndex(cpl)["DescriptiveMetadata"].toObject()["ContentKind"].toObject();
@@ -241,8 +244,10 @@ private slots:
                                                   << "Film(Feature(),Untitled IMP.1())," + other;
         QTest::newRow("CPL null") << "0/Children/0/Children/0" << QJsonValue()
                                   << "Film(Feature(,Sequence m2),Untitled IMP.1())," + other;
-        for (const QString& key : QStringList{"Video", "Audio", "DescriptiveMetadata", "CPLGroups", "CPLToken",
-                                              "CPLMobID", "CPLFPSValue", "Mutable", "Type"}) {
+        const QStringList keys{"Video",       "Audio",    "DescriptiveMetadata",
+                               "CPLGroups",   "CPLToken", "CPLMobID",
+                               "CPLFPSValue", "Mutable",  "Type"};
+        for (const QString& key : keys) {
             const QString path = "0/Children/0/Children/0/" + key;
             QTest::newRow(qPrintable(key + " absent")) << path << absent << whole + other;
             QTest::newRow(qPrintable(key + " a number")) << path << QJsonValue(1.5) << whole + other;
