@@ -3,6 +3,7 @@
 #include "FamilyStyle.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QResizeEvent>
 #include <QScrollBar>
@@ -107,6 +108,15 @@ void TextBox::resizeEvent(QResizeEvent* event)
     // The layout that gives a new size here does not listen to wishes until it is done.
     if (event->oldSize().width() != event->size().width())
         QMetaObject::invokeMethod(this, &TextBox::fitHeight, Qt::QueuedConnection);
+}
+
+void TextBox::keyPressEvent(QKeyEvent* event)
+{
+    // It comes here only where no other widget takes the focus; it is no text even then.
+    if (event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab)
+        event->ignore();
+    else
+        QPlainTextEdit::keyPressEvent(event);
 }
 
 void TextBox::wheelEvent(QWheelEvent* event)

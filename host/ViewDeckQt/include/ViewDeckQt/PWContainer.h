@@ -26,6 +26,8 @@ protected:
     PWContainer(QWidget* parent, const QString& id, QVBoxLayout* contents);
 
 private:
+    QWidget* lastTabStop() const;
+
     QVBoxLayout* m_contents;
 };
 
