@@ -14,7 +14,7 @@ struct Clip {
     QString size = QStringLiteral("1920x1080");
     /// Frames; 0 makes a file without picture.
     int frames = 2;
-    /// Mono tracks of 24-bit noise, each of its own.
+    /// Mono tracks of 24-bit noise, each of its own, one second long.
     int tracks = 2;
     /// "testsrc2" moves and is costly to encode, "color" is not.
     QString picture = QStringLiteral("color=gray");
@@ -38,36 +38,23 @@ inline QByteArray run(const QString& program, const QStringList& arguments, int*
 inline QString makeClip(const QString& path, const Clip& clip)
 {
     QStringList arguments{"-v", "error", "-nostdin", "-y"};
-    const double seconds = clip.frames > 0 ? 10 : 0.5;
-    if (clip.frames > 0)
-        arguments +=
-            {"-f", "lavfi", "-i",
-             clip.picture + (clip.picture.contains('=') ? ":" : "=") + "size=" + clip.size + ":rate=" + clip.rate};
+    const bool hasPicture = clip.frames > 0;
+    if (hasPicture) {
+        const double rate = clip.rate.section('/', 0, 0).toDouble() /
+                            (clip.rate.contains('/') ? clip.rate.section('/', 1, 1).toDouble() : 1);
+        // Ends within the last frame, so that it is counted and no other.
+        const QString options =
+            QStringLiteral("size=%1:rate=%2:d=%3").arg(clip.size, clip.rate).arg((clip.frames - 0.5) / rate);
+        arguments += {"-f", "lavfi", "-i", clip.picture + (clip.picture.contains('=') ? ':' : '=') + options};
+    }
     for (int track = 0; track < clip.tracks; ++track)
-        arguments += {"-f", "lavfi", "-i", QStringLiteral("anoisesrc=r=48000:a=0.2:seed=%1").arg(track + 1)};
-    for (int input = 0; input < clip.tracks + (clip.frames > 0 ? 1 : 0); ++input)
+        arguments += {"-f", "lavfi", "-i", QStringLiteral("anoisesrc=r=48000:a=0.2:d=1:seed=%1").arg(track + 1)};
+    for (int input = 0; input < clip.tracks + (hasPicture ? 1 : 0); ++input)
         arguments += {"-map", QString::number(input)};
-    if (clip.frames > 0)
-        arguments += {"-frames:v",
-                      QString::number(clip.frames),
-                      "-pix_fmt",
-                      "yuv422p10le",
-                      "-c:v",
-                      "ffv1",
-                      "-color_primaries",
-                      "bt709",
-                      "-color_trc",
-                      "bt709",
-                      "-colorspace",
-                      "bt709",
-                      "-color_range",
-                      "tv"};
-    arguments += {"-c:a",
-                  "pcm_s24le",
-                  clip.frames > 0 ? QStringLiteral("-shortest") : QStringLiteral("-vn"),
-                  "-t",
-                  QString::number(seconds),
-                  path};
+    if (hasPicture)
+        arguments += {"-pix_fmt",   "yuv422p10le", "-c:v",        "ffv1",  "-color_primaries", "bt709",
+                      "-color_trc", "bt709",       "-colorspace", "bt709", "-color_range",     "tv"};
+    arguments += {"-c:a", "pcm_s24le", path};
     run(QStringLiteral("ffmpeg"), arguments);
     return path;
 }

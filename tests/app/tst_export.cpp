@@ -1,0 +1,228 @@
+#include "app/Desk.h"
+#include "services/Clip.h"
+#include "support/TestMain.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+using support::Clip;
+
+/// Whole exports, read with programs that nobody here wrote.
+class TestExport : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+
+    QString path(const QString& name) const { return m_folder->filePath(name); }
+
+    QString clip(const Clip& wanted, const QString& name = QStringLiteral("clip")) const
+    {
+        return support::makeClip(path(name + QStringLiteral(".mov")), wanted);
+    }
+
+    /// The folder of the delivery; empty after a failure, which is shown.
+    QString exported(const QStringList& arguments) const
+    {
+        const auto run = support::desk(QStringList{"export"} + arguments + QStringList{"--to", m_folder->path()});
+        if (run.exitCode != 0)
+            qInfo("%s", qPrintable(run.errors));
+        return run.exitCode == 0 ? run.output.trimmed().section('\n', -1) : QString();
+    }
+
+    static QByteArray decoded(const QStringList& input, const QStringList& output)
+    {
+        return support::run(QStringLiteral("ffmpeg"),
+                            QStringList{"-v", "error", "-nostdin"} + input + output + QStringList{"-"});
+    }
+
+    static QJsonArray streams(const QString& delivery)
+    {
+        const QByteArray json = support::run(QStringLiteral("ffprobe"),
+                                             {"-v", "error", "-f", "imf", "-count_frames", "-show_streams", "-of",
+                                              "json", support::onlyFile(delivery, QStringLiteral("CPL_*.xml"))});
+        return QJsonDocument::fromJson(json)[QLatin1String("streams")].toArray();
+    }
+
+private slots:
+
+    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+
+    void aReversibleExportDecodesToWhatWentIn()
+    {
+        Clip source;
+        source.picture = QStringLiteral("testsrc2");
+        source.frames = 3;
+        const QString media = clip(source);
+        const QString delivery = exported({media, "--set", "Compression=JPEG 2000 reversible"});
+        QCOMPARE(delivery, path(QStringLiteral("clip")));
+        const QStringList cpl{"-f", "imf", "-i", support::onlyFile(delivery, QStringLiteral("CPL_*.xml"))};
+        const QStringList frames{"-map", "0:v", "-f", "rawvideo", "-pix_fmt", "yuv422p10le"};
+        const QByteArray pictures = decoded({"-i", media}, frames);
+        QCOMPARE(pictures.size(), 3 * 1920 * 1080 * 2 * 2);
+        QVERIFY(decoded(cpl, frames) == pictures);
+        const QStringList interleaved{
+            "-filter_complex", "[0:a:0][0:a:1]amerge,atrim=end_sample=6000", "-f", "s24le", "-c:a", "pcm_s24le"};
+        const QByteArray sound = decoded({"-i", media}, interleaved);
+        QCOMPARE(sound.size(), 6000 * 2 * 3);
+        QVERIFY(decoded(cpl, {"-map", "0:a", "-f", "s24le", "-c:a", "pcm_s24le"}) == sound);
+    }
+
+    void everyRateGivesEveryFrameAndSample_data()
+    {
+        QTest::addColumn<QString>("rate");
+        QTest::addColumn<int>("samples");
+        QTest::newRow("23.976") << "24000/1001" << 5 * 2002;
+        QTest::newRow("24") << "24" << 5 * 2000;
+        QTest::newRow("25") << "25" << 5 * 1920;
+        QTest::newRow("29.97") << "30000/1001" << 8008;
+        QTest::newRow("30") << "30" << 5 * 1600;
+        QTest::newRow("50") << "50" << 5 * 960;
+        QTest::newRow("59.94") << "60000/1001" << 4004;
+        QTest::newRow("60") << "60" << 5 * 800;
+    }
+
+    void everyRateGivesEveryFrameAndSample()
+    {
+        QFETCH(QString, rate);
+        QFETCH(int, samples);
+        Clip source;
+        source.rate = rate;
+        source.frames = 5;
+        source.tracks = 1;
+        const QString delivery = exported({clip(source)});
+        const QJsonArray found = streams(delivery);
+        QCOMPARE(found.size(), 2);
+        QCOMPARE(found.at(0)[QLatin1String("nb_read_frames")].toString(), QStringLiteral("5"));
+        const QString exact = rate.contains('/') ? rate : rate + QStringLiteral("/1");
+        QCOMPARE(found.at(0)[QLatin1String("r_frame_rate")].toString(), exact);
+        const QStringList cpl{"-f", "imf", "-i", support::onlyFile(delivery, QStringLiteral("CPL_*.xml"))};
+        QCOMPARE(decoded(cpl, {"-map", "0:a", "-f", "s24le", "-c:a", "pcm_s24le"}).size(), samples * 3);
+    }
+
+    void aLengthThatFitsNoSampleIsRefusedOrPadded()
+    {
+        Clip source;
+        source.rate = QStringLiteral("30000/1001");
+        source.frames = 7;
+        source.tracks = 1;
+        const QString media = clip(source);
+        const auto refused = support::desk({"export", media, "--to", m_folder->path()});
+        QCOMPARE(refused.exitCode, 1);
+        for (const char* part : {"clip.mov", "7 frames", "multiple of 5", "--pad"})
+            QVERIFY2(refused.errors.contains(QLatin1String(part)), qPrintable(refused.errors));
+        QVERIFY(!QFileInfo::exists(path(QStringLiteral("clip"))));
+        const QString delivery = exported({media, "--pad", "--set", "Compression=JPEG 2000 reversible"});
+        QCOMPARE(streams(delivery).at(0)[QLatin1String("nb_read_frames")].toString(), QStringLiteral("10"));
+        const QStringList cpl{"-f", "imf", "-i", support::onlyFile(delivery, QStringLiteral("CPL_*.xml"))};
+        const QByteArray last =
+            decoded(cpl, {"-map", "0:v", "-vf", "select=eq(n\\,9)", "-vsync", "0", "-f", "rawvideo"});
+        QCOMPARE(last.size(), 1920 * 1080 * 4);
+        QCOMPARE(last.left(2), QByteArray("\x40\x00", 2));
+        QCOMPARE(last.left(1920 * 1080 * 2), last.left(2).repeated(1920 * 1080));
+        const QByteArray sound = decoded(cpl, {"-map", "0:a", "-f", "s24le", "-c:a", "pcm_s24le"});
+        QCOMPARE(sound.size(), 2 * 8008 * 3);
+        // 7 frames of sound, then silence.
+        QCOMPARE(sound.mid(11211 * 3), QByteArray((16016 - 11211) * 3, '\0'));
+        QVERIFY(sound.mid(11205 * 3, 15).count('\0') < 10);
+    }
+
+    void documentsFollowTheirSchemas()
+    {
+        const QString schemas = qEnvironmentVariable("STRATACUT_IMF_XSD");
+        if (schemas.isEmpty())
+            QSKIP("STRATACUT_IMF_XSD is not set: no schemas to check against");
+        const QString delivery =
+            exported({clip({}), "--title", "Über <alles> & \"mehr\"", "--issuer", "A & B", "--imp", "Päckchen", "--set",
+                      "ContentKind=trailer", "--set", "Annotation= two\nlines ", "--name", "Größe 100"});
+        QVERIFY(!delivery.isEmpty());
+        for (const QString& name : QDir(delivery).entryList({"*.xml"})) {
+            const QString schema = name.startsWith(QLatin1String("CPL_")) ? "/cpl-all.xsd" : "/pkl-am-all.xsd";
+            int code = -1;
+            support::run(QStringLiteral("xmllint"),
+                         {"--nonet", "--noout", "--schema", schemas + schema, delivery + '/' + name}, &code);
+            QVERIFY2(code == 0, qPrintable(name));
+        }
+        const auto shown = support::desk({"show", delivery, "--json"});
+        const QJsonValue document = QJsonDocument::fromJson(shown.output.toUtf8()).object();
+        QCOMPARE(document[QLatin1String("Name")].toString(), QStringLiteral("Größe 100"));
+        const QJsonValue imp = document[QLatin1String("Children")][0];
+        QCOMPARE(imp[QLatin1String("Name")].toString(), QStringLiteral("Päckchen"));
+        const QJsonValue texts = imp[QLatin1String("Children")][0][QLatin1String("DescriptiveMetadata")];
+        QCOMPARE(texts[QLatin1String("ContentTitle")].toString(), QStringLiteral("Über <alles> & \"mehr\""));
+        QCOMPARE(texts[QLatin1String("Issuer")].toString(), QStringLiteral("A & B"));
+        QCOMPARE(texts[QLatin1String("ContentKind")][QLatin1String("Value")].toString(), QStringLiteral("trailer"));
+    }
+
+    void othersReadTheProfileAndTheChannels()
+    {
+        Clip source;
+        source.tracks = 8;
+        const QString delivery = exported({clip(source)});
+        QStringList facts;
+        for (const QString& file : QDir(delivery).entryList({"*.mxf"}))
+            facts += QString::fromUtf8(support::run(QStringLiteral("mediainfo"), {delivery + '/' + file}));
+        const QString all = facts.join(QString());
+        for (const char* part : {"IMFS2k@ML2SL1", "L R C LFE Ls Rs", "Channel layout                           : L R\n",
+                                 "4:2:2", "10 bits", "BT.709"})
+            QVERIFY2(all.contains(QLatin1String(part)), part);
+    }
+
+    void severalFilesBecomeSeveralCompositions()
+    {
+        const QString one = clip({}, QStringLiteral("one"));
+        Clip silent;
+        silent.tracks = 0;
+        silent.size = QStringLiteral("641x359");
+        const QString delivery = exported({one, clip(silent, QStringLiteral("two")), "--name", "both"});
+        const auto shown = support::desk({"show", delivery});
+        QVERIFY(shown.output.contains(QLatin1String("CPL \"one\"")));
+        QVERIFY(shown.output.contains(QLatin1String("CPL \"two\"")));
+        QCOMPARE(QDir(delivery).entryList({"CPL_*.xml"}).size(), 2);
+    }
+
+    void verifyTellsADamagedByte()
+    {
+        const QString delivery = exported({clip({})});
+        const auto clean = support::desk({"verify", delivery});
+        QCOMPARE(clean.exitCode, 0);
+        QVERIFY(clean.output.contains(QLatin1String("clean")));
+        for (const QString& name : QDir(delivery).entryList(QDir::Files)) {
+            QFile file(delivery + '/' + name);
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            const qint64 place = file.size() / 2;
+            file.seek(place);
+            const QByteArray before = file.read(1);
+            file.seek(place);
+            file.write(QByteArray(1, char(before[0] ^ 1)));
+            file.flush();
+            const auto found = support::desk({"verify", delivery});
+            QVERIFY2(found.exitCode == 3, qPrintable(name));
+            QVERIFY2(found.output.contains(name) || name.startsWith("VOLINDEX"), qPrintable(found.output));
+            file.seek(place);
+            file.write(before);
+        }
+        QCOMPARE(support::desk({"verify", delivery}).exitCode, 0);
+    }
+
+    void theStateOfAProfileComesBack()
+    {
+        const QString profile = path(QStringLiteral("profile"));
+        QVERIFY(!exported({clip({}), "--profile", profile, "--name", "first"}).isEmpty());
+        QFile state(profile + QStringLiteral("/packages.json"));
+        QVERIFY(state.open(QIODevice::ReadOnly));
+        QVERIFY(state.readAll().contains("/first"));
+        state.close();
+        QVERIFY(QDir(path(QStringLiteral("first"))).removeRecursively());
+        // The former delivery is gone: that is told, and the new one is made all the same.
+        const auto run = support::desk({"export", path(QStringLiteral("clip.mov")), "--to", m_folder->path(),
+                                        "--profile", profile, "--name", "second"});
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY(run.errors.contains(QLatin1String("/first")));
+    }
+};
+
+STRATACUT_TEST_MAIN(TestExport)
+#include "tst_export.moc"
