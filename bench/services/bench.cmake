@@ -1,0 +1,1 @@
+stratacut_bench(bench_export SOURCES ${CMAKE_CURRENT_LIST_DIR}/bench_export.cpp LINKS deskservices)

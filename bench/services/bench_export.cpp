@@ -1,0 +1,149 @@
+#include "desk/imf/j2k/J2kEncoderPool.h"
+#include "desk/media/PictureReader.h"
+#include "desk/services/ExportJob.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <cstdio>
+#include <thread>
+
+// Does anything but the encoder cost time in an export, and does its memory stay flat over the length?
+
+namespace
+{
+
+using namespace desk;
+
+constexpr int shortFrames = 24;
+constexpr int longFrames = 120;
+constexpr int rounds = 2;
+
+QString makeClip(const QTemporaryDir& folder, int frames)
+{
+    const QString file = folder.filePath(QStringLiteral("clip-%1.mov").arg(frames));
+    const QString picture =
+        QStringLiteral("testsrc2=size=1920x1080:rate=24:d=%1,noise=alls=6:allf=t").arg((frames - 0.5) / 24);
+    const QString sound = QStringLiteral("anoisesrc=r=48000:a=0.2:d=%1").arg(frames / 24.0);
+    const int failed = QProcess::execute(
+        QStringLiteral("ffmpeg"),
+        {"-v",  "error", "-nostdin", "-y",         "-f", "lavfi",    "-i",          picture, "-f",        "lavfi", "-i",
+         sound, "-c:v",  "prores",   "-profile:v", "3",  "-pix_fmt", "yuv422p10le", "-c:a",  "pcm_s24le", file});
+    return failed ? QString() : file;
+}
+
+template <class T>
+T orFail(Result<T> result)
+{
+    if (!result) {
+        std::fprintf(stderr, "%s\n", qPrintable(result.error().sentence()));
+        std::exit(1);
+    }
+    return std::move(*result);
+}
+
+void orFail(const Status& status)
+{
+    if (!status)
+        orFail(Result<int>(status.error()));
+}
+
+double secondsOfExport(const QString& clip, const QString& folder)
+{
+    services::CompositionOrder order;
+    order.mediaPath = clip;
+    const std::atomic<bool> cancelled{false};
+    QElapsedTimer clock;
+    clock.start();
+    imf::PackageTransaction transaction = orFail(imf::PackageTransaction::begin(folder, {}));
+    imf::NewPackage package;
+    package.id = QUuid::createUuid();
+    transaction.setPackage(package);
+    orFail(services::ExportJob(order, cancelled, [](qint64) {}).run(transaction));
+    orFail(transaction.commit());
+    return double(clock.nsecsElapsed()) / 1e9;
+}
+
+std::vector<imf::Picture> framesOf(const QString& clip)
+{
+    const media::Sequence sequence = orFail(media::openSequence(clip));
+    const auto reader = orFail(media::PictureReader::open(sequence, {}));
+    std::vector<imf::Picture> pictures;
+    for (qint64 n = 0; n < sequence.frames; ++n)
+        pictures.push_back({orFail(reader->read(n)).planes});
+    return pictures;
+}
+
+/// The same frames through the same pool, nothing else.
+double secondsOfEncoding(std::vector<imf::Picture> pictures)
+{
+    const services::OutputFormat format;
+    const imf::J2kProfile profile = orFail(imf::chooseProfile(format.picture(), format.j2k()));
+    QElapsedTimer clock;
+    clock.start();
+    imf::J2kEncoderPool pool(format.picture(), profile);
+    std::thread producer([&] {
+        for (imf::Picture& picture : pictures)
+            orFail(pool.push(std::move(picture)));
+        pool.endOfInput();
+    });
+    while (orFail(pool.take())) {
+    }
+    producer.join();
+    return double(clock.nsecsElapsed()) / 1e9;
+}
+
+/// The largest resident memory of this process so far, in MB.
+double peakMegabytes()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith("VmHWM:"))
+            return line.mid(6).trimmed().split(' ').first().toDouble() * 1024 / 1e6;
+    }
+    return 0;
+}
+
+/// An export in a process of its own, which tells its peak.
+double peakOfExport(const QString& clip, const QString& folder)
+{
+    QProcess process;
+    process.start(QCoreApplication::applicationFilePath(), {clip, folder});
+    process.waitForFinished(-1);
+    return process.readAllStandardOutput().trimmed().toDouble();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    if (argc == 3) {
+        secondsOfExport(QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argv[2]));
+        std::printf("%f\n", peakMegabytes());
+        return 0;
+    }
+    const QTemporaryDir folder;
+    const QString brief = makeClip(folder, shortFrames);
+    const QString lengthy = makeClip(folder, longFrames);
+    if (brief.isEmpty() || lengthy.isEmpty())
+        return 1;
+    double encoding = 0;
+    double exporting = 0;
+    for (int round = 0; round < rounds; ++round) {
+        encoding += secondsOfEncoding(framesOf(brief));
+        exporting += secondsOfExport(brief, folder.filePath(QString::number(round)));
+    }
+    std::printf("whole export against encoding alone | %.2f | >= 0.9\n", encoding / exporting);
+    const double peak = peakOfExport(brief, folder.filePath(QStringLiteral("short")));
+    const double longPeak = peakOfExport(lengthy, folder.filePath(QStringLiteral("long")));
+    const double limit = 300 + 150.0 * std::max(1U, std::thread::hardware_concurrency());
+    std::printf("memory of a five times longer export against a short one | %.2f | <= 1.05\n", longPeak / peak);
+    std::printf("memory of an export against 300 MB and 150 MB a core | %.2f | <= 1\n", longPeak / limit);
+    return 0;
+}
