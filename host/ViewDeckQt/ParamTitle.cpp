@@ -9,6 +9,7 @@
 #include <QEvent>
 #include <QHelpEvent>
 #include <QPainter>
+#include <QShortcut>
 #include <QStyleOption>
 #include <QToolTip>
 
@@ -46,6 +47,56 @@ void ParamTitle::setField(QWidget* field)
     if (name.endsWith(QLatin1Char(':')))
         name.chop(1);
     field->setAccessibleName(name);
+}
+
+bool ParamTitle::hasOwnMnemonic() const
+{
+    return !QKeySequence::mnemonic(text()).isEmpty();
+}
+
+QChar ParamTitle::mnemonic() const
+{
+    const int own = hasOwnMnemonic() ? text().indexOf(QLatin1Char('&')) + 1 : m_mnemonicAt;
+    return own >= 0 && own < text().size() ? text().at(own).toUpper() : QChar();
+}
+
+QString ParamTitle::markedText() const
+{
+    QString marked = text();
+    return m_mnemonicAt < 0 ? marked : marked.insert(m_mnemonicAt, QLatin1Char('&'));
+}
+
+void ParamTitle::chooseMnemonic(const QSet<QChar>& taken)
+{
+    const QString letters = text();
+    int other = -1;
+    for (int i = 0; i < letters.size(); ++i) {
+        if (!letters.at(i).isLetter() || taken.contains(letters.at(i).toUpper()))
+            continue;
+        if (i == 0 || letters.at(i - 1).isSpace())
+            return setMnemonicAt(i);
+        if (other < 0)
+            other = i;
+    }
+    setMnemonicAt(other);
+}
+
+void ParamTitle::setMnemonicAt(int position)
+{
+    if (m_mnemonicAt == position)
+        return;
+    m_mnemonicAt = position;
+    if (!m_shortcut) {
+        m_shortcut = new QShortcut(this);
+        const auto goToField = [this] {
+            if (buddy())
+                buddy()->setFocus(Qt::ShortcutFocusReason);
+        };
+        connect(m_shortcut, &QShortcut::activated, this, goToField);
+        connect(m_shortcut, &QShortcut::activatedAmbiguously, this, goToField);
+    }
+    m_shortcut->setKey(position < 0 ? QKeySequence() : QKeySequence(Qt::ALT + text().at(position).toUpper().unicode()));
+    update();
 }
 
 void ParamTitle::setHighlighted(bool highlighted)
@@ -115,11 +166,11 @@ void ParamTitle::paintEvent(QPaintEvent*)
         colors.setColor(QPalette::WindowText, attention);
     }
     const QFontMetrics metrics = painter.fontMetrics();
-    const QString shown = metrics.elidedText(text(), Qt::ElideRight, place.width(), Qt::TextShowMnemonic);
+    const QString shown = metrics.elidedText(markedText(), Qt::ElideRight, place.width(), Qt::TextShowMnemonic);
     const bool fits = metrics.horizontalAdvance(plainText()) <= place.width();
     const Qt::Alignment alignment = QStyle::visualAlignment(layoutDirection(), Qt::AlignRight | Qt::AlignVCenter);
     style()->drawItemText(&painter, place, int(alignment) | Qt::TextShowMnemonic | Qt::TextSingleLine, colors,
-                          isEnabled(), fits ? text() : shown, QPalette::WindowText);
+                          isEnabled(), fits ? markedText() : shown, QPalette::WindowText);
     if (!m_highlighted)
         return;
     // A sign beside the text says the same to those who do not see the colour.

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <QLabel>
+#include <QSet>
+
+class QShortcut;
 
 namespace ViewDeckQt
 {
@@ -16,6 +19,16 @@ public:
 
     /// Makes the title belong to a field: its mnemonic goes there, and the field takes its name from the title.
     void setField(QWidget* field);
+
+    /// The letter that leads to the field together with Alt; null where there is none.
+    QChar mnemonic() const;
+
+    /// Whether the text itself marks a letter with "&".
+    bool hasOwnMnemonic() const;
+
+    /// Gives a title that marks none the first letter that is not taken, beginnings of words before other letters, or
+    /// none where all are.
+    void chooseMnemonic(const QSet<QChar>& taken);
 
     void setHighlighted(bool highlighted);
 
@@ -33,6 +46,11 @@ private:
     QString plainText() const;
     QRect textRect() const;
 
+    QString markedText() const;
+    void setMnemonicAt(int position);
+
+    QShortcut* m_shortcut = nullptr;
+    int m_mnemonicAt = -1;
     bool m_highlighted = false;
 };
 

@@ -2,9 +2,14 @@
 
 #include "ParamTitle.h"
 
+#include <QAbstractButton>
 #include <QAbstractScrollArea>
+#include <QAction>
 #include <QEvent>
+#include <QKeySequence>
 #include <QLayout>
+#include <QMenuBar>
+#include <QSet>
 #include <QSplitter>
 #include <QStackedWidget>
 
@@ -26,6 +31,27 @@ QWidget* pageOf(QWidget* widget)
     while (!widget->isWindow() && widget->parentWidget() && !holdsPages(widget->parentWidget()))
         widget = widget->parentWidget();
     return widget;
+}
+
+void addMnemonic(QSet<QChar>& letters, const QString& text)
+{
+    const QString keys = QKeySequence::mnemonic(text).toString(QKeySequence::PortableText);
+    if (!keys.isEmpty())
+        letters.insert(keys.at(keys.size() - 1).toUpper());
+}
+
+// What buttons and the menu bar of the window answer to.
+QSet<QChar> mnemonicsOf(const QWidget* window)
+{
+    QSet<QChar> letters;
+    const QList<QAbstractButton*> buttons = window->findChildren<QAbstractButton*>();
+    for (const QAbstractButton* button : buttons)
+        addMnemonic(letters, button->text());
+    const QList<QMenuBar*> bars = window->findChildren<QMenuBar*>();
+    for (const QMenuBar* bar : bars)
+        for (const QAction* action : bar->actions())
+            addMnemonic(letters, action->text());
+    return letters;
 }
 
 int leading(const QMargins& margins, const QWidget* widget)
@@ -108,8 +134,8 @@ void TitleColumn::alignLater()
 void TitleColumn::align()
 {
     m_pending = false;
-    const auto left = [this](const QPointer<ParamTitle>& title) { return !title || !page()->isAncestorOf(title); };
-    m_titles.erase(std::remove_if(m_titles.begin(), m_titles.end(), left), m_titles.end());
+    dropTitlesThatLeft();
+    chooseMnemonics();
     std::vector<int> indents;
     int column = 0;
     for (const auto& title : m_titles) {
@@ -119,6 +145,26 @@ void TitleColumn::align()
     column = std::min(column, std::max(page()->width() / 2, 80));
     for (size_t i = 0; i < m_titles.size(); ++i)
         m_titles[i]->setFixedWidth(std::max(column - indents[i], m_titles[i]->minimumSizeHint().width()));
+}
+
+void TitleColumn::dropTitlesThatLeft()
+{
+    const auto left = [this](const QPointer<ParamTitle>& title) { return !title || !page()->isAncestorOf(title); };
+    m_titles.erase(std::remove_if(m_titles.begin(), m_titles.end(), left), m_titles.end());
+}
+
+void TitleColumn::chooseMnemonics()
+{
+    QSet<QChar> taken = mnemonicsOf(page()->window());
+    for (const auto& title : m_titles)
+        if (title->hasOwnMnemonic())
+            taken.insert(title->mnemonic());
+    for (const auto& title : m_titles) {
+        if (title->hasOwnMnemonic())
+            continue;
+        title->chooseMnemonic(taken);
+        taken.insert(title->mnemonic());
+    }
 }
 
 } // namespace ViewDeckQt

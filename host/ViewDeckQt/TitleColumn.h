@@ -12,8 +12,9 @@ namespace ViewDeckQt
 
 class ParamTitle;
 
-/// Gives all titles of a page one column, so that their fields start at one line whatever they are nested in. Lives as
-/// a child of the page, which is found when a title is first shown.
+/// Gives all titles of a page one column, so that their fields start at one line whatever they are nested in, and those
+/// that mark no letter a mnemonic that nothing else in the window has. Lives as a child of the page, which is found
+/// when a title is first shown.
 class TitleColumn : public QObject
 {
     Q_OBJECT
@@ -32,6 +33,8 @@ private:
     QWidget* page() const;
     void align();
     void alignLater();
+    void dropTitlesThatLeft();
+    void chooseMnemonics();
 
     std::vector<QPointer<ParamTitle>> m_titles;
     bool m_pending = false;
