@@ -48,9 +48,11 @@ QSet<QChar> mnemonicsOf(const QWidget* window)
     for (const QAbstractButton* button : buttons)
         addMnemonic(letters, button->text());
     const QList<QMenuBar*> bars = window->findChildren<QMenuBar*>();
-    for (const QMenuBar* bar : bars)
-        for (const QAction* action : bar->actions())
-            addMnemonic(letters, action->text());
+    for (const QMenuBar* bar : bars) {
+        const QList<QAction*> menus = bar->actions();
+        for (const QAction* menu : menus)
+            addMnemonic(letters, menu->text());
+    }
     return letters;
 }
 

@@ -282,7 +282,7 @@ void tst_widgets::keysChooseEntriesAndPassDividingLines()
     for (const auto& step : steps) {
         QTest::keyClick(box, step.first);
         QCOMPARE(choice->getValue().toString(), step.second);
-        QCOMPARE(reports.takeFirst().first().toString(), step.second);
+        QCOMPARE(reports.takeFirst().at(0).toString(), step.second);
         QVERIFY(reports.isEmpty());
     }
     QTest::keyClick(box, Qt::Key_Down);

@@ -110,14 +110,14 @@ void tst_widgets_form::titlesOfAPageShareOneColumn()
     inner->collapse();
     QVERIFY(window.open());
     QTRY_VERIFY(linesUp(window, 3) || linesUp(window, 2));
-    const int start = fieldStarts(window).first();
+    const int start = fieldStarts(window).at(0);
     inner->expand();
     QTRY_VERIFY(linesUp(window, 3));
-    QCOMPARE(fieldStarts(window).first(), start);
+    QCOMPARE(fieldStarts(window).at(0), start);
     window.setLayoutDirection(Qt::RightToLeft);
     QTRY_VERIFY(linesUp(window, 3));
     window.setFont(QFont(QStringLiteral("DejaVu Sans"), 15));
-    QTRY_VERIFY(linesUp(window, 3) && fieldStarts(window).first() < window.width() - start);
+    QTRY_VERIFY(linesUp(window, 3) && fieldStarts(window).at(0) < window.width() - start);
 }
 
 void tst_widgets_form::pagesHaveColumnsOfTheirOwn()
