@@ -8,7 +8,9 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <thread>
 
 // Does anything but the encoder cost time in an export, and does its memory stay flat over the length?
@@ -20,7 +22,7 @@ using namespace desk;
 
 constexpr int shortFrames = 24;
 constexpr int longFrames = 120;
-constexpr int rounds = 2;
+constexpr int rounds = 3;
 
 QString makeClip(const QTemporaryDir& folder, int frames)
 {
@@ -133,11 +135,12 @@ int main(int argc, char** argv)
     const QString lengthy = makeClip(folder, longFrames);
     if (brief.isEmpty() || lengthy.isEmpty())
         return 1;
-    double encoding = 0;
-    double exporting = 0;
+    // The best of each: whatever else the machine does meanwhile slows down one of them.
+    double encoding = std::numeric_limits<double>::max();
+    double exporting = encoding;
     for (int round = 0; round < rounds; ++round) {
-        encoding += secondsOfEncoding(framesOf(brief));
-        exporting += secondsOfExport(brief, folder.filePath(QString::number(round)));
+        encoding = std::min(encoding, secondsOfEncoding(framesOf(brief)));
+        exporting = std::min(exporting, secondsOfExport(brief, folder.filePath(QString::number(round))));
     }
     std::printf("whole export against encoding alone | %.2f | >= 0.9\n", encoding / exporting);
     const double peak = peakOfExport(brief, folder.filePath(QStringLiteral("short")));
