@@ -1,4 +1,5 @@
 #include "app/Desk.h"
+#include "desk/imf/package/PackageTransaction.h"
 #include "desk/imf/package/Verifier.h"
 #include "services/Clip.h"
 #include "support/TestMain.h"
