@@ -18,6 +18,7 @@
 #include <functional>
 #include <memory>
 #include <unordered_map>
+#include <vector>
 
 class IMFO_Bridge;
 class IMF_Controller;
@@ -79,6 +80,28 @@ public:
     /// nothing. 260, 267, 268, 281 and 284 answer true also where the item refuses the value: dataChanged tells.
     bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
     bool event(QEvent* event) override;
+
+    // Sequences are dragged in from the host and become CPLs; CPLs can be dragged out, by their identifiers.
+
+    /// "stratacut.IMF", which is only advertised, and the host's "application/x-dnditemdata".
+    QStringList mimeTypes() const override;
+    /// "IMF_Tool/CPL": a compact JSON array with the identifier of each index. Never null; the caller owns it.
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
+    /// Moving alone.
+    Qt::DropActions supportedDropActions() const override;
+    /// Whether the action is one of supportedDropActions() and the host's format is there.
+    bool isMimeTypeSupported(Qt::DropAction action, const QMimeData* mime) const;
+    /// Whether one of the dragged media is a sequence.
+    bool isDraggingSequence(const QMimeData* mime) const;
+    bool canDropMimeData(const QMimeData* mime, Qt::DropAction action, int row, int column,
+                         const QModelIndex& parent) const override;
+    /// Makes a CPL of each dragged medium: in an IMP, in a new IMP of a deliverable, or, dropped on no item, in a
+    /// new deliverable that the user is asked about. The new rows come last whatever `row` says. Ends with
+    /// sequenceDropped.
+    /// @return false when nothing was created: refused by canDropMimeData, by the user or by the host, or dropped on a
+    ///         CPL.
+    bool dropMimeData(const QMimeData* mime, Qt::DropAction action, int row, int column,
+                      const QModelIndex& parent) override;
 
     static void* ToInternalPointer(IMF_Node* node);
     static IMF_Node* FromInternalPointer(void* pointer);
@@ -166,6 +189,12 @@ private:
     };
     class ParkedIndexes;
 
+    /// What is told to the host once a drop's rows stand.
+    using Announcements = std::vector<std::function<void()>>;
+
+    QModelIndex dropTarget(const QModelIndex& parent);
+    void insertDropped(const QStringList& mobIds, const QModelIndex& target, int row);
+    void announce(std::function<void()> announcement);
     void updateIcons();
     QVariant decoration(const IMF_Node& node, int column) const;
     QVariant audioGrouping(const QModelIndex& index) const;
@@ -190,6 +219,8 @@ private:
     QMap<QString, TrackModel> m_trackModels;
     std::unordered_map<const IMF_Node*, QString> m_trackKeys;
     std::weak_ptr<IMF_Node> m_justAppended;
+    /// Not null while a drop creates its items.
+    std::unique_ptr<Announcements> m_dropAnnouncements;
     std::shared_ptr<IMF_Node> m_parking;
     std::unique_ptr<IMF_Controller> m_controller;
 };

@@ -2,6 +2,7 @@
 
 #include "NodeAccess.h"
 
+#include "NvCore/Assert.h"
 #include "NvCore/NvText.h"
 #include "StratacutUI/IMF_Controller.h"
 #include "StratacutUI/ISettingsStorage.h"
@@ -108,6 +109,16 @@ bool IMF_PackageMgrQtModel::event(QEvent* event)
     if (event->type() == QEvent::PaletteChange)
         updateIcons();
     return QAbstractItemModel::event(event);
+}
+
+bool IMF_PackageMgrQtModel::canDropMimeData(const QMimeData* mime, Qt::DropAction action, int row, int column,
+                                            const QModelIndex& parent) const
+{
+    NV_ASSERT(mime != nullptr);
+    const bool supported = isMimeTypeSupported(action, mime);
+    const bool sequence = isDraggingSequence(mime);
+    const bool committed = IsDroppingOnCommitedItem(row, column, parent);
+    return supported && sequence && !committed;
 }
 
 void* IMF_PackageMgrQtModel::ToInternalPointer(IMF_Node* node)

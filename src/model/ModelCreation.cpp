@@ -66,10 +66,21 @@ NewCpl cplOfSequence(const QString& mobId)
 void IMF_PackageMgrQtModel::append(const std::shared_ptr<IMF_Node>& parent, const std::shared_ptr<IMF_Node>& node)
 {
     const QModelIndex row = indexOf(parent.get());
-    if (row.isValid())
+    if (row.isValid() && !m_dropAnnouncements) {
         push_back(row, node);
+        return;
+    }
+    parent->push_back(node);
+    m_justAppended = node;
+}
+
+/// A host may answer with a message box: it must not open while rows are being inserted.
+void IMF_PackageMgrQtModel::announce(std::function<void()> announcement)
+{
+    if (m_dropAnnouncements)
+        m_dropAnnouncements->push_back(std::move(announcement));
     else
-        parent->push_back(node);
+        announcement();
 }
 
 std::shared_ptr<IMF_Node> IMF_PackageMgrQtModel::addIMPNode(const std::shared_ptr<IMF_Node>& deliverable)
@@ -81,7 +92,7 @@ std::shared_ptr<IMF_Node> IMF_PackageMgrQtModel::addIMPNode(const std::shared_pt
     ViewDeckQt::generateDefaultName(name, taken);
     const std::shared_ptr<IMF_Node> imp = IMF_PackageDeliveryReader::impFromJson(defaultImp(name), deliverable);
     append(deliverable, imp);
-    emit notifyNewIMPCreated(getComponendID(imp));
+    announce([this, id = getComponendID(imp)] { emit notifyNewIMPCreated(id); });
     return imp;
 }
 
@@ -95,7 +106,7 @@ void IMF_PackageMgrQtModel::addCPLNode(const QString& mobId, const std::shared_p
     if (!m_trackGroups.contains(id) || !isIdentifierShared(cpl))
         addTrackGroups(id, {});
     registerTrackModel(cpl, mobId);
-    emit notifyNewCPLCreated(id, source.token);
+    announce([this, id, token = source.token] { emit notifyNewCPLCreated(id, token); });
 }
 
 void IMF_PackageMgrQtModel::createCPLFromMobs(const QStringList& mobIds, const QModelIndex& impIndex)

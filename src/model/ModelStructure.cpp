@@ -11,12 +11,19 @@ class IMF_PackageMgrQtModel::ParkedIndexes
 {
 public:
     ParkedIndexes(IMF_PackageMgrQtModel& model, const std::shared_ptr<IMF_Node>& replaced)
-        : m_model(model), m_siblings(replaced->getParent())
+        : ParkedIndexes(model, replaced->getParent(), replaced)
+    {
+    }
+
+    /// @param siblings the node whose children's indexes are parked. @param replaced the child that goes, if one does.
+    ParkedIndexes(IMF_PackageMgrQtModel& model, std::shared_ptr<IMF_Node> siblings,
+                  const std::shared_ptr<IMF_Node>& replaced)
+        : m_model(model), m_siblings(std::move(siblings))
     {
         const QModelIndexList persistent = model.persistentIndexList();
         for (const QModelIndex& index : persistent) {
             const std::shared_ptr<IMF_Node> parent = model.FromIndex(index)->getParent();
-            if (parent != m_siblings && !isBelow(parent, replaced))
+            if (parent != m_siblings && !(replaced && isBelow(parent, replaced)))
                 continue;
             m_original.append(index);
             m_isSibling.append(parent == m_siblings);
@@ -108,6 +115,23 @@ QModelIndex IMF_PackageMgrQtModel::replace(const QModelIndex& index, const std::
     const QModelIndex statusColumn = this->index(row, 1, parent);
     emit dataChanged(statusColumn, statusColumn);
     return this->index(row, column, parent);
+}
+
+void IMF_PackageMgrQtModel::insertDropped(const QStringList& mobIds, const QModelIndex& target, int row)
+{
+    ParkedIndexes parked(*this, FromIndex(target), nullptr);
+    m_dropAnnouncements = std::make_unique<Announcements>();
+    beginInsertRows(target, row, row);
+    createCPLFromMobs(mobIds, target);
+    endInsertRows();
+    const std::unique_ptr<Announcements> announcements = std::move(m_dropAnnouncements);
+
+    // One row was announced, wherever the drop pointed; views lay themselves out again from the tree.
+    parked.release(target);
+    emit layoutAboutToBeChanged();
+    emit layoutChanged();
+    for (const std::function<void()>& announcement : *announcements)
+        announcement();
 }
 
 bool IMF_PackageMgrQtModel::removeIndex(const QModelIndex& index)
