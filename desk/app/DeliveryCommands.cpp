@@ -82,9 +82,11 @@ void printItem(const QJsonObject& item, const QString& indent)
     const QJsonObject audio = item[QLatin1String(ImfDict::Audio)].toObject();
     printTexts(audio, inner);
     printSound(audio, inner);
-    for (const QJsonValue& asset : item[QStringLiteral("MissingAssets")].toArray())
+    const QJsonArray missing = item[QStringLiteral("MissingAssets")].toArray();
+    for (const QJsonValue& asset : missing)
         console::out(inner + QStringLiteral("missing: ") + asset.toString());
-    for (const QJsonValue& child : item[QLatin1String(ImfDict::Children)].toArray())
+    const QJsonArray children = item[QLatin1String(ImfDict::Children)].toArray();
+    for (const QJsonValue& child : children)
         printItem(child.toObject(), inner);
 }
 
@@ -113,7 +115,8 @@ int runShow(const QCommandLineParser& parser, const QStringList& arguments)
     services::MediaLibrary library;
     services::PackageOutput output(&library);
     QJsonObject document;
-    for (const QString& folder : parser.values(QStringLiteral("with"))) {
+    const QStringList folders = parser.values(QStringLiteral("with"));
+    for (const QString& folder : folders) {
         if (!load(output, folder, document))
             return exitCode::failure;
     }
@@ -169,7 +172,8 @@ int runVerify(const QCommandLineParser& parser, const QStringList& arguments)
     if (arguments.size() != 1)
         return oneFolderWanted();
     QVector<imf::Delivery> others;
-    for (const QString& folder : parser.values(QStringLiteral("with"))) {
+    const QStringList folders = parser.values(QStringLiteral("with"));
+    for (const QString& folder : folders) {
         auto other = imf::openDelivery(folder);
         if (!other) {
             console::error(other.error().sentence());

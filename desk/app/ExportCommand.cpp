@@ -54,7 +54,8 @@ int runExport(const QCommandLineParser& parser, const QStringList& arguments)
         return wrong(QStringLiteral("name at least one media file"));
     if (request.folder.isEmpty())
         return wrong(QStringLiteral("say with --to where the delivery is to be made"));
-    for (const QString& setting : parser.values(QStringLiteral("set"))) {
+    const QStringList settings = parser.values(QStringLiteral("set"));
+    for (const QString& setting : settings) {
         const int equals = setting.indexOf(QLatin1Char('='));
         if (equals <= 0)
             return wrong(QStringLiteral("--set wants KEY=VALUE, not \"%1\"").arg(setting));

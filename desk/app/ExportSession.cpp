@@ -55,11 +55,10 @@ QString duration(double seconds)
 QString progressText(const services::ExportProgress& progress)
 {
     const QLocale locale;
-    QString text = QStringLiteral("%1 of %2 frames, %3, %4 frames/s")
-                       .arg(progress.frames)
-                       .arg(progress.totalFrames)
-                       .arg(locale.formattedDataSize(progress.bytes))
-                       .arg(locale.toString(progress.framesPerSecond, 'f', 1));
+    QString text =
+        QStringLiteral("%1 of %2 frames, %3, %4 frames/s")
+            .arg(QString::number(progress.frames), QString::number(progress.totalFrames),
+                 locale.formattedDataSize(progress.bytes), locale.toString(progress.framesPerSecond, 'f', 1));
     if (progress.secondsLeft >= 0)
         text += QStringLiteral(", %1 left").arg(duration(progress.secondsLeft));
     return text;

@@ -50,7 +50,8 @@ BinItem fromJson(const QJsonObject& json)
     item.frames = qint64(json[QLatin1String(bin::frames)].toDouble());
     item.width = json[QLatin1String(bin::width)].toInt();
     item.height = json[QLatin1String(bin::height)].toInt();
-    for (const QJsonValue& value : json[QLatin1String(bin::audio)].toArray()) {
+    const QJsonArray entries = json[QLatin1String(bin::audio)].toArray();
+    for (const QJsonValue& value : entries) {
         const QJsonObject track = value.toObject();
         item.audio += BinTrack{track[QLatin1String(bin::name)].toString(), track[QLatin1String(bin::label)].toString(),
                                track[QLatin1String(bin::title)].toString()};
@@ -136,7 +137,8 @@ void MediaLibrary::load()
         m_file.clear();
         return;
     }
-    for (const QJsonValue& value : document.object()[QLatin1String(bin::sequences)].toArray()) {
+    const QJsonArray entries = document.object()[QLatin1String(bin::sequences)].toArray();
+    for (const QJsonValue& value : entries) {
         const BinItem item = fromJson(value.toObject());
         if (!item.id.isEmpty())
             m_items[item.id] = item;

@@ -92,7 +92,8 @@ QMap<QString, IMFO_TrackInfo> trackInfoOf(const QJsonObject& cpl)
         for (auto entry = parameters.constBegin(); entry != parameters.constEnd(); ++entry) {
             const QJsonObject parameter = entry->toObject();
             IMFO_TrackInfo info;
-            for (const QJsonValue& value : parameter[QLatin1String(ImfDict::values)].toArray())
+            const QJsonArray entries = parameter[QLatin1String(ImfDict::values)].toArray();
+            for (const QJsonValue& value : entries)
                 info.values += value.toString();
             info.currentIndex = info.values.isEmpty() ? -1 : parameter[QLatin1String(ImfDict::currentIndex)].toInt();
             info.audioMapping = parameter[QLatin1String(ImfDict::AudioMapping)].toArray();
@@ -168,9 +169,11 @@ QStringList PackageOutput::impsInTreeOrder(const QByteArray& id) const
 void PackageOutput::indexCompositions(const QByteArray& id, Entry& entry)
 {
     entry.compositions.clear();
-    for (const QJsonValue& imp : entry.document[QLatin1String(ImfDict::Children)].toArray()) {
+    const QJsonArray imps = entry.document[QLatin1String(ImfDict::Children)].toArray();
+    for (const QJsonValue& imp : imps) {
         const QByteArray impId = id + '/' + imp[QLatin1String(ImfDict::Name)].toString().toUtf8() + '/';
-        for (const QJsonValue& cpl : imp[QLatin1String(ImfDict::Children)].toArray()) {
+        const QJsonArray cpls = imp[QLatin1String(ImfDict::Children)].toArray();
+        for (const QJsonValue& cpl : cpls) {
             const QByteArray cplId = impId + cpl[QLatin1String(ImfDict::Name)].toString().toUtf8();
             if (!entry.compositions.contains(cplId))
                 entry.compositions.insert(cplId, cpl.toObject());

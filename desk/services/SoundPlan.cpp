@@ -212,7 +212,8 @@ QVector<Row> rowsOf(const media::Sequence& sequence, const OutputFormat& format)
         Row row;
         row.name = trackName(entry[QLatin1String(ImfDict::Out)].toInt());
         row.mode = entry[QLatin1String(ImfDict::AudioMixdownSettings)].toString();
-        for (const QJsonValue& in : entry[QLatin1String(ImfDict::In)].toArray()) {
+        const QJsonArray sources = entry[QLatin1String(ImfDict::In)].toArray();
+        for (const QJsonValue& in : sources) {
             if (!row.sources.contains(in.toInt() - 1))
                 row.sources += in.toInt() - 1;
         }
@@ -278,7 +279,8 @@ Result<QVector<SoundPlan>> planSound(const media::Sequence& sequence, const Outp
     QVector<SoundPlan> plans;
     if (sequence.audio.isEmpty())
         return plans;
-    for (const Row& row : rowsOf(sequence, format)) {
+    const QVector<Row> rows = rowsOf(sequence, format);
+    for (const Row& row : rows) {
         auto plan = planRow(sequence, row);
         if (!plan)
             return plan.error();

@@ -221,8 +221,7 @@ private slots:
         const quint32 seed = QRandomGenerator::global()->generate();
         qInfo("seed %u", seed);
         QRandomGenerator random(seed);
-        const int rounds =
-            qEnvironmentVariableIntValue("STRATACUT_KILLS") > 0 ? qEnvironmentVariableIntValue("STRATACUT_KILLS") : 36;
+        const int rounds = qEnvironmentVariableIsSet("STRATACUT_SOAK") ? 1000 : 36;
         Clip tiny;
         tiny.frames = 1;
         const QString folder = path(QStringLiteral("out/made"));
