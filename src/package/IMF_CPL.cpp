@@ -81,8 +81,7 @@ IMF_CPL::IMF_CPL(std::weak_ptr<IMF_Node> owner, QJsonObject json, IMF_PackageMgr
         mediaEngine->prepareAudioGroupingData(m_audioGroupingModel);
     }
     UpdateFPSJsonValueFromTargetFormatBuilder();
-    if (m_json.value(metadataKey).toObject().contains(contentKindKey))
-        UpdateContentKind(contentKindOf(m_json));
+    UpdateContentKind(contentKindOf(m_json));
     validateParams();
 }
 

@@ -268,6 +268,7 @@ private slots:
         QTest::newRow("blank") << QJsonValue(" ") << "";
         QTest::newRow("unknown") << QJsonValue(QJsonObject{{"Value", "documentary"}}) << "documentary";
         QTest::newRow("no text") << QJsonValue(5) << "";
+        QTest::newRow("absent") << QJsonValue(QJsonValue::Undefined) << "";
     }
 
     void contentKindsKeepTheirCode()
@@ -278,6 +279,7 @@ private slots:
         const QString scope = "http://www.smpte-ra.org/schemas/2067-3/2013#content-kind";
         QCOMPARE(kindOf(cpl).value("Value").toString("missing"), code);
         QCOMPARE(kindOf(cpl).value("Scope").toString(), scope);
+        QCOMPARE(kindOf(cpl).value("values").toArray().size(), 13);
         Placed again(cpl->jsonObject());
         QCOMPARE(kindOf(again), kindOf(cpl));
     }
