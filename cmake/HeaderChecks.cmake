@@ -15,6 +15,10 @@ function(stratacut_check_headers layer)
     return()
   endif()
   add_library(headers_${layer} OBJECT ${sources})
+  # What is installed must also serve a program for which "signals" and "slots" are words of its own.
+  if(H_ROOT MATCHES "/include$")
+    target_compile_definitions(headers_${layer} PRIVATE QT_NO_KEYWORDS)
+  endif()
   target_include_directories(headers_${layer} PRIVATE "${H_ROOT}")
   # Its private links too: a header that stays inside a layer may use what the layer uses.
   get_target_property(type ${layer} TYPE)

@@ -54,13 +54,13 @@ public:
     /// The description of an item as it travels to the host.
     static IMFO_ItemInfo itemInfo(const QModelIndex& index);
 
-signals:
+Q_SIGNALS:
     /// A deliverable was added, or replaced by a fresh copy.
     void newDeliveryAdded(const QModelIndex& delivery);
     /// A commit ended without error and the item was updated.
     void commitCompleted();
 
-public slots:
+public Q_SLOTS:
     void onExploreNewDelivery(const QString& fullPath);
     /// Stores the folders of the committed deliverables and the uncommitted items.
     void onSaveSettings();

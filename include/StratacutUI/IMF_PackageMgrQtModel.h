@@ -172,13 +172,13 @@ public:
     /// Runs a change that may alter identifiers in the subtree and carries the track groups over to the new ones.
     void keepTrackGroups(const std::shared_ptr<IMF_Node>& subtree, const std::function<void()>& change);
 
-signals:
+Q_SIGNALS:
     void notifyNewIMPCreated(const QByteArray& impCompID);
     void notifyNewCPLCreated(const QByteArray& cplCompID, const QByteArray& token);
     /// Sequences were dropped on `parent`, which had `row` children before.
     void sequenceDropped(const QModelIndex& parent, int row);
 
-public slots:
+public Q_SLOTS:
     /// The host tells that a sequence changed or went: the CPLs made from it check themselves.
     void onMobStatusChanged(const QString& mobID);
 

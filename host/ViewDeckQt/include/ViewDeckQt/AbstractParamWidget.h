@@ -39,7 +39,7 @@ public:
 
     bool isReadOnly() const { return m_readOnly; }
 
-signals:
+Q_SIGNALS:
     /// The user has changed the value.
     void valueChanged(const QVariant& value);
 

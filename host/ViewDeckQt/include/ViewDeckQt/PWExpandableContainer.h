@@ -18,13 +18,13 @@ public:
 
     bool isExpanded() const { return m_expanded; }
 
-public slots:
+public Q_SLOTS:
     void expand();
     /// Hides the contents. When one of them has the focus, the header takes it.
     void collapse();
     void toggle();
 
-signals:
+Q_SIGNALS:
     /// The contents have been shown or hidden, by the user or the program.
     void expansionChanged();
 

@@ -29,7 +29,7 @@ public:
     void hilightTitle(bool highlighted);
     bool isTitleHilighted() const;
 
-signals:
+Q_SIGNALS:
     void setPathButtonClicked();
 
 protected:

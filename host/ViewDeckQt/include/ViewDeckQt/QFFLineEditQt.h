@@ -27,7 +27,7 @@ public:
     /// Takes what stands there now as settled, as if it had been committed.
     void settle();
 
-signals:
+Q_SIGNALS:
     /// The user has pressed Enter or left the line after changing its text.
     void textCommitted(const QString& text);
 
