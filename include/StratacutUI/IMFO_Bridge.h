@@ -21,8 +21,10 @@ struct IMFO_TrackInfo;
 ///
 /// The host implements this class, owns the object and keeps it alive longer than the item model. The module stores
 /// plain pointers and never deletes it. Every call is made on the user-interface thread, fills the error value that it
-/// is given (success included) and must not throw. The order of the declarations is the binary interface: a host that
-/// was compiled against this header relies on each slot's position.
+/// is given (success included) and must not throw. Arguments are valid for the length of the call. Where a slot says no
+/// more, a failure is shown to the user, its other results are not looked at, and the action stops there. The order of
+/// the declarations is the binary interface: a host that was compiled against this header relies on each slot's
+/// position.
 class STRATACUTUI_EXPORT IMFO_Bridge
 {
 public:
@@ -72,6 +74,7 @@ public:
 
     /// Slot 2. Describes a component as JSON. A member "MissingAssets" anywhere inside says that something which the
     /// component refers to is not loaded; the member's mere presence counts, so it is left out when nothing is missing.
+    /// A failure is shown and counts as nothing missing.
     /// @param recursive whether the items below the component are described too; the module passes true.
     virtual void getDeliveryInfo(IMFO_Error_t& error, const QByteArray& componentId, QJsonObject& info,
                                  bool recursive) = 0;
@@ -87,7 +90,8 @@ public:
     /// @param path in: the parent folder wanted, or empty; out: the parent folder chosen. The commit will create a
     ///        folder of the deliverable's name inside it.
     /// @param original true for an IMF Original, false for an IMF Supplemental.
-    /// @param componentId out: an identifier that is unique for each folder and stays until the item is renamed.
+    /// @param componentId out: an identifier that is unique for each folder and stays until the item is renamed. It is
+    ///        not empty. After a failure no deliverable is added.
     virtual void createDelivery(IMFO_Error_t& error, const QString& name, QString& path, bool original,
                                 QString& componentId) = 0;
 
@@ -95,45 +99,51 @@ public:
     /// message counts as success.
     virtual void removeItem(IMFO_Error_t& error, const QByteArray& componentId) = 0;
 
-    /// Slot 8. Starts to commit the deliverable or IMP and returns at once.
-    /// @param error a failure to start; `onDone` is then not called.
+    /// Slot 8. Starts to commit the deliverable or IMP, with all that it contains, and returns at once. The documents
+    /// and settings to write came before, through slots 13 and 14.
+    /// @param error a failure to start, which is shown; `onDone` is then not called.
     /// @param onDone called once with the outcome, from any thread. It may outlive the item, the controller and the
     ///        model: it is then without effect.
     virtual void commit(IMFO_Error_t& error, const IMFO_ItemInfo& item, CommitCallback onDone) = 0;
 
-    /// Slot 9. Registers a new IMP. The identifier is the deliverable's identifier, "/", the IMP's name.
+    /// Slot 9. Registers a new IMP. A failure is not shown, and the IMP stays in the tree.
+    /// @param impComponentId the deliverable's identifier, "/", the IMP's name, in UTF-8.
     /// @param descriptiveMetadata UTF-8 text, empty or a compact JSON object.
     virtual void createIMP(IMFO_Error_t& error, const QByteArray& impComponentId,
                            const QByteArray& descriptiveMetadata) = 0;
 
-    /// Slot 10. Registers a new CPL for the sequence that `token` names.
+    /// Slot 10. Registers a new CPL. A failure is not shown, and the CPL stays in the tree.
+    /// @param cplComponentId the IMP's identifier, "/", the CPL's name, in UTF-8.
+    /// @param token what MXE_Bridge::sequenceToken answered for the CPL's sequence.
     /// @param reserved always empty.
     virtual void createCPL(IMFO_Error_t& error, const QByteArray& cplComponentId, const QByteArray& token,
                            const QByteArray& reserved) = 0;
 
-    /// Slot 11. Chooses the folder in which the deliverable will be created.
-    /// Code ItemExists says that a deliverable of that name is there already.
-    /// @param actualPath out: the folder as the host stores it.
+    /// Slot 11. Chooses the folder in which the deliverable will be created. After a failure the former folder holds,
+    /// and the user may choose again. Code ItemExists says that a deliverable of that name is there already: the module
+    /// then shows a text of its own in place of the error's.
+    /// @param actualPath out: the folder as the host stores it. The module keeps `path`.
     virtual void setItemPath(IMFO_Error_t& error, const IMFO_ItemInfo& item, const QString& path,
                              QString& actualPath) = 0;
 
-    /// Slot 12. Renames a deliverable.
+    /// Slot 12. Renames a deliverable. After a failure the former name holds.
     /// @param newComponentId out: the identifier from now on; the host fills it also where it did not change.
     virtual void renameItem(IMFO_Error_t& error, const IMFO_ItemInfo& item, const QString& name,
                             QString& newComponentId) = 0;
 
-    /// Slot 13. Stores a CPL's output settings, before a commit.
+    /// Slot 13. Stores a CPL's output settings, before a commit. After a failure nothing is committed.
     /// @param commitSettingsJson compact JSON text: what the CPL's TargetFormatBuilder::settings() answered.
     virtual void applyCommitSettings(IMFO_Error_t& error, const QString& commitSettingsJson,
                                      const IMFO_ItemInfo& item) = 0;
 
-    /// Slot 14. Stores an item's document, before a commit.
+    /// Slot 14. Stores an item's document, before a commit. After a failure nothing is committed.
     /// @param metadataJson compact JSON text of the item's whole document. It is the truth about the item, its name
     ///        included: a local rename reaches the host only here.
     virtual void applyDescriptiveMetadata(IMFO_Error_t& error, const QString& metadataJson,
                                           const IMFO_ItemInfo& item) = 0;
 
-    /// Slot 15. Describes the tracks and parameters of a committed CPL.
+    /// Slot 15. Describes the tracks and parameters of a committed CPL. A failure is not shown; the CPL's document then
+    /// stays as slot 1 gave it.
     /// @param tracks out: one entry a parameter, keyed by the document keys of the "Video" and "Audio" sections,
     ///        "ContentKind" and "Multiple Audio Mix".
     /// @param cplId the CPL's identifier in UTF-8.
@@ -160,9 +170,10 @@ struct IMFO_ItemInfo {
 
 /// What the host knows of one parameter of a committed CPL.
 struct IMFO_TrackInfo {
-    /// The choices, for the user to read. For "ContentKind" the code of ST 2067-3:2020, annex, or a label of it.
+    /// The choices, for the user to read; an entry without any is ignored. For "ContentKind" a code of the list of
+    /// content kinds (ST 2067-3) or the module's label of one.
     QStringList values;
-    /// The position of the current choice in `values`; -1 when there is none.
+    /// The position of the current choice in `values`, counted from 0; -1 when there is none.
     int currentIndex = -1;
     /// "Multiple Audio Mix" only: the "AudioMapping" array, in the present or the older form.
     QJsonArray audioMapping;

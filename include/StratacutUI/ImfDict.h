@@ -137,7 +137,7 @@ inline constexpr char CPLToken[] = "CPLToken";
 inline constexpr char CPLGroups[] = "CPLGroups";
 /// @}
 
-/// The URI of the list of content kinds, written as "Scope" (ST 2067-3:2013, 6.1.5).
+/// The URI of the list of content kinds, written as "Scope" (ST 2067-3:2013).
 STRATACUTUI_EXPORT QString contentKindScope();
 /// The labels that the user chooses from: an empty one, then the twelve kinds.
 STRATACUTUI_EXPORT QStringList contentKindLabels();

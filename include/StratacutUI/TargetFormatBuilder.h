@@ -8,10 +8,11 @@
 
 /// The host's description of one CPL's output format: the current encoding parameters and what each may be.
 ///
-/// Made by MXE_Bridge::createTargetFormatBuilder for each CPL and shared by the copies of that CPL. Used on the
-/// user-interface thread. Keys are the parameter keys of the CPL document: "Application Pattern", "Compression",
-/// "Resolution", "Frame Rate", "Colorimetry", "Color Depth", "Compression Profile", "Stereoscopic Settings",
-/// "Bit Depth", "Format", "Sample Rate", "Audio Mix". The order of the declarations is the binary interface.
+/// Made by MXE_Bridge::createTargetFormatBuilder for each CPL and shared by the copies of that CPL; destroyed with the
+/// last of them. Used on the user-interface thread; nothing here throws. Keys are the parameter keys of the CPL
+/// document: "Application Pattern", "Compression", "Resolution", "Frame Rate", "Colorimetry", "Color Depth",
+/// "Compression Profile", "Stereoscopic Settings", "Bit Depth", "Format", "Sample Rate", "Audio Mix". The order of the
+/// declarations is the binary interface.
 class STRATACUTUI_EXPORT TargetFormatBuilder
 {
 public:
@@ -37,7 +38,8 @@ public:
     /// @return whether the builder took the value.
     virtual bool setValue(const QString& key, const QString& value) = 0;
 
-    /// Slot 6. The frame rate of the output, in the spelling of choices("Frame Rate").
+    /// Slot 6. The frame rate of the output in frames a second, in the spelling of choices("Frame Rate"); empty where
+    /// it has no name there.
     virtual QString frameRate() const = 0;
 
     /// Slot 7. Hands over the audio mapping as the flat list that JSON::FlattenMultiMix makes: one object a target
