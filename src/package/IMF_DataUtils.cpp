@@ -2,7 +2,6 @@
 
 #include "StratacutUI/IMF_Node.h"
 
-#include <QDebug>
 #include <QJsonDocument>
 
 namespace
@@ -41,11 +40,11 @@ QJsonObject getDefaultJsonObject(const QString& text)
 {
     const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
     if (document.isNull()) {
-        qDebug() << "Invalid JSON...\n" << text;
+        qDebug("Invalid JSON...\n%s", qUtf8Printable(text));
         return {};
     }
     if (!document.isObject()) {
-        qDebug() << "Document is not an object";
+        qDebug("Document is not an object");
         return {};
     }
     return document.object();
