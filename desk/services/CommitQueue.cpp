@@ -117,15 +117,15 @@ Status CommitQueue::write(Job& job) const
         if (meter.frameWritten(bytes))
             m_progress(job.plan.deliveryId, meter.progress());
     };
-    for (const PackagePlan& package : job.plan.packages) {
+    const QVector<PackagePlan>& packages = job.plan.packages;
+    for (const PackagePlan& package : packages) {
         transaction->setPackage(package.package);
         for (const CompositionOrder& order : package.compositions) {
             Status written = ExportJob(order, job.cancelled, frameWritten).run(*transaction);
             if (!written)
                 return written;
         }
-        const Status closed =
-            &package == &job.plan.packages.last() ? transaction->commit() : transaction->nextPackage();
+        const Status closed = &package == &packages.last() ? transaction->commit() : transaction->nextPackage();
         if (!closed)
             return closed;
     }
