@@ -36,7 +36,8 @@ QString mobOf(const QAbstractItemModel* model)
 Rational nearestRate(Rational rate)
 {
     Rational nearest{24, 1};
-    for (const QString& name : words::frameRates()) {
+    const QStringList names = words::frameRates();
+    for (const QString& name : names) {
         const Rational offered = words::frameRate(name);
         const double distance = std::abs(offered.toDouble() - rate.toDouble());
         if (distance < std::abs(nearest.toDouble() - rate.toDouble()))
