@@ -19,8 +19,9 @@ namespace NineSlice
 namespace
 {
 // What the drawings use for the two colours that follow the skin.
-constexpr const char* firstKeyColor = "#808080";
-constexpr const char* secondKeyColor = "#0080ff";
+constexpr char firstKeyColor[] = "#808080";
+constexpr char secondKeyColor[] = "#0080ff";
+constexpr int keyLength = sizeof(firstKeyColor) - 1;
 
 constexpr const char* missingImage = ":/ViewDeckQt/images/missing.svg";
 
@@ -78,8 +79,16 @@ QByteArray coloredDrawing(const Request& request)
     if (!file.open(QIODevice::ReadOnly))
         return {};
     QByteArray drawing = file.readAll();
-    drawing.replace(firstKeyColor, request.colors.first.toQColor().name().toLatin1());
-    drawing.replace(secondKeyColor, request.colors.second.toQColor().name().toLatin1());
+    const QByteArray first = request.colors.first.toQColor().name().toLatin1();
+    const QByteArray second = request.colors.second.toQColor().name().toLatin1();
+    // In one walk: either colour may be what the drawing uses for the other.
+    for (int at = drawing.indexOf('#'); at >= 0; at = drawing.indexOf('#', at + 1)) {
+        const QByteArray color = drawing.mid(at, keyLength);
+        if (color == firstKeyColor)
+            drawing.replace(at, keyLength, first);
+        else if (color == secondKeyColor)
+            drawing.replace(at, keyLength, second);
+    }
     return drawing;
 }
 

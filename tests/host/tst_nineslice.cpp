@@ -232,6 +232,12 @@ void tst_nineslice::aDescriptorsColoursAndOpacityAreUsed()
     QVERIFY(countPixels(image, [](QRgb pixel) { return pixel == qRgb(0, 200, 80); }) > 4);
     QCOMPARE(countPixels(image, [](QRgb pixel) { return isOpaque(pixel) && qRed(pixel) == qBlue(pixel); }), 0);
 
+    // The colours that the drawings themselves use, the other way round.
+    custom = NineSlice::CreateCustomResourceData(profileIcon, NvRGBColor(0, 128, 255), RGBgray8);
+    const QImage swapped = straight(NineSlice::GetImage(custom, 1));
+    QVERIFY(countPixels(swapped, [](QRgb pixel) { return pixel == qRgb(0, 128, 255); }) > 4);
+    QVERIFY(countPixels(swapped, [](QRgb pixel) { return pixel == qRgb(128, 128, 128); }) > 4);
+
     custom = packageIcon;
     custom.opacity = 102;
     const QImage faint = straight(NineSlice::GetImage(custom, 1));
