@@ -20,6 +20,9 @@ configure_package_config_file(cmake/StratacutUIConfig.cmake.in "${CMAKE_BINARY_D
   INSTALL_DESTINATION "${stratacut_package_dir}")
 write_basic_package_version_file("${CMAKE_BINARY_DIR}/package/StratacutUIConfigVersion.cmake"
   COMPATIBILITY SameMinorVersion)
+# The way up is as long as the library folder is deep: "lib", or "lib/x86_64-linux-gnu" in a package.
+file(RELATIVE_PATH stratacut_prefix_from_pc "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" stratacut_prefix_from_pc "${stratacut_prefix_from_pc}")
 configure_file(cmake/StratacutUI.pc.in "${CMAKE_BINARY_DIR}/package/StratacutUI.pc" @ONLY)
 install(FILES "${CMAKE_BINARY_DIR}/package/StratacutUIConfig.cmake"
               "${CMAKE_BINARY_DIR}/package/StratacutUIConfigVersion.cmake"
