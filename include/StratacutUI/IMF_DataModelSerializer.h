@@ -20,7 +20,7 @@ public:
     IMF_DataModelSerializer(IMF_PackageMgrQtModel* model, IMFO_Bridge* bridge);
 
     /// One element for each deliverable that holds an uncommitted IMP, in model order: its document with "NewDelivery"
-    /// and, under "Children", its uncommitted IMPs with their uncommitted CPLs.
+    /// (no IMP of it is committed) and, under "Children", its uncommitted IMPs with their uncommitted CPLs.
     QJsonArray saveUnCommitedState() const;
     /// Rebuilds the saved items and registers them with the host. A new deliverable that the host refuses ends the
     /// restore with a warning; an IMP or CPL that it refuses is left out silently. Values of any shape are read as far
@@ -29,6 +29,7 @@ public:
 
 private:
     QJsonObject impIndexToJson(const QModelIndex& imp) const;
+    bool isNew(const QJsonObject& element, const IMF_Node& node) const;
     bool loadNewDelivery(const std::shared_ptr<IMF_Node>& node);
     QModelIndex committedDelivery(const QJsonObject& element) const;
     void loadUnCommitedImps(const QModelIndex& delivery, const std::shared_ptr<IMF_Node>& deliveryNode,

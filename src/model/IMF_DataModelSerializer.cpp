@@ -59,9 +59,7 @@ QJsonArray IMF_DataModelSerializer::saveUnCommitedState() const
         for (const QModelIndex& imp : imps)
             children.append(impIndexToJson(imp));
         QJsonObject element = m_model->serializeIndexToJson(delivery);
-        // A committed deliverable exists, also when none of its IMPs does yet.
-        element[ImfDict::NewDelivery] =
-            imps.size() == m_model->rowCount(delivery) && element.value(ImfDict::Mutable).toBool();
+        element[ImfDict::NewDelivery] = imps.size() == m_model->rowCount(delivery);
         element[ImfDict::Children] = children;
         state.append(element);
     }
@@ -86,15 +84,23 @@ void IMF_DataModelSerializer::loadUnCommitedState(const QJsonArray& array)
         const std::shared_ptr<IMF_Node> node =
             IMF_PackageDeliveryReader::deliveryFromJson(withoutSavedKeys(element), {});
         QModelIndex delivery;
-        if (element.value(ImfDict::NewDelivery).toBool()) {
+        if (!isNew(element, *node)) {
+            delivery = committedDelivery(element);
+        } else {
             if (!loadNewDelivery(node))
                 return;
             delivery = m_model->getDeliveryModelIndex(boost::get<IMF_Deliverable>(node->value()).path());
-        } else {
-            delivery = committedDelivery(element);
         }
         loadUnCommitedImps(delivery, node, element.value(ImfDict::Children).toArray());
     }
+}
+
+bool IMF_DataModelSerializer::isNew(const QJsonObject& element, const IMF_Node& node) const
+{
+    const auto& payload = boost::get<IMF_Deliverable>(node.value());
+    // One that was committed without IMPs counts as new by its IMPs, but it was read from its folder.
+    const bool isLoaded = payload.status() == IMF_PackageMgr::Committed && committedDelivery(element).isValid();
+    return element.value(ImfDict::NewDelivery).toBool() && !isLoaded;
 }
 
 bool IMF_DataModelSerializer::loadNewDelivery(const std::shared_ptr<IMF_Node>& node)

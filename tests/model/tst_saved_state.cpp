@@ -119,18 +119,20 @@ private slots:
     void newImpsOfACommittedDeliverableReturnToIt_data()
     {
         QTest::addColumn<QJsonArray>("committed");
-        QTest::newRow("beside a committed IMP") << QJsonArray{documents::imp("I")};
-        QTest::newRow("alone") << QJsonArray();
+        QTest::addColumn<bool>("isNew");
+        QTest::newRow("beside a committed IMP") << QJsonArray{documents::imp("I")} << false;
+        QTest::newRow("alone") << QJsonArray() << true;
     }
 
     void newImpsOfACommittedDeliverableReturnToIt()
     {
         QFETCH(QJsonArray, committed);
+        QFETCH(bool, isNew);
         ModelFixture f;
         const QModelIndex delivery = f.load("/d", "d", documents::delivery("D", "/d", committed));
         f.newCpl(f.newImp(delivery), "m1");
         const QJsonArray state = saved(f);
-        QCOMPARE(state[0].toObject()["NewDelivery"], QJsonValue(false));
+        QCOMPARE(state[0].toObject()["NewDelivery"], QJsonValue(isNew));
         QCOMPARE(state[0].toObject()["Children"].toArray().size(), 1);
         f.controller().onSaveSettings();
         f.bridge.takeCalls();
@@ -139,6 +141,25 @@ private slots:
         QCOMPARE(f.model->rowCount(f.model->index(0, 0)), committed.size() + 1);
         QCOMPARE(f.bridge.takeCalls(), QStringList({"readDelivery(/d)", "createIMP(d/Untitled IMP)",
                                                     "createCPL(d/Untitled IMP/Sequence m1, token:m1)"}));
+    }
+
+    void newImpsOutliveAFolderThatIsAway()
+    {
+        ModelFixture f;
+        f.newImp(f.load("/d", "d", documents::delivery("D", "/d")));
+        f.controller().onSaveSettings();
+        const QPair<QByteArray, QJsonObject> folder = f.bridge.deliveries.take("/d");
+        {
+            ModalAnswer answer(QMessageBox::Ok);
+            f.restart();
+            QCOMPARE(answer.text, QString("No deliverable in /d."));
+        }
+        QCOMPARE(outline(*f.model), QString("D(Untitled IMP())"));
+        f.controller().onSaveSettings();
+        f.bridge.deliveries["/d"] = folder;
+        f.restart();
+        QCOMPARE(outline(*f.model), QString("D(Untitled IMP())"));
+        QCOMPARE(f.bridge.calls.filter("createDelivery").size(), 1);
     }
 
     void itemsReturnToTheirOwnAmongDeliverablesOfOneFolder()
