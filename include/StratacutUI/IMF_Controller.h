@@ -7,6 +7,7 @@
 #include <QModelIndexList>
 #include <QObject>
 #include <QPersistentModelIndex>
+#include <QPointer>
 
 #include <memory>
 #include <unordered_map>
@@ -83,6 +84,7 @@ private:
     /// @return the message for the user; empty when the host took the path.
     Q_INVOKABLE QString setPath(const QString& path, const QModelIndex& index);
 
+    bool tryPath(const QString& path, const QModelIndex& index, QString& message);
     void loadModelFromSettings();
     void loadUncommitedModelState();
     void addDeliveryToModel(const std::shared_ptr<IMF_Node>& node);
@@ -96,7 +98,7 @@ private:
 
     IMFO_Bridge* m_bridge;
     std::unique_ptr<ISettingsStorage> m_settings;
-    IMF_PackageMgrQtModel* m_model;
+    QPointer<IMF_PackageMgrQtModel> m_model;
     std::shared_ptr<Mailbox> m_mailbox;
     std::unordered_map<quint64, QPersistentModelIndex> m_commits;
     quint64 m_nextTicket = 1;

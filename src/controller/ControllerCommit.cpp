@@ -180,8 +180,12 @@ void IMF_Controller::onCommitComplete(const QModelIndex& imfIndex, const IMFO_Br
     }
     if (!imfIndex.isValid())
         return;
-    updateDelivery(imfIndex);
-    emit commitCompleted();
+    const QPointer<IMF_Controller> self(this);
+    const QPersistentModelIndex row = imfIndex;
+    updateDelivery(row);
+    // A message may have been shown, and much may have happened behind it.
+    if (self && row.isValid())
+        emit commitCompleted();
 }
 
 void IMF_Controller::updateDelivery(const QModelIndex& index)
@@ -195,8 +199,9 @@ void IMF_Controller::updateDelivery(const QModelIndex& index)
     IMFO_Bridge::Error error;
     std::pair<QByteArray, QJsonObject> read;
     m_bridge->readDelivery(error, m_model->getIMFPath(delivery), read);
+    const QPointer<IMF_Controller> self(this);
     Messages::showIfFailed(error);
-    if (!row.isValid())
+    if (!self || !row.isValid())
         return;
     read.second[ImfDict::Mutable] = false;
     m_model->keepTrackGroups(m_model->FromIndex(row), [&] {
@@ -212,7 +217,7 @@ void IMF_Controller::updateDelivery(const QModelIndex& index)
 void IMF_Controller::updateDeliverable(const QModelIndex& delivery, const QJsonObject& document)
 {
     if (sameShape(*m_model, delivery, document))
-        IMF_PackageDeliveryReader::updateDeliveryNodeFromJson(m_model, delivery, document);
+        IMF_PackageDeliveryReader::updateDeliveryNodeFromJson(m_model.data(), delivery, document);
     else
         refreshByName(*m_model, delivery, document);
 }

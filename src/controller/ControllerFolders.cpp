@@ -12,6 +12,7 @@
 
 #include <QFileDialog>
 #include <QJsonObject>
+#include <QPointer>
 
 namespace
 {
@@ -65,27 +66,37 @@ LoadAnswer askToLoad(bool& neverAskAgain)
 void IMF_Controller::onSetPathButtonClicked(const QModelIndex& index)
 {
     static QString remembered;
+    const QPointer<IMF_Controller> self(this);
     const QPersistentModelIndex row = index;
     while (row.isValid()) {
         const QString folder = askForFolder(remembered);
-        if (folder.isEmpty() || !row.isValid())
+        if (folder.isEmpty() || !self || !row.isValid())
             return;
-        const QString message = setPath(folder, row);
-        if (message.isEmpty() || !wantsAnotherFolder(message))
+        QString message;
+        if (tryPath(folder, row, message) || !wantsAnotherFolder(message) || !self)
             return;
     }
 }
 
 QString IMF_Controller::setPath(const QString& path, const QModelIndex& index)
 {
+    QString message;
+    tryPath(path, index, message);
+    return message;
+}
+
+bool IMF_Controller::tryPath(const QString& path, const QModelIndex& index, QString& message)
+{
     const QString shown = index.siblingAtColumn(0).data().toString();
     IMFO_Bridge::Error error;
     QString actualPath;
     m_bridge->setItemPath(error, itemInfo(index), path, actualPath);
-    if (error.isError())
-        return refusal(error, shown, path);
+    if (error.isError()) {
+        message = refusal(error, shown, path);
+        return false;
+    }
     m_model->setData(index, path, Model::PathRole);
-    return {};
+    return true;
 }
 
 bool IMF_Controller::hasMissingAssets(const QModelIndex& index)
@@ -112,20 +123,27 @@ void IMF_Controller::resolveMissingAssets(const QString& path)
 {
     static QString remembered;
     static bool neverAskAgain = false;
-    while (!neverAskAgain && askToLoad(neverAskAgain) == LoadAnswer::Yes) {
-        const QString folder = askForFolder(remembered);
-        if (folder.isEmpty())
-            return;
-        if (folder != path && loadMissingDelivery(folder, path))
-            return refreshAll();
+    const QPointer<IMF_Controller> self(this);
+    bool resolved = false;
+    while (self && !resolved && !neverAskAgain && askToLoad(neverAskAgain) == LoadAnswer::Yes) {
+        const QString folder = self ? askForFolder(remembered) : QString();
+        if (folder.isEmpty() || !self)
+            break;
+        resolved = folder != path && loadMissingDelivery(folder, path);
     }
+    // However the questions end: what was loaded for one deliverable may be what others miss.
+    if (resolved && self)
+        refreshAll();
 }
 
 bool IMF_Controller::loadMissingDelivery(const QString& folder, const QString& path)
 {
     // Where the host cannot tell, something is still missing.
+    const QPointer<IMF_Controller> self(this);
     bool missing = true;
     loadNewDelivery(folder, &missing, false);
+    if (!self)
+        return false;
     missing = true;
     loadNewDelivery(path, &missing, true);
     return !missing;

@@ -76,6 +76,8 @@ IMF_Controller::IMF_Controller(IMF_PackageMgrQtModel* model, IMFO_Bridge* bridge
     setObjectName(QStringLiteral("IMF_Controller"));
     loadModelFromSettings();
     loadUncommitedModelState();
+    if (!m_model)
+        return;
     connect(m_model, &IMF_PackageMgrQtModel::notifyNewIMPCreated, this, &IMF_Controller::NewIMP, Qt::DirectConnection);
     connect(m_model, &IMF_PackageMgrQtModel::notifyNewCPLCreated, this, &IMF_Controller::NewCPL, Qt::DirectConnection);
 }
@@ -104,14 +106,17 @@ void IMF_Controller::loadModelFromSettings()
     const boost::optional<QJsonArray> folders = m_settings ? m_settings->get(visitedKey) : boost::none;
     if (!folders)
         return;
-    for (const QJsonValue& folder : *folders)
-        loadNewDelivery(folder.toString(), nullptr, false);
+    for (const QJsonValue& folder : *folders) {
+        // The application may end while the user reads why a folder was not loaded.
+        if (m_model)
+            loadNewDelivery(folder.toString(), nullptr, false);
+    }
 }
 
 void IMF_Controller::loadUncommitedModelState()
 {
     const boost::optional<QJsonArray> state = m_settings ? m_settings->get(unburnedKey) : boost::none;
-    if (state)
+    if (state && m_model)
         IMF_DataModelSerializer(m_model, m_bridge).loadUnCommitedState(*state);
 }
 
@@ -209,7 +214,7 @@ QModelIndex IMF_Controller::onRefreshIMFItem(const QModelIndex& imfIndex)
     if (Messages::showIfFailed(error))
         return {};
     read.second[ImfDict::Mutable] = false;
-    const QModelIndex fresh =
+    const QPersistentModelIndex fresh =
         m_model->replace(delivery, IMF_PackageDeliveryReader::getDeliveryNodeFromJson(read.second, read.first));
     if (fresh.isValid())
         emit newDeliveryAdded(fresh);

@@ -42,7 +42,10 @@ IMF_PackageMgrQtModel::~IMF_PackageMgrQtModel()
 
 void IMF_PackageMgrQtModel::initialize(IMFO_Bridge* bridge, std::unique_ptr<ISettingsStorage> settings)
 {
-    m_controller = std::make_unique<IMF_Controller>(this, bridge, std::move(settings), nullptr);
+    const QPointer<IMF_PackageMgrQtModel> self(this);
+    auto controller = std::make_unique<IMF_Controller>(this, bridge, std::move(settings), nullptr);
+    if (self)
+        m_controller = std::move(controller);
 }
 
 IMF_Controller* IMF_PackageMgrQtModel::getIMFController() const

@@ -12,6 +12,9 @@
 #include "StratacutUI/MXE_Bridge.h"
 #include "ViewDeckQt/DefaultName.h"
 
+#include <QPersistentModelIndex>
+#include <QPointer>
+
 namespace
 {
 QJsonObject defaultImp(const QString& name)
@@ -118,6 +121,11 @@ void IMF_PackageMgrQtModel::createCPLFromMobs(const QStringList& mobIds, const Q
         imp = addIMPNode(imp);
     if (NodeAccess::type(*imp) != IMF_PackageMgr::IMP)
         return;
-    for (const QString& mobId : mobIds)
-        addCPLNode(mobId, imp);
+    // The host's refusals are shown to the user: the IMP or the model may go behind a message.
+    const QPointer<IMF_PackageMgrQtModel> self(this);
+    const QPersistentModelIndex row = indexOf(imp.get());
+    for (const QString& mobId : mobIds) {
+        if (self && row.isValid())
+            addCPLNode(mobId, imp);
+    }
 }

@@ -21,9 +21,15 @@ ModelFixture::ModelFixture()
     restart();
 }
 
-void ModelFixture::restart()
+void ModelFixture::end()
 {
     m_tester.reset();
+    model.reset();
+}
+
+void ModelFixture::restart()
+{
+    end();
     model = std::make_unique<IMF_PackageMgrQtModel>();
     watch();
     model->initialize(&bridge, std::make_unique<support::MemorySettings>(settings));

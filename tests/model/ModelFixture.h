@@ -29,6 +29,8 @@ public:
 
     /// Makes a new model over the present settings, as the next run of the host does.
     void restart();
+    /// Destroys the model.
+    void end();
     /// A folder that readDelivery knows.
     void putOnDisk(const QString& path, const QByteArray& componentId, const QJsonObject& document);
     /// Puts the delivery on disk and loads it.

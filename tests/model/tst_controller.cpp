@@ -1,11 +1,15 @@
 #include "ModelFixture.h"
 
+#include "ViewDeckQt/ManagedMessageBox.h"
 #include "support/ModalAnswer.h"
 #include "support/TestMain.h"
 
 #include <QDir>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+
+#include <functional>
+#include <vector>
 
 using Model = IMF_PackageMgrQtModel;
 using support::FolderAnswer;
@@ -282,6 +286,19 @@ private slots:
         QCOMPARE(delivery.data(Model::PathRole).toString(), QString("/out/Film"));
     }
 
+    void aRefusalWithoutAMessageIsNoConsent()
+    {
+        const QTemporaryDir folder;
+        ModelFixture f;
+        const QModelIndex delivery = f.newDelivery("Film");
+        f.bridge.fail("setItemPath", 7, QString());
+        FolderAnswer choice(folder.path());
+        ModalAnswer giveUp(QMessageBox::Cancel);
+        f.controller().onSetPathButtonClicked(delivery);
+        QVERIFY(giveUp.text.isEmpty());
+        QCOMPARE(delivery.data(Model::PathRole).toString(), QString("/out/Film"));
+    }
+
     void theMessageOfARefusedFolderIsAWindowOfItsOwn()
     {
         const QTemporaryDir folder;
@@ -398,6 +415,83 @@ private slots:
         f.controller().onSaveSettings();
         QVERIFY(f.settings->isEmpty());
         QCOMPARE(other->size(), 2);
+    }
+
+    void theModelMayEndBehindAMessage_data()
+    {
+        QTest::addColumn<int>("action");
+        const QStringList actions{
+            "start",    "missing assets", "question",      "folder of missing assets", "refreshing all",
+            "renaming", "removing",       "creating CPLs", "failed completion",        "read-back"};
+        for (int i = 0; i < actions.size(); ++i)
+            QTest::newRow(qPrintable(actions[i])) << i;
+    }
+
+    void theModelMayEndBehindAMessage()
+    {
+        QFETCH(int, action);
+        const QTemporaryDir folder;
+        ModelFixture f;
+        f.load("/a", "a", documents::delivery("A", "/a"));
+        const QModelIndex first = f.model->index(0, 0);
+        const QModelIndex second = f.load("/b", "b", documents::delivery("B", "/b"));
+        const QModelIndex film = f.newDelivery("Film");
+        const QModelIndex imp = f.newImp(film);
+        f.bridge.infos["a"] = missing();
+        f.controller().onSaveSettings();
+        for (const char* mobId : {"m1", "m2"})
+            f.engine.addSequence(mobId, mobId);
+        for (const char* operation : {"readDelivery", "renameItem", "removeItem", "createCPL"})
+            f.bridge.fail(operation, 1, "No.");
+        if (action == 1)
+            f.bridge.fail("getDeliveryInfo", 1, "No.");
+        IMF_Controller& controller = f.controller();
+        const std::vector<std::function<void()>> actions = {
+            [&] { f.restart(); },
+            [&] { controller.resolveMissingAssetsIfNeeded(first); },
+            [&] { controller.resolveMissingAssetsIfNeeded(first); },
+            [&] {
+                const FolderAnswer choice(folder.path());
+                controller.resolveMissingAssetsIfNeeded(first);
+            },
+            [&] { controller.refreshAll(); },
+            [&] { f.model->setData(film, "New"); },
+            [&] { controller.onRemoveIMFItem(film); },
+            [&] {
+                f.model->createCPLFromMobs({"m1", "m2"}, imp);
+            },
+            [&] {
+                controller.onCommitComplete(second, {1, "No."});
+            },
+            [&] { controller.onCommitComplete(second, {}); },
+        };
+        int messages = 0;
+        ViewDeckQt::ManagedMessageBox::setPresenter([&](const ViewDeckQt::ManagedMessageBox::Request& request) {
+            ++messages;
+            if (action != 3 || request.icon != QMessageBox::Question)
+                f.end();
+            return request.icon == QMessageBox::Question ? QMessageBox::Yes : QMessageBox::Ok;
+        });
+        actions[std::size_t(action)]();
+        ViewDeckQt::ManagedMessageBox::setPresenter({});
+        QCOMPARE(messages, action == 3 ? 2 : 1);
+    }
+
+    // The answer holds for the life of the process: no test that asks may follow.
+    void nobodyIsAskedAgainAfterIgnore()
+    {
+        ModelFixture f;
+        f.load("/d", "d", documents::delivery("D", "/d"));
+        f.bridge.infos["d"] = missing();
+        int questions = 0;
+        ViewDeckQt::ManagedMessageBox::setPresenter([&questions](const auto&) {
+            ++questions;
+            return QMessageBox::Ignore;
+        });
+        f.controller().resolveMissingAssetsIfNeeded(f.model->index(0, 0));
+        f.controller().resolveMissingAssetsIfNeeded(f.model->index(0, 0));
+        ViewDeckQt::ManagedMessageBox::setPresenter({});
+        QCOMPARE(questions, 1);
     }
 };
 
