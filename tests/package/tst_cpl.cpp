@@ -4,11 +4,14 @@
 #include "StratacutUI/IMF_Node.h"
 #include "StratacutUI/ImfDict.h"
 #include "support/FakeTargetFormatBuilder.h"
+#include "support/Junk.h"
 #include "support/RecordingMediaEngine.h"
 #include "support/RecordingOutputBridge.h"
 #include "support/TestMain.h"
 
+#include <QJsonDocument>
 #include <QPair>
+#include <QRandomGenerator>
 
 using support::RecordingMediaEngine;
 using support::RecordingOutputBridge;
@@ -385,6 +388,33 @@ private slots:
         m_engine->makeBuilder = nullptr;
         Placed other(documentOf("mob"), IMF_PackageMgr::Committed);
         QCOMPARE(video(other, "Frame Rate"), QString("23.976"));
+    }
+
+    void aDamagedDocumentIsSettledAtOnceAndSurvivesEveryEdit()
+    {
+        const quint32 seed = QRandomGenerator::global()->generate();
+        const QStringList keys{"Name",       "Mutable",     "DescriptiveMetadata", "Video",   "Resolution",
+                               "Frame Rate", "Color Depth", "Multiple Audio Mix",  "Audio",   "ContentKind",
+                               "Value",      "values",      "currentIndex",        "Issuer",  "AudioMapping",
+                               "Groups",     "CPLFPSValue", "AllActiveTracks",     "MixMode", "TargetTrack"};
+        support::Junk junk(seed, keys, {"", "A1", "25", "Unknown", "mob", "feature", "3840x2160", "12"});
+        for (int i = 0; i < 400; ++i) {
+            QJsonObject document = documentOf("mob");
+            for (int damages = 1 + junk.below(4); damages > 0; --damages)
+                junk.damage(document);
+            const QByteArray where = "seed " + QByteArray::number(seed) + ' ' + QJsonDocument(document).toJson();
+            const auto status = static_cast<IMF_PackageMgr::Status>(junk.below(2));
+            Placed cpl(document, status);
+            QVERIFY2(Placed(cpl->jsonObject(), status)->jsonObject() == cpl->jsonObject(), where);
+            for (int edit = 0; edit < 5; ++edit) {
+                const QJsonObject before = cpl->jsonObject();
+                const bool changed = cpl->setProperty(junk.key(), junk.value(3));
+                QVERIFY2(changed || cpl->jsonObject() == before, where);
+                QVERIFY2(!changed || status == IMF_PackageMgr::Uncommitted, where);
+            }
+            cpl->updateCommittedJsonObject(junk.object(3));
+            QVERIFY2(!cpl->setProperty(junk.key(), junk.text()), where);
+        }
     }
 
 private:

@@ -1,13 +1,13 @@
 #include "StratacutUI/IMF_DataParser.h"
 #include "StratacutUI/ImfDict.h"
 #include "support/Assertions.h"
+#include "support/Junk.h"
 #include "support/TestMain.h"
 
 #include <QJsonDocument>
 #include <QRandomGenerator>
 
 #include <functional>
-#include <random>
 
 namespace
 {
@@ -68,55 +68,10 @@ QJsonArray sourcesOf(const QString& source)
     return JSON::FlattenMultiMix(mix).first().toObject().value("In").toArray();
 }
 
-// Any JSON at all, with the keys of a mix more often than not.
-class Junk
-{
-public:
-    explicit Junk(quint32 seed) : m_random(seed) {}
-
-    QJsonValue value(int depth)
-    {
-        static const QStringList texts{"A1", "A99999999999", "Dialogue", "All Active Tracks", "", "x7y8", "Stereo"};
-        switch (m_random() % (depth > 0 ? 6 : 4)) {
-        case 0:
-            return QJsonValue();
-        case 1:
-            return m_random() % 2 == 0;
-        case 2:
-            return static_cast<int>(m_random() % 100) - 50;
-        case 3:
-            return texts.at(static_cast<int>(m_random() % static_cast<unsigned>(texts.size())));
-        case 4:
-            return array(depth - 1);
-        default:
-            return object(depth - 1);
-        }
-    }
-
-    QJsonArray array(int depth)
-    {
-        QJsonArray elements;
-        for (unsigned i = m_random() % 4; i > 0; --i)
-            elements.append(value(depth));
-        return elements;
-    }
-
-    QJsonObject object(int depth)
-    {
-        static const QStringList keys{"AudioMapping", "Groups",   "AllActiveTracks",     "Name",
-                                      "Tracks",       "MixMode",  "SourceTracksGroups",  "Include Master Fader",
-                                      "TargetTrack",  "Metadata", "AudioMixdownSettings"};
-        QJsonObject members;
-        for (const QString& key : keys) {
-            if (m_random() % 2 == 0)
-                members[key] = value(depth);
-        }
-        return members;
-    }
-
-private:
-    std::mt19937 m_random;
-};
+const QStringList mixKeys{"AudioMapping", "Groups",   "AllActiveTracks",     "Name",
+                          "Tracks",       "MixMode",  "SourceTracksGroups",  "Include Master Fader",
+                          "TargetTrack",  "Metadata", "AudioMixdownSettings"};
+const QStringList mixTexts{"A1", "A99999999999", "Dialogue", "All Active Tracks", "", "x7y8", "Stereo"};
 } // namespace
 
 Q_DECLARE_METATYPE(Damage)
@@ -245,7 +200,7 @@ private slots:
     void noJsonAtAllBreaksThePromises()
     {
         const quint32 seed = QRandomGenerator::global()->generate();
-        Junk junk(seed);
+        support::Junk junk(seed, mixKeys, mixTexts);
         support::Assertions assertions;
         for (int i = 0; i < 3000; ++i) {
             const QJsonObject mix = junk.object(3);
