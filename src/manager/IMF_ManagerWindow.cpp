@@ -23,6 +23,7 @@ namespace
 using Model = IMF_PackageMgrQtModel;
 
 constexpr int leastLeftWidth = 200;
+const QList<int> firstSizes = {360, 640};
 
 /// Where "Explore" opens, for every window of the process.
 QString& lastExplored()
@@ -89,8 +90,8 @@ void IMF_ManagerWindow::layOut(QWidget* left, QWidget* right)
     m_splitter->addWidget(right);
     m_splitter->setCollapsible(0, false);
     m_splitter->setFrameShape(QFrame::NoFrame);
-    m_splitter->setStretchFactor(0, 2);
-    m_splitter->setStretchFactor(1, 3);
+    m_splitter->setSizes(firstSizes);
+    m_splitter->setStretchFactor(1, 1);
     auto* layout = new QVBoxLayout(this);
     layout->setSizeConstraint(QLayout::SetMinimumSize);
     layout->setContentsMargins(0, 0, 0, 0);

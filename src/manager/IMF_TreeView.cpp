@@ -23,6 +23,7 @@ IMF_TreeView::IMF_TreeView(QWidget* parent) : QTreeView(parent)
     setContextMenuPolicy(Qt::CustomContextMenu);
     // Layout and changes stay cheap in a tree of any size.
     setUniformRowHeights(true);
+    setHeader(new PlainHeader(this));
     setItemDelegate(new IMF_TreeNameDelegate(this));
     setItemDelegateForColumn(statusColumn, new IMF_TreeViewDelegate(this));
     connect(this, &QWidget::customContextMenuRequested, this, &IMF_TreeView::showContextMenu);

@@ -58,6 +58,8 @@ bool ManagerFixture::drop(const QStringList& mobIds, const QModelIndex& target, 
 void ManagerFixture::shoot(const QString& name) const
 {
     const QString folder = qEnvironmentVariable("STRATACUT_SHOTS");
-    if (!folder.isEmpty())
-        QVERIFY(window->grab().save(folder + '/' + name + ".png"));
+    if (folder.isEmpty())
+        return;
+    QCoreApplication::processEvents();
+    QVERIFY(window->grab().save(folder + '/' + name + ".png"));
 }
