@@ -6,13 +6,44 @@
 #include "StratacutUI/IMF_PackageParamsView.h"
 #include "StratacutUI/IMF_TreeView.h"
 
+#include <QMimeData>
+#include <QPointer>
 #include <QPushButton>
+#include <QTimer>
+
+/// Deals with the next dialog or menu that opens, as a user would. Make it before the call that opens it; a test in
+/// which none comes fails.
+class WhenOpened : public QObject
+{
+public:
+    explicit WhenOpened(std::function<void(QWidget&)> deal);
+    ~WhenOpened() override;
+
+    /// Clicks a button by its object name.
+    static std::function<void(QWidget&)> clicking(const char* button);
+    /// Chooses the entry of a menu with this text.
+    static std::function<void(QWidget&)> choosing(const QString& text);
+
+    bool opened = false;
+
+private:
+    void watch();
+
+    std::function<void(QWidget&)> m_deal;
+    QTimer m_timer;
+};
+
+/// "Film(IMP(title,title)),Other" for all deliverables of the model.
+QString shape(const QAbstractItemModel& model, const QModelIndex& parent = {});
 
 /// The package manager's window over a model with recording bridges, shown and active.
 class ManagerFixture : public ModelFixture
 {
 public:
     ManagerFixture();
+
+    /// Makes the window anew over the present model.
+    void reopen();
 
     IMF_TreeView& tree() const { return *window->findChild<IMF_TreeView*>("m_treeView"); }
 
