@@ -36,6 +36,8 @@ QString& lastExplored()
 IMF_ManagerWindow::IMF_ManagerWindow(QAbstractItemModel* model, const QModelIndex& root, QWidget* parent)
     : QWidget(parent), m_root(root)
 {
+    // For connections that are queued or made by name.
+    qRegisterMetaType<QList<QModelIndex>>("QList<QModelIndex>");
     QWidget* left = createLeftPane(model, root);
     QWidget* right = createRightPane(model);
     layOut(left, right);

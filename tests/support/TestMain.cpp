@@ -22,7 +22,8 @@ struct Expectation {
 
 // Spoken by the offscreen platform about its own limits.
 const char* const platformNoise[] = {"This plugin does not support propagateSizeHints()",
-                                     "This plugin does not support raise()"};
+                                     "This plugin does not support raise()",
+                                     "This plugin does not support grabbing the keyboard"};
 
 QMutex mutex;
 std::vector<Expectation> expectations;
