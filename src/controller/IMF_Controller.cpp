@@ -17,6 +17,8 @@
 
 #include <QJsonDocument>
 
+#include <vector>
+
 namespace
 {
 using Model = IMF_PackageMgrQtModel;
@@ -151,9 +153,12 @@ bool IMF_Controller::NewCPL(const QByteArray& cplCompID, const QByteArray& token
 
 void IMF_Controller::loadNewDelivery(const QString& path, bool* hasMissing, bool refresh)
 {
-    QModelIndex index = m_model->getCommittedDeliveryModelIndex(path);
-    if (!index.isValid())
-        index = m_model->getDeliveryModelIndex(path);
+    QModelIndex index = m_model->getDeliveryModelIndex(path);
+    // Of several in one folder, what is on disk is meant, also right after another was added.
+    if (index.isValid() && Model::StatusFromIndex(index) != IMF_PackageMgr::Committed) {
+        const QModelIndex committed = m_model->getCommittedDeliveryModelIndex(path);
+        index = committed.isValid() ? committed : index;
+    }
     if (!index.isValid())
         return addDeliveryFromFolder(path, hasMissing);
     if (refresh)
@@ -223,15 +228,18 @@ QModelIndex IMF_Controller::onRefreshIMFItem(const QModelIndex& imfIndex)
 
 void IMF_Controller::refreshAll()
 {
-    QVector<QPersistentModelIndex> committed;
+    // Nodes, not persistent indexes: each replaced row would have to carry all of those along.
+    std::vector<std::weak_ptr<IMF_Node>> committed;
     const QModelIndexList deliveries = rowsOf(*m_model, {});
     for (const QModelIndex& delivery : deliveries) {
         if (Model::StatusFromIndex(delivery) == IMF_PackageMgr::Committed)
-            committed.append(delivery);
+            committed.push_back(m_model->FromIndex(delivery));
     }
-    for (const QPersistentModelIndex& delivery : committed) {
-        if (delivery.isValid())
-            onRefreshIMFItem(delivery);
+    const QPointer<IMF_Controller> self(this);
+    for (const std::weak_ptr<IMF_Node>& delivery : committed) {
+        const std::shared_ptr<IMF_Node> node = self ? delivery.lock() : nullptr;
+        if (node)
+            onRefreshIMFItem(m_model->indexOf(node.get()));
     }
 }
 

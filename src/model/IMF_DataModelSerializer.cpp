@@ -97,10 +97,11 @@ void IMF_DataModelSerializer::loadUnCommitedState(const QJsonArray& array)
 
 bool IMF_DataModelSerializer::isNew(const QJsonObject& element, const IMF_Node& node) const
 {
-    const auto& payload = boost::get<IMF_Deliverable>(node.value());
+    if (!element.value(ImfDict::NewDelivery).toBool())
+        return false;
     // One that was committed without IMPs counts as new by its IMPs, but it was read from its folder.
-    const bool isLoaded = payload.status() == IMF_PackageMgr::Committed && committedDelivery(element).isValid();
-    return element.value(ImfDict::NewDelivery).toBool() && !isLoaded;
+    const bool isCommitted = boost::get<IMF_Deliverable>(node.value()).status() == IMF_PackageMgr::Committed;
+    return !isCommitted || !committedDelivery(element).isValid();
 }
 
 bool IMF_DataModelSerializer::loadNewDelivery(const std::shared_ptr<IMF_Node>& node)

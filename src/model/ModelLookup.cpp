@@ -10,26 +10,45 @@
 
 using namespace NodeAccess;
 
+namespace
+{
+struct Folder {
+    const IMF_Node* firstCommitted = nullptr;
+    const IMF_Node* first = nullptr;
+};
+
+/// Looks through the deliverables once: a tree that loads its deliverables one by one asks for each.
+Folder deliverablesIn(const IMF_Node& root, const QString& path)
+{
+    Folder found;
+    for (const std::shared_ptr<IMF_Node>& node : root) {
+        const IMF_Deliverable& payload = *deliverable(std::as_const(*node));
+        const bool isCommitted = payload.status() == IMF_PackageMgr::Committed;
+        if ((found.first && !isCommitted) || !(payload == path))
+            continue;
+        if (!found.first)
+            found.first = node.get();
+        if (isCommitted) {
+            found.firstCommitted = node.get();
+            break;
+        }
+    }
+    return found;
+}
+} // namespace
+
 QModelIndex IMF_PackageMgrQtModel::getDeliveryModelIndex(const QString& path) const
 {
     const std::shared_ptr<IMF_Node> appended = m_justAppended.lock();
     if (appended && appended->getParent() == m_root && deliverable(std::as_const(*appended))->path() == path)
         return indexOf(appended.get());
-    const QModelIndex committed = getCommittedDeliveryModelIndex(path);
-    if (committed.isValid())
-        return committed;
-    const auto found = std::find_if(m_root->begin(), m_root->end(),
-                                    [&path](const auto& node) { return *deliverable(std::as_const(*node)) == path; });
-    return found == m_root->end() ? QModelIndex() : indexOf(found->get());
+    const Folder found = deliverablesIn(*m_root, path);
+    return indexOf(found.firstCommitted ? found.firstCommitted : found.first);
 }
 
 QModelIndex IMF_PackageMgrQtModel::getCommittedDeliveryModelIndex(const QString& path) const
 {
-    const auto found = std::find_if(m_root->begin(), m_root->end(), [&path](const auto& node) {
-        const IMF_Deliverable& payload = *deliverable(std::as_const(*node));
-        return payload.status() == IMF_PackageMgr::Committed && payload == path;
-    });
-    return found == m_root->end() ? QModelIndex() : indexOf(found->get());
+    return indexOf(deliverablesIn(*m_root, path).firstCommitted);
 }
 
 QModelIndex IMF_PackageMgrQtModel::getIMPModelIndex(const QModelIndex& delivery, const QString& name) const
