@@ -2,13 +2,13 @@
 
 #include "ViewDeckQt/AbstractParamWidget.h"
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QDropEvent>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
 #include <QTest>
-#include <QTextEdit>
 
 WhenOpened::WhenOpened(std::function<void(QWidget&)> deal) : m_deal(std::move(deal))
 {
@@ -96,12 +96,21 @@ void ManagerFixture::type(const QString& id, const QString& text)
     auto* widget = param<ViewDeckQt::AbstractParamWidget>(id);
     QVERIFY2(widget, qPrintable(id));
     QWidget* field = widget->findChild<QLineEdit*>();
-    if (auto* lines = widget->findChild<QTextEdit*>())
+    if (auto* lines = widget->findChild<QAbstractScrollArea*>())
         field = lines;
+    QApplication::setActiveWindow(window.get());
     field->setFocus();
     QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(field, Qt::Key_Delete);
-    QTest::keyClicks(field, text);
+    const bool onKeys = text == QString::fromLatin1(text.toLatin1());
+    if (onKeys) {
+        QTest::keyClicks(field, text);
+    } else {
+        // As an input method delivers it.
+        QInputMethodEvent event;
+        event.setCommitString(text);
+        QApplication::sendEvent(field, &event);
+    }
     QTest::keyClick(field, Qt::Key_Tab);
 }
 
