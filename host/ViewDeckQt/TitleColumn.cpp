@@ -151,7 +151,7 @@ void TitleColumn::align()
 
 void TitleColumn::dropTitlesThatLeft()
 {
-    const auto left = [this](const QPointer<ParamTitle>& title) { return !title || !page()->isAncestorOf(title); };
+    const auto left = [this](const QPointer<ParamTitle>& title) { return !title || pageOf(title) != page(); };
     m_titles.erase(std::remove_if(m_titles.begin(), m_titles.end(), left), m_titles.end());
 }
 

@@ -215,6 +215,21 @@ private slots:
         QVERIFY2(titles.contains(title), qPrintable(titles.join(", ")));
     }
 
+    void theTitlesOfAPageShareTheirColumnFromItsFirstShow()
+    {
+        ManagerFixture f;
+        f.click(f.newCpl(f.newImp(f.newDelivery("Film")), "m"));
+        QCoreApplication::processEvents();
+        QSet<int> ends;
+        const QList<AbstractParamWidget*> all = f.params().findChildren<AbstractParamWidget*>();
+        for (const AbstractParamWidget* widget : all) {
+            const auto* title = widget->findChild<QLabel*>();
+            if (widget->isVisible() && title && !qobject_cast<const PWContainer*>(widget))
+                ends.insert(title->mapTo(f.window.get(), title->rect().topRight()).x());
+        }
+        QCOMPARE(ends.size(), 1);
+    }
+
     void anAbsentParameterLeavesItsWidgetAsItIs_data()
     {
         QTest::addColumn<QJsonValue>("entry");
