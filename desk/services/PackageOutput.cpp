@@ -343,6 +343,14 @@ void PackageOutput::setItemPath(IMFO_Error_t& error, const IMFO_ItemInfo& item, 
     const QString name = document ? (*document)[QLatin1String(ImfDict::Name)].toString() : entry.name;
     const QString parent = cleaned(path);
     const QString folder = QDir(parent).filePath(name);
+    if (!entry.folder.isEmpty() && folder != entry.folder) {
+        error = failure(desk::Error{entry.folder,
+                                    {},
+                                    {},
+                                    QStringLiteral("a delivery that is written keeps its folder"),
+                                    QStringLiteral("make a new delivery in the other folder")});
+        return;
+    }
     const Status target = checkTarget(folder, entry);
     error = outcome(target);
     if (!target)

@@ -116,13 +116,13 @@ void IMF_PackageMgrQtModel::createCPLFromMobs(const QStringList& mobIds, const Q
 {
     if (!impIndex.isValid() || mobIds.isEmpty())
         return;
+    // The host's refusals are shown to the user: the IMP or the model may go behind a message.
+    const QPointer<IMF_PackageMgrQtModel> self(this);
     std::shared_ptr<IMF_Node> imp = FromIndex(impIndex);
     if (NodeAccess::type(*imp) == IMF_PackageMgr::Delivery)
         imp = addIMPNode(imp);
-    if (NodeAccess::type(*imp) != IMF_PackageMgr::IMP)
+    if (!self || NodeAccess::type(*imp) != IMF_PackageMgr::IMP)
         return;
-    // The host's refusals are shown to the user: the IMP or the model may go behind a message.
-    const QPointer<IMF_PackageMgrQtModel> self(this);
     const QPersistentModelIndex row = indexOf(imp.get());
     for (const QString& mobId : mobIds) {
         if (self && row.isValid())

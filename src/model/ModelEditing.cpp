@@ -9,6 +9,10 @@
 
 #include <QPair>
 
+#include <algorithm>
+#include <iterator>
+#include <vector>
+
 using namespace NodeAccess;
 
 namespace
@@ -80,7 +84,9 @@ bool IMF_PackageMgrQtModel::setName(const QModelIndex& index, const QVariant& va
             return false;
         keepTrackGroups(node, [payload, &wanted, &newId] {
             payload->setName(wanted);
-            payload->setComponentID(newId.toUtf8());
+            // A host that hands none back keeps the former one.
+            if (!newId.isEmpty())
+                payload->setComponentID(newId.toUtf8());
         });
     } else if (IMF_IMP* payload = imp(*node)) {
         keepTrackGroups(node, [payload, &wanted] { payload->setName(wanted); });
@@ -134,14 +140,19 @@ void IMF_PackageMgrQtModel::emitRowChanged(const QModelIndex& index, const QVect
 
 void IMF_PackageMgrQtModel::onMobStatusChanged(const QString& mobID)
 {
+    std::vector<std::shared_ptr<IMF_Node>> made;
     for (const std::shared_ptr<IMF_Node>& delivery : *m_root) {
         for (const std::shared_ptr<IMF_Node>& imp : *delivery) {
-            for (const std::shared_ptr<IMF_Node>& node : *imp) {
-                if (NodeAccess::property(*node, ImfDict::CPLMobID) != mobID)
-                    continue;
-                cpl(*node)->validateParams();
-                emitRowChanged(indexOf(node.get()), {});
-            }
+            std::copy_if(imp->begin(), imp->end(), std::back_inserter(made), [&mobID](const auto& node) {
+                return NodeAccess::property(*node, ImfDict::CPLMobID) == mobID;
+            });
         }
+    }
+    // Whoever hears of one may remove others.
+    for (const std::shared_ptr<IMF_Node>& node : made) {
+        cpl(*node)->validateParams();
+        const QModelIndex index = indexOf(node.get());
+        if (index.isValid())
+            emitRowChanged(index, {});
     }
 }

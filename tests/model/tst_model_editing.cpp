@@ -151,6 +151,15 @@ private slots:
         QVERIFY(tree.f.bridge.takeCalls().isEmpty());
     }
 
+    void aRenameWithoutANewIdentifierKeepsTheFormer()
+    {
+        Tree tree;
+        tree.f.bridge.keepsIdentifiers = true;
+        QVERIFY(tree.f.model->setData(tree.delivery, "New"));
+        QCOMPARE(tree.delivery.data().toString(), QString("New"));
+        QCOMPARE(Model::ComponentIDFromIndex(tree.delivery), QByteArray("Film#1"));
+    }
+
     void aRefusedRenameLeavesNameAndIdentifier()
     {
         Tree tree;

@@ -152,6 +152,13 @@ private slots:
         QVERIFY(commit(second));
         QCOMPARE(status(second), IMF_PackageMgr::Committed);
         QCOMPARE(status(m_model->index(0, 0, delivery)), IMF_PackageMgr::Uncommitted);
+        // The rest follows into the same folder.
+        QVERIFY(QDir(m_folder->path()).mkpath(QStringLiteral("other")));
+        IMFO_Bridge::Error error;
+        QString actual;
+        m_output->setItemPath(error, IMF_Controller::itemInfo(delivery), m_folder->filePath(QStringLiteral("other")),
+                              actual);
+        QVERIFY(error.message().contains(QStringLiteral("keeps its folder")));
         QVERIFY(commit(delivery));
         QCOMPARE(names(delivery), (QStringList{"First", "Second"}));
         QCOMPARE(status(m_model->index(0, 0, delivery)), IMF_PackageMgr::Committed);

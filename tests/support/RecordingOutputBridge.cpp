@@ -37,6 +37,7 @@ void RecordingOutputBridge::reset()
     infos.clear();
     trackInfos.clear();
     chosenFolder = QStringLiteral("/out");
+    keepsIdentifiers = false;
     commits.clear();
     appliedSettings.clear();
     appliedMetadata.clear();
@@ -138,7 +139,7 @@ void RecordingOutputBridge::setItemPath(IMFO_Error_t& error, const IMFO_ItemInfo
 void RecordingOutputBridge::renameItem(IMFO_Error_t& error, const IMFO_ItemInfo& item, const QString& name,
                                        QString& newComponentId)
 {
-    if (record(error, QStringLiteral("renameItem"), {item.componentId, name}))
+    if (record(error, QStringLiteral("renameItem"), {item.componentId, name}) && !keepsIdentifiers)
         newComponentId = QStringLiteral("%1#%2").arg(name).arg(++m_created);
 }
 

@@ -34,6 +34,8 @@ public:
     QHash<QByteArray, QMap<QString, IMFO_TrackInfo>> trackInfos;
     /// The folder that createDelivery chooses where none is wanted.
     QString chosenFolder = QStringLiteral("/out");
+    /// Whether renameItem leaves the new identifier empty.
+    bool keepsIdentifiers = false;
     /// Commits that have started; a test calls `onDone` when it likes, on any thread.
     QVector<Commit> commits;
     /// What applyCommitSettings and applyDescriptiveMetadata were given, by component identifier.
