@@ -21,5 +21,8 @@ endif()
 if(STRATACUT_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
   add_link_options(-fsanitize=address,undefined)
+elseif(UNIX AND NOT APPLE)
+  # A shared library names every library that it needs. A sanitizer's runtime is found in the program only.
+  string(APPEND CMAKE_SHARED_LINKER_FLAGS " -Wl,-z,defs")
 endif()
 add_compile_definitions(QT_NO_FOREACH QT_DEPRECATED_WARNINGS $<$<CONFIG:Debug>:STRATACUT_DEBUG>)

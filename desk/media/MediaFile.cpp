@@ -15,10 +15,14 @@ namespace
 
 const QString chooseMedia = QStringLiteral("choose a media file");
 
-/// Formats that name other files or addresses, or take the file's name for a pattern.
-const QSet<QByteArray> playlists{"applehttp", "concat", "dash", "hls",   "imf",  "image2", "mpsub",
-                                 "rtp",       "rtsp",   "sap",  "sdp",   "tty",  "vobsub", "webm_dash_manifest",
-                                 "alias_pix", "sami",   "hdl",  "lavfi", "mmst", "rtmp",   "ffmetadata"};
+/// Whether a format names other files or addresses, or takes the file's name for a pattern.
+bool isPlaylist(const QByteArray& format)
+{
+    static const QSet<QByteArray> names{"applehttp", "concat", "dash", "hls",   "imf",  "image2", "mpsub",
+                                        "rtp",       "rtsp",   "sap",  "sdp",   "tty",  "vobsub", "webm_dash_manifest",
+                                        "alias_pix", "sami",   "hdl",  "lavfi", "mmst", "rtmp",   "ffmetadata"};
+    return names.contains(format);
+}
 
 void quietLibraries()
 {
@@ -63,8 +67,7 @@ Result<Probed> probedFormat(const QString& path)
 Status refusePlaylist(const QString& path, const AVInputFormat& format)
 {
     const QList<QByteArray> names = QByteArray(format.name).split(',');
-    const bool refused =
-        std::any_of(names.begin(), names.end(), [](const QByteArray& n) { return playlists.contains(n); });
+    const bool refused = std::any_of(names.begin(), names.end(), isPlaylist);
     if (!refused && (format.flags & AVFMT_NOFILE) == 0)
         return {};
     return Error{path,

@@ -32,7 +32,7 @@ public:
 
     bool event(QEvent* event) override;
 
-signals:
+Q_SIGNALS:
     /// A folder was chosen after "Explore".
     void newDeliveryAdded(const QString& path);
     /// For the host to emit: the package state is to be saved now. The window never does.
@@ -46,7 +46,7 @@ signals:
     /// For the host's use; the window never emits it.
     void saveCurrentSelected(const QModelIndex& index);
 
-private slots:
+private Q_SLOTS:
     void onExploreBtnClicked();
     void onNewIMPBtnClicked();
     void onBurnBtnClicked();

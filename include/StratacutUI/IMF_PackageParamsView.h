@@ -53,13 +53,13 @@ public:
 
     bool event(QEvent* event) override;
 
-signals:
+Q_SIGNALS:
     /// The user changed a value of this item, and the model was told.
     void valueChanged(const QModelIndex& index);
     /// The user wants to choose the folder of this deliverable.
     void setDeliverableDirPathClickedWithIndex(const QModelIndex& index);
 
-public slots:
+public Q_SLOTS:
     void onSelectionChanged(const QItemSelection& selected, const QItemSelection& deselected);
     void onValueChanged(const QString& id, const QVariant& value);
     void onDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles = {});

@@ -16,12 +16,12 @@ public:
     /// Makes a row the current and only selected one.
     void select(const QModelIndex& index);
 
-signals:
+Q_SIGNALS:
     void notifyRemoveItem(const QModelIndex& index);
     /// For the host to emit; the tree never does.
     void notifyRefresh(const QModelIndex& index);
 
-public slots:
+public Q_SLOTS:
     /// Shows what was dropped: selects the child `row` of `parent`, or, below a deliverable, the first child of it.
     void expandToCPL(const QModelIndex& parent, int row);
 

@@ -23,7 +23,6 @@ namespace
 using Model = IMF_PackageMgrQtModel;
 
 constexpr int leastLeftWidth = 200;
-const QList<int> firstSizes = {360, 640};
 
 /// Where "Explore" opens, for every window of the process.
 QString& lastExplored()
@@ -92,7 +91,7 @@ void IMF_ManagerWindow::layOut(QWidget* left, QWidget* right)
     m_splitter->addWidget(right);
     m_splitter->setCollapsible(0, false);
     m_splitter->setFrameShape(QFrame::NoFrame);
-    m_splitter->setSizes(firstSizes);
+    m_splitter->setSizes({360, 640});
     m_splitter->setStretchFactor(1, 1);
     auto* layout = new QVBoxLayout(this);
     layout->setSizeConstraint(QLayout::SetMinimumSize);

@@ -170,6 +170,7 @@ QJsonArray GetAudioMapping(const QJsonValue& root)
     // Qt numbers both enumerations alike but gives them no common type.
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_GCC("-Wenum-compare")
+    QT_WARNING_DISABLE_CLANG("-Wenum-compare")
     NV_ASSERT(variant.type() == QMetaType::QJsonObject);
     QT_WARNING_POP
     const QJsonObject multiMix = variant.toJsonObject();

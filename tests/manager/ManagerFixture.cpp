@@ -135,6 +135,6 @@ void ManagerFixture::shoot(const QString& name) const
     const QString folder = qEnvironmentVariable("STRATACUT_SHOTS");
     if (folder.isEmpty())
         return;
-    QTest::qWait(1);
+    QCoreApplication::processEvents();
     QVERIFY(window->grab().save(folder + '/' + name + ".png"));
 }

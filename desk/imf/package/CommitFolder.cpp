@@ -43,7 +43,8 @@ QJsonArray toJson(const QVector<NumberedFile>& files)
 QVector<NumberedFile> fromJson(const QJsonValue& value)
 {
     QVector<NumberedFile> result;
-    for (const QJsonValue& one : value.toArray()) {
+    const QJsonArray entries = value.toArray();
+    for (const QJsonValue& one : entries) {
         const QString name = one[nameKey].toString();
         if (!name.contains(QLatin1Char('/')))
             result.append({name, one[inodeKey].toString().toULongLong()});

@@ -188,7 +188,8 @@ private:
     {
         for (DeliveredPackage& package : m_delivery.packages) {
             for (DeliveredComposition& one : package.compositions) {
-                for (const QUuid& asset : referredAssets(one.composition)) {
+                const QVector<QUuid> assets = referredAssets(one.composition);
+                for (const QUuid& asset : assets) {
                     if (!isThere(asset))
                         one.missingAssets.append(asset);
                 }
@@ -209,7 +210,8 @@ private:
         }
         for (const DeliveredPackage& package : qAsConst(m_delivery.packages)) {
             for (const DeliveredComposition& one : package.compositions) {
-                for (const QUuid& asset : referredAssets(one.composition)) {
+                const QVector<QUuid> assets = referredAssets(one.composition);
+                for (const QUuid& asset : assets) {
                     if (!packed.contains(asset))
                         m_delivery.version = DeliveryVersion::Supplemental;
                 }

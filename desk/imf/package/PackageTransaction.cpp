@@ -124,7 +124,8 @@ Status PackageTransaction::State::open(CommitFolder::Parent parent)
                      {},
                      QStringLiteral("another commit is writing into the folder"),
                      QStringLiteral("wait until it has finished")};
-    for (const CommitFolder& one : CommitFolder::leftIn(folder))
+    const QVector<CommitFolder> leftovers = CommitFolder::leftIn(folder);
+    for (const CommitFolder& one : leftovers)
         one.settle();
     const Status read = readFormer();
     if (!read)
@@ -457,7 +458,8 @@ Result<QStringList> recoverFolder(const QString& folder)
     if (!QFileInfo(path).isDir() || !lock.tryLock(path))
         return QStringList();
     QStringList removed;
-    for (const CommitFolder& one : CommitFolder::leftIn(path)) {
+    const QVector<CommitFolder> leftovers = CommitFolder::leftIn(path);
+    for (const CommitFolder& one : leftovers) {
         removed += one.settle();
         if (QFileInfo::exists(one.path()))
             return Error{one.path(),

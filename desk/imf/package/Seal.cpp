@@ -9,7 +9,11 @@ namespace desk::imf
 namespace
 {
 
-const QByteArray zeros(40, '0');
+/// What a digest reads as while it is computed.
+QByteArray zeros()
+{
+    return QByteArray(40, '0');
+}
 
 QString versionWord(DeliveryVersion version)
 {
@@ -60,20 +64,20 @@ bool sealHolds(const QByteArray& assetMapXml, const QByteArray& volumeIndexXml, 
     const int at = zeroed.indexOf("sha1:" + mark.digest);
     if (at < 0)
         return false;
-    zeroed.replace(at + 5, zeros.size(), zeros);
+    zeroed.replace(at + 5, zeros().size(), zeros());
     return sha1Of(zeroed + volumeIndexXml).toHex() == mark.digest;
 }
 
 QByteArray writeSealed(AssetMap map, const QByteArray& volumeIndexXml, const DeliveryMark& mark)
 {
     DeliveryMark open = mark;
-    open.digest = zeros;
+    open.digest = zeros();
     map.annotation.text = markedText(open);
     QByteArray xml = writeAssetMap(map);
     // The map's own annotation stands before every asset's, so the last mark in it is the one to fill.
     const int end = xml.indexOf("</AnnotationText>");
-    const int at = xml.lastIndexOf("sha1:" + zeros, end);
-    return xml.replace(at + 5, zeros.size(), sha1Of(xml + volumeIndexXml).toHex());
+    const int at = xml.lastIndexOf("sha1:" + zeros(), end);
+    return xml.replace(at + 5, zeros().size(), sha1Of(xml + volumeIndexXml).toHex());
 }
 
 QString markedText(const FileMark& mark)

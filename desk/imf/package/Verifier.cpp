@@ -13,7 +13,8 @@ QVector<Finding> verifyDelivery(const QString& folder, const VerifyOptions& opti
     scan.options = options;
     Report report;
     if (scanDelivery(scan, report)) {
-        for (const Rule rule : fileRules() + compositionRules() + trackFileRules())
+        const QVector<Rule> rules = fileRules() + compositionRules() + trackFileRules();
+        for (const Rule rule : rules)
             rule(scan, report);
     }
     return report.findings();

@@ -10,17 +10,6 @@ namespace
 {
 
 using CompositionRule = void (*)(const ScannedComposition&, Report&);
-using ResourceVisitor = std::function<void(const Sequence&, const Resource&)>;
-
-void eachResource(const Composition& composition, const ResourceVisitor& visit)
-{
-    for (const Segment& segment : composition.segments) {
-        for (const Sequence& sequence : segment.sequences) {
-            for (const Resource& resource : sequence.resources)
-                visit(sequence, resource);
-        }
-    }
-}
 
 QString rateText(Rational rate)
 {
@@ -105,26 +94,30 @@ void checkTracks(const ScannedComposition& one, Report& report)
     }
 }
 
+void checkSegmentDurations(const ScannedComposition& one, const Segment& segment, Report& report)
+{
+    std::optional<qint64> expected;
+    for (const Sequence& sequence : segment.sequences) {
+        const std::optional<qint64> duration = sequenceDuration(sequence, one.composition.editRate);
+        if (!duration) {
+            report.error("duration-fraction", one.file, sequence.trackId,
+                         QStringLiteral("the sequence is no whole number of edit units long"));
+            continue;
+        }
+        if (!expected)
+            expected = duration;
+        if (*expected != *duration)
+            report.error("duration-unequal", one.file, sequence.trackId,
+                         QStringLiteral("the sequence has %1 edit units, the first of its segment %2")
+                             .arg(*duration)
+                             .arg(*expected));
+    }
+}
+
 void checkDurations(const ScannedComposition& one, Report& report)
 {
-    for (const Segment& segment : one.composition.segments) {
-        std::optional<qint64> expected;
-        for (const Sequence& sequence : segment.sequences) {
-            const std::optional<qint64> duration = sequenceDuration(sequence, one.composition.editRate);
-            if (!duration) {
-                report.error("duration-fraction", one.file, sequence.trackId,
-                             QStringLiteral("the sequence is no whole number of edit units long"));
-                continue;
-            }
-            if (!expected)
-                expected = duration;
-            if (*expected != *duration)
-                report.error("duration-unequal", one.file, sequence.trackId,
-                             QStringLiteral("the sequence has %1 edit units, the first of its segment %2")
-                                 .arg(*duration)
-                                 .arg(*expected));
-        }
-    }
+    for (const Segment& segment : one.composition.segments)
+        checkSegmentDurations(one, segment, report);
 }
 
 void checkBounds(const ScannedComposition& one, Report& report)
@@ -180,7 +173,8 @@ void checkReferences(const ScannedComposition& one, Report& report)
                          QStringLiteral("the composition has no such descriptor"));
         used.insert(resource.sourceEncoding);
     });
-    for (const QUuid& unused : present - used)
+    const QSet<QUuid> leftOver = present - used;
+    for (const QUuid& unused : leftOver)
         report.warning("descriptor-unused", one.file, unused, QStringLiteral("no resource uses the descriptor"));
 }
 

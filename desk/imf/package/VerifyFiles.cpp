@@ -159,7 +159,8 @@ class Hasher
 public:
     Hasher(const Scan& scan, Report& report) : m_scan(scan), m_report(report)
     {
-        for (const QUuid& asset : wanted())
+        const QSet<QUuid> assets = wanted();
+        for (const QUuid& asset : assets)
             m_total += QFileInfo(scan.locate(asset)).size();
     }
 
@@ -222,20 +223,16 @@ void checkPackedFile(const PackedAsset& asset, const Scan& scan, Hasher& hasher,
 void checkResourceHashes(const ScannedComposition& one, Hasher& hasher, Report& report)
 {
     QSet<QUuid> blamed;
-    for (const Segment& segment : one.composition.segments) {
-        for (const Sequence& sequence : segment.sequences) {
-            for (const Resource& resource : sequence.resources) {
-                if (resource.hash.size() != 20 || blamed.contains(resource.trackFileId))
-                    continue;
-                const QByteArray digest = hasher.digest(resource.trackFileId);
-                if (digest.isEmpty() || digest == resource.hash)
-                    continue;
-                blamed.insert(resource.trackFileId);
-                report.error("resource-hash-mismatch", one.file, resource.trackFileId,
-                             QStringLiteral("the track file does not match the hash that the composition gives"));
-            }
-        }
-    }
+    eachResource(one.composition, [&](const Sequence&, const Resource& resource) {
+        if (resource.hash.size() != 20 || blamed.contains(resource.trackFileId))
+            return;
+        const QByteArray digest = hasher.digest(resource.trackFileId);
+        if (digest.isEmpty() || digest == resource.hash)
+            return;
+        blamed.insert(resource.trackFileId);
+        report.error("resource-hash-mismatch", one.file, resource.trackFileId,
+                     QStringLiteral("the track file does not match the hash that the composition gives"));
+    });
 }
 
 void checkDigests(const Scan& scan, Report& report)

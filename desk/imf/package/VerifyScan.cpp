@@ -117,4 +117,14 @@ bool scanDelivery(Scan& scan, Report& report)
     return true;
 }
 
+void eachResource(const Composition& composition, const ResourceVisitor& visit)
+{
+    for (const Segment& segment : composition.segments) {
+        for (const Sequence& sequence : segment.sequences) {
+            for (const Resource& resource : sequence.resources)
+                visit(sequence, resource);
+        }
+    }
+}
+
 } // namespace desk::imf

@@ -5,6 +5,8 @@
 #include <QHash>
 #include <QSet>
 
+#include <functional>
+
 namespace desk::imf
 {
 
@@ -70,6 +72,10 @@ struct Scan {
 
 /// Reads all documents; what cannot be read becomes a finding. False where there is no asset map to go on with.
 bool scanDelivery(Scan& scan, Report& report);
+
+using ResourceVisitor = std::function<void(const Sequence&, const Resource&)>;
+/// Visits the resources of all segments in their order.
+void eachResource(const Composition& composition, const ResourceVisitor& visit);
 
 /// One rule, or a few that go together.
 using Rule = void (*)(const Scan&, Report&);

@@ -22,19 +22,15 @@ QVector<QPair<QUuid, QVector<Use>>> usesOf(const Scan& scan)
     QVector<QPair<QUuid, QVector<Use>>> result;
     QHash<QUuid, int> positions;
     for (const ScannedComposition& one : scan.compositions) {
-        for (const Segment& segment : one.composition.segments) {
-            for (const Sequence& sequence : segment.sequences) {
-                for (const Resource& resource : sequence.resources) {
-                    if (resource.trackFileId.isNull())
-                        continue;
-                    if (!positions.contains(resource.trackFileId)) {
-                        positions.insert(resource.trackFileId, result.size());
-                        result.append({resource.trackFileId, {}});
-                    }
-                    result[positions.value(resource.trackFileId)].second.append({&one, &resource});
-                }
+        eachResource(one.composition, [&](const Sequence&, const Resource& resource) {
+            if (resource.trackFileId.isNull())
+                return;
+            if (!positions.contains(resource.trackFileId)) {
+                positions.insert(resource.trackFileId, result.size());
+                result.append({resource.trackFileId, {}});
             }
-        }
+            result[positions.value(resource.trackFileId)].second.append({&one, &resource});
+        });
     }
     return result;
 }
@@ -113,7 +109,8 @@ void checkTrackFiles(const Scan& scan, Report& report)
 {
     const std::optional<DeliveryMark> mark = deliveryMark(scan.map);
     const bool mustHold = mark && mark->version == DeliveryVersion::Original;
-    for (const auto& one : usesOf(scan)) {
+    const auto uses = usesOf(scan);
+    for (const auto& one : uses) {
         const QString path = scan.locate(one.first);
         if (!path.isEmpty())
             checkFile(one.first, path, one.second, scan, report);

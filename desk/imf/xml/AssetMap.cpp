@@ -32,7 +32,8 @@ MappedAsset readAsset(FieldReader& in, const XmlElement& element)
     asset.id = in.uuid(element, "Id");
     asset.annotation = in.userText(element, "AnnotationText");
     asset.packingList = readFlag(in, element, "PackingList");
-    for (const XmlElement* one : in.list(element, "ChunkList", "Chunk", Need::Required))
+    const auto chunks = in.list(element, "ChunkList", "Chunk", Need::Required);
+    for (const XmlElement* one : chunks)
         asset.chunks.append(readChunk(in, *one));
     if (asset.chunks.isEmpty())
         in.fail(element, QStringLiteral("asset %1 has no file").arg(toUrn(asset.id)));
@@ -114,7 +115,8 @@ Result<AssetMap> readAssetMap(const QByteArray& xml, const QString& fileName)
     map.volumeCount = in.number(*root, "VolumeCount").value_or(1);
     map.issueDate = in.date(*root, "IssueDate");
     map.issuer = in.userText(*root, "Issuer");
-    for (const XmlElement* one : in.list(*root, "AssetList", "Asset", Need::Required))
+    const auto assets = in.list(*root, "AssetList", "Asset", Need::Required);
+    for (const XmlElement* one : assets)
         map.assets.append(readAsset(in, *one));
     map.unknown =
         in.unknown(*root, {"Id", "AnnotationText", "Creator", "VolumeCount", "IssueDate", "Issuer", "AssetList"});

@@ -38,7 +38,8 @@ Resource readResource(FieldReader& in, const XmlElement& element)
     resource.sourceEncoding = in.uuid(element, "SourceEncoding", Need::Optional);
     resource.trackFileId = in.uuid(element, "TrackFileId", Need::Optional);
     resource.hash = in.base64(element, "Hash");
-    for (const XmlElement* one : element.elements(in.nameSpace(), QStringLiteral("Marker")))
+    const auto markers = element.elements(in.nameSpace(), QStringLiteral("Marker"));
+    for (const XmlElement* one : markers)
         resource.markers.append(readMarker(in, *one));
     resource.unknown =
         in.unknown(element, {"Id", "Annotation", "EditRate", "IntrinsicDuration", "EntryPoint", "SourceDuration",
@@ -65,7 +66,8 @@ Sequence readSequence(FieldReader& in, const XmlElement& element)
     sequence.nameSpace = element.nameSpace;
     sequence.id = in.uuid(element, "Id");
     sequence.trackId = in.uuid(element, "TrackId");
-    for (const XmlElement* one : in.list(element, "ResourceList", "Resource", Need::Required))
+    const auto resources = in.list(element, "ResourceList", "Resource", Need::Required);
+    for (const XmlElement* one : resources)
         sequence.resources.append(readResource(in, *one));
     sequence.unknown = in.unknown(element, {"Id", "TrackId", "ResourceList"});
     return sequence;
@@ -79,7 +81,8 @@ Segment readSegment(FieldReader& in, const XmlElement& element)
     const XmlElement* list = element.child(in.nameSpace(), QStringLiteral("SequenceList"));
     if (!list)
         in.fail(element, QStringLiteral("Segment has no SequenceList"));
-    for (const XmlElement* one : list ? list->elements() : QVector<const XmlElement*>())
+    const auto sequences = list ? list->elements() : QVector<const XmlElement*>();
+    for (const XmlElement* one : sequences)
         segment.sequences.append(readSequence(in, *one));
     return segment;
 }
@@ -88,7 +91,8 @@ EssenceDescriptor readDescriptor(FieldReader& in, const XmlElement& element)
 {
     EssenceDescriptor descriptor;
     descriptor.id = in.uuid(element, "Id");
-    for (const XmlElement* one : element.elements()) {
+    const auto children = element.elements();
+    for (const XmlElement* one : children) {
         if (one->nameSpace != in.nameSpace())
             descriptor.regXml = toXml(*one);
     }
@@ -104,9 +108,11 @@ Locale readLocale(FieldReader& in, const XmlElement& element)
 {
     Locale locale;
     locale.annotation = in.userText(element, "Annotation");
-    for (const XmlElement* one : in.list(element, "LanguageList", "Language"))
+    const auto languages = in.list(element, "LanguageList", "Language");
+    for (const XmlElement* one : languages)
         locale.languages.append(one->content());
-    for (const XmlElement* one : in.list(element, "RegionList", "Region"))
+    const auto regions = in.list(element, "RegionList", "Region");
+    for (const XmlElement* one : regions)
         locale.regions.append(one->content());
     locale.unknown = in.unknown(element, {"Annotation", "LanguageList", "RegionList"});
     return locale;
@@ -129,7 +135,8 @@ void readExtensions(FieldReader& in, const XmlElement& root, Composition& compos
 {
     composition.applicationIds.clear();
     const XmlElement* list = root.child(in.nameSpace(), QStringLiteral("ExtensionProperties"));
-    for (const XmlElement* one : list ? list->elements() : QVector<const XmlElement*>()) {
+    const auto properties = list ? list->elements() : QVector<const XmlElement*>();
+    for (const XmlElement* one : properties) {
         const bool isCore = names::coreEditions().contains(one->nameSpace);
         if (!isCore || one->name != QLatin1String(names::applicationIdentification)) {
             composition.extensions.append(toXml(*one));
@@ -142,7 +149,8 @@ void readExtensions(FieldReader& in, const XmlElement& root, Composition& compos
 
 void readSegments(FieldReader& in, const XmlElement& root, Composition& composition)
 {
-    for (const XmlElement* one : in.list(root, "SegmentList", "Segment", Need::Required)) {
+    const auto segments = in.list(root, "SegmentList", "Segment", Need::Required);
+    for (const XmlElement* one : segments) {
         composition.segments.append(readSegment(in, *one));
         for (const Sequence& sequence : qAsConst(composition.segments.last().sequences)) {
             if (names::coreEditions().contains(sequence.nameSpace))
@@ -153,11 +161,14 @@ void readSegments(FieldReader& in, const XmlElement& root, Composition& composit
 
 void readLists(FieldReader& in, const XmlElement& root, Composition& composition)
 {
-    for (const XmlElement* one : in.list(root, "ContentVersionList", "ContentVersion"))
+    const auto versions = in.list(root, "ContentVersionList", "ContentVersion");
+    for (const XmlElement* one : versions)
         composition.contentVersions.append(readVersion(in, *one));
-    for (const XmlElement* one : in.list(root, "EssenceDescriptorList", "EssenceDescriptor"))
+    const auto descriptors = in.list(root, "EssenceDescriptorList", "EssenceDescriptor");
+    for (const XmlElement* one : descriptors)
         composition.essenceDescriptors.append(readDescriptor(in, *one));
-    for (const XmlElement* one : in.list(root, "LocaleList", "Locale"))
+    const auto locales = in.list(root, "LocaleList", "Locale");
+    for (const XmlElement* one : locales)
         composition.locales.append(readLocale(in, *one));
     readExtensions(in, root, composition);
     readSegments(in, root, composition);

@@ -24,7 +24,8 @@ QString normalised(const QString& value)
 
 QString instanceOf(const XmlElement& element)
 {
-    for (const XmlElement* one : element.elements()) {
+    const auto children = element.elements();
+    for (const XmlElement* one : children) {
         if (one->name == QLatin1String("InstanceID"))
             return one->content().toLower();
     }

@@ -68,7 +68,8 @@ Result<PackingList> readPackingList(const QByteArray& xml, const QString& fileNa
     list.issuer = in.userText(*root, "Issuer");
     list.creator = in.userText(*root, "Creator");
     list.groupId = in.uuid(*root, "GroupId", Need::Optional);
-    for (const XmlElement* one : in.list(*root, "AssetList", "Asset", Need::Required))
+    const auto assets = in.list(*root, "AssetList", "Asset", Need::Required);
+    for (const XmlElement* one : assets)
         list.assets.append(readAsset(in, *one));
     list.unknown = in.unknown(
         *root, {"Id", "AnnotationText", "IconId", "IssueDate", "Issuer", "Creator", "GroupId", "AssetList", "Signer"});

@@ -75,7 +75,8 @@ private:
         element.name = m_reader.name().toString();
         element.line = m_reader.lineNumber();
         Scope scope = m_scopes.isEmpty() ? Scope() : m_scopes.last();
-        for (const QXmlStreamNamespaceDeclaration& one : m_reader.namespaceDeclarations())
+        const QXmlStreamNamespaceDeclarations declarations = m_reader.namespaceDeclarations();
+        for (const QXmlStreamNamespaceDeclaration& one : declarations)
             scope.insert(one.prefix().toString(), one.namespaceUri().toString());
         const QXmlStreamAttributes attributes = m_reader.attributes();
         if (attributes.size() > m_limits.attributes)

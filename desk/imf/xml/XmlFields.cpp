@@ -117,7 +117,8 @@ QVector<const XmlElement*> FieldReader::list(const XmlElement& parent, const cha
 QVector<QByteArray> FieldReader::unknown(const XmlElement& parent, const QStringList& known) const
 {
     QVector<QByteArray> result;
-    for (const XmlElement* one : parent.elements()) {
+    const auto children = parent.elements();
+    for (const XmlElement* one : children) {
         const bool isKnown = one->nameSpace == m_space && known.contains(one->name);
         if (!isKnown && !isSignature(*one))
             result.append(toXml(*one));

@@ -11,8 +11,8 @@ namespace ViewDeckQt
 
 /// One parameter of a form: a title and a value that the user reads or changes. The base of a family whose members look
 /// alike and line up: all titles of a page share one column, however deep their containers are nested. A page is what
-/// fills a window, a scroll area, a pane of a splitter or a page of a stacked widget. A title that marks no letter with "&"
-/// gets a mnemonic that nothing else on the page, no button and no menu of the window has.
+/// fills a window, a scroll area, a pane of a splitter or a page of a stacked widget. A title that marks no letter with
+/// "&" gets a mnemonic that nothing else on the page, no button and no menu of the window has.
 ///
 /// A value set by the program is shown and never reported; valueChanged reports the user's changes alone. Setting the
 /// value that is shown already changes nothing, not even the cursor, the selection or what can be undone, so a model
