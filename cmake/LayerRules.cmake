@@ -13,7 +13,8 @@ set(STRATACUT_RULE_deskbase Qt5::Core)
 set(STRATACUT_RULE_deskimf deskbase Qt5::Core PkgConfig::OPENJP2 OpenSSL::Crypto Threads::Threads)
 set(STRATACUT_RULE_deskmedia deskbase Qt5::Core PkgConfig::FFMPEG Threads::Threads)
 set(STRATACUT_RULE_deskservices deskbase deskimf deskmedia StratacutUI Qt5::Core Qt5::Gui)
-set(STRATACUT_RULE_stratacut-desk deskservices StratacutUI ViewDeckQt NvCoreM2W10 Qt5::Core Qt5::Gui Qt5::Widgets)
+set(STRATACUT_RULE_deskapp deskservices StratacutUI ViewDeckQt NvCoreM2W10 Qt5::Core Qt5::Gui Qt5::Widgets)
+set(STRATACUT_RULE_stratacut-desk deskapp)
 
 # Stops unless every link of the target stands in its row. A wrapped link ($<LINK_ONLY:x>) counts like a plain one.
 function(stratacut_check_layer target)

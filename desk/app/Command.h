@@ -21,6 +21,14 @@ struct Command {
     int (*run)(const QCommandLineParser& parser, const QStringList& arguments);
 };
 
+/// The option of every command that works on saved state.
+QCommandLineOption profileOption();
+
+QList<QCommandLineOption> windowOptions();
+/// Opens the desk's window with the media in its bin; answers when it is closed.
+int runWindow(const QCommandLineParser& parser, const QStringList& media);
+QList<QCommandLineOption> walkOptions();
+int runWalk(const QCommandLineParser& parser, const QStringList& media);
 QList<QCommandLineOption> exportOptions();
 int runExport(const QCommandLineParser& parser, const QStringList& arguments);
 QList<QCommandLineOption> showOptions();

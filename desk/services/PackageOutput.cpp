@@ -115,6 +115,7 @@ PackageOutput::PackageOutput(MediaLibrary* library, QObject* parent)
       m_queue([this](const QByteArray& id, const ExportProgress& progress) { emit progressed(id, progress); })
 {
     qRegisterMetaType<ExportProgress>();
+    qRegisterMetaType<CommitStart>();
 }
 
 PackageOutput::~PackageOutput() = default;
@@ -301,6 +302,9 @@ Status PackageOutput::start(const IMFO_ItemInfo& item, const CommitCallback& onD
     if (!plan)
         return plan.error();
     Entry& entry = m_entries[plan->deliveryId];
+    // The place that nobody chose is made when it is first needed.
+    if (QFileInfo(plan->folder).path() == m_defaultFolder)
+        QDir().mkpath(m_defaultFolder);
     Status target = checkTarget(plan->folder, entry);
     if (!target)
         return target;
@@ -313,7 +317,11 @@ Status PackageOutput::start(const IMFO_ItemInfo& item, const CommitCallback& onD
     if (plan->newFolder && entry.folder != plan->folder && isOccupied(plan->folder))
         return occupied(plan->folder);
     entry.target = plan->folder;
-    m_queue.add(*plan, onDone);
+    emit commitStarted({plan->deliveryId, QFileInfo(plan->folder).fileName(), plan->folder, plan->totalFrames});
+    m_queue.add(*plan, [this, id = plan->deliveryId, onDone](const IMFO_Error_t& outcome) {
+        onDone(outcome);
+        emit commitEnded(id, outcome.code(), outcome.message());
+    });
     return {};
 }
 

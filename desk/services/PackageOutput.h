@@ -17,6 +17,16 @@ namespace desk::services
 
 class MediaLibrary;
 
+/// What is known of a commit when it is taken.
+struct CommitStart {
+    QByteArray deliveryId;
+    /// That of the delivery.
+    QString name;
+    /// The delivery's own folder.
+    QString folder;
+    qint64 totalFrames = 0;
+};
+
 /// The package manager's output service over IMF packages on disk.
 ///
 /// It registers what the package manager tells of, but takes a commit from the documents that are handed over just
@@ -41,6 +51,9 @@ public:
     /// The item model whose order of IMPs readDelivery() keeps: a folder lists them in the order of their commits,
     /// which is another one where they were committed one by one. Not owned.
     void follow(const QAbstractItemModel* packageModel) { m_packageModel = packageModel; }
+
+    /// Whether a commit of the delivery runs or waits. Any thread.
+    bool isBusy(const QByteArray& deliveryId) const { return m_queue.isBusy(deliveryId); }
 
     /// Cancels the commits of a delivery. Their completion carries the code for a warning.
     void cancel(const QByteArray& deliveryId);
@@ -68,6 +81,11 @@ public:
     void getCPLTrackInfo(IMFO_Error_t& error, QMap<QString, IMFO_TrackInfo>& tracks, const QByteArray& cplId) override;
 
 signals:
+    /// A commit was taken; it runs or waits for its turn. On the user-interface thread.
+    void commitStarted(const desk::services::CommitStart& start);
+    /// From the commit's thread, just after its completion was called: whoever waits for the end finds it posted.
+    /// @param code 0 for success, else one of IMFO_Error_t. @param message empty on success.
+    void commitEnded(const QByteArray& deliveryId, int code, const QString& message);
     /// From the commit's thread: connect with a context object, so that it arrives on the receiver's.
     void progressed(const QByteArray& deliveryId, const desk::services::ExportProgress& progress);
 
@@ -108,3 +126,4 @@ private:
 } // namespace desk::services
 
 Q_DECLARE_METATYPE(desk::services::ExportProgress)
+Q_DECLARE_METATYPE(desk::services::CommitStart)

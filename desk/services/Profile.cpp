@@ -22,6 +22,21 @@ QString Profile::binFile() const
     return m_folder + QStringLiteral("/bin.json");
 }
 
+QString Profile::windowFile() const
+{
+    return m_folder + QStringLiteral("/window.json");
+}
+
+QString Profile::lockFile() const
+{
+    return m_folder + QStringLiteral("/lock");
+}
+
+QString Profile::thumbnailFolder() const
+{
+    return m_folder + QStringLiteral("/thumbnails");
+}
+
 QString Profile::defaultDeliveryFolder()
 {
     return QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);

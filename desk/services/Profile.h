@@ -16,6 +16,12 @@ public:
 
     QString settingsFile() const;
     QString binFile() const;
+    /// How the window looks.
+    QString windowFile() const;
+    /// Held by the one process that may change what is here.
+    QString lockFile() const;
+    /// A cache: it may be removed at any time.
+    QString thumbnailFolder() const;
     /// Where deliveries go until the user chooses another folder.
     static QString defaultDeliveryFolder();
 

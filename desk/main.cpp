@@ -13,7 +13,11 @@ using namespace desk::app;
 namespace
 {
 const Command commands[] = {
+    {"window", "[MEDIA...]", "open the desk's window, with the media in its bin; also without any command",
+     windowOptions, runWindow},
     {"export", "MEDIA... --to FOLDER", "write media files as an IMF package", exportOptions, runExport},
+    {"walk", "MEDIA --to FOLDER", "use the window by itself, from the first start to a written delivery", walkOptions,
+     runWalk},
     {"show", "FOLDER", "show what a delivery holds", showOptions, runShow},
     {"verify", "FOLDER", "check every file, size, hash and reference of a delivery", verifyOptions, runVerify},
 };
@@ -23,7 +27,7 @@ const char exitCodes[] = "Exit codes: 0 success, 1 the command failed, 2 the com
 
 QString overview()
 {
-    QString text = QStringLiteral("Usage: stratacut-desk COMMAND [OPTIONS]\n\nCommands:\n");
+    QString text = QStringLiteral("Usage: stratacut-desk [COMMAND] [OPTIONS]\n\nCommands:\n");
     for (const Command& command : commands)
         text += QStringLiteral("  %1 %2\n      %3\n").arg(command.name, command.arguments, command.summary);
     text += QStringLiteral("\nOptions:\n  --help     show this text; after a command, that of the command\n"
@@ -56,10 +60,21 @@ int runCommand(const Command& command, const QStringList& arguments)
     return command.run(parser, parser.positionalArguments());
 }
 
-/// No command opens a window: they run where there is no display and no session.
-void fixEnvironment()
+bool opensWindow(int argc, char** argv)
 {
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+    return argc < 2 || qstrcmp(argv[1], "window") == 0;
+}
+
+bool hasDisplay()
+{
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
+/// All commands but one open no window: they run where there is no display and no session.
+void fixEnvironment(bool wantsDisplay)
+{
+    if (!wantsDisplay && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     if (qEnvironmentVariableIsSet("XDG_RUNTIME_DIR"))
         return;
@@ -72,15 +87,19 @@ void fixEnvironment()
 
 int main(int argc, char** argv)
 {
-    fixEnvironment();
+    const bool wantsDisplay = opensWindow(argc, argv);
+    if (wantsDisplay && !hasDisplay()) {
+        console::error(QStringLiteral("there is no display to open a window on."));
+        console::note(QStringLiteral("stratacut-desk --help shows the commands that need none."));
+        return exitCode::failure;
+    }
+    fixEnvironment(wantsDisplay);
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Stratacut Desk"));
     QApplication::setApplicationVersion(QStringLiteral(STRATACUT_VERSION));
-    const QStringList arguments = QApplication::arguments().mid(1);
-    if (arguments.isEmpty()) {
-        console::note(overview());
-        return exitCode::usage;
-    }
+    QStringList arguments = QApplication::arguments().mid(1);
+    if (arguments.isEmpty())
+        arguments = QStringList{QStringLiteral("window")};
     const QString& first = arguments.first();
     if (first == QLatin1String("--help") || first == QLatin1String("-h") || first == QLatin1String("help")) {
         console::out(overview());

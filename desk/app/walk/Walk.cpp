@@ -1,0 +1,340 @@
+#include "desk/app/walk/Walk.h"
+
+#include "StratacutUI/IMF_PackageMgrQtModel.h"
+#include "StratacutUI/IMF_TreeView.h"
+#include "ViewDeckQt/AbstractParamWidget.h"
+#include "desk/app/Host.h"
+#include "desk/app/window/BinModel.h"
+#include "desk/app/window/BinPane.h"
+#include "desk/app/window/DeskWindow.h"
+#include "desk/app/window/JobPane.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPointer>
+#include <QPushButton>
+#include <QUrl>
+
+namespace desk::app
+{
+
+using Model = IMF_PackageMgrQtModel;
+
+namespace
+{
+const QString deliveryName = QStringLiteral("Evening by the Sea");
+const QString issuer = QStringLiteral("Stratacut Pictures");
+const QString contentTitle = QStringLiteral("Evening by the Sea, Feature");
+
+bool isCommitted(const QModelIndex& index)
+{
+    return Model::StatusFromIndex(index) == IMF_PackageMgr::Committed;
+}
+
+void chooseIn(QWidget* dialog, const QString& folder)
+{
+    dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(folder);
+    auto* buttons = dialog->findChild<QDialogButtonBox*>(QStringLiteral("buttonBox"));
+    Hand::click(buttons->button(QDialogButtonBox::Open));
+}
+} // namespace
+
+Walk::Walk(const WalkRequest& request) : m_request(request) {}
+
+Walk::~Walk()
+{
+    m_watch.stop();
+}
+
+Status Walk::open()
+{
+    m_host = std::make_unique<Host>(m_request.profile);
+    Status claimed = m_host->claim();
+    if (!claimed)
+        return claimed;
+    watchForSurprises();
+    m_host->load();
+    m_host->output().setDefaultFolder(m_request.folder);
+    m_window = std::make_unique<DeskWindow>(m_host.get());
+    m_window->show();
+    QApplication::setActiveWindow(m_window.get());
+    m_hand = std::make_unique<Hand>(m_window.get(), m_request.pictures);
+    return {};
+}
+
+/// Nobody is here to answer what nobody expected: it is noted and closed.
+void Walk::watchForSurprises()
+{
+    constexpr int patience = 20000;
+    m_watch.setInterval(patience / 2);
+    QObject::connect(&m_watch, &QTimer::timeout, &m_watch, [this, last = QPointer<QWidget>()]() mutable {
+        QWidget* open = QApplication::activePopupWidget();
+        open = open ? open : QApplication::activeModalWidget();
+        if (open && open == last) {
+            const auto* box = qobject_cast<QMessageBox*>(open);
+            m_surprise = box ? box->text() : open->windowTitle();
+            open->close();
+        }
+        last = open;
+    });
+    m_watch.start();
+}
+
+Status Walk::expect(bool held, const QString& what) const
+{
+    if (held && m_surprise.isEmpty())
+        return {};
+    const QString seen = m_surprise.isEmpty() ? QString() : QStringLiteral(" (the desk said: %1)").arg(m_surprise);
+    return Error{{}, {}, {}, what + QStringLiteral(" did not happen") + seen, {}};
+}
+
+Status Walk::takeSteps(const QVector<Status (Walk::*)()>& steps)
+{
+    for (const auto step : steps) {
+        Status taken = (this->*step)();
+        if (!taken)
+            return taken;
+    }
+    return {};
+}
+
+Status Walk::work()
+{
+    return takeSteps({&Walk::open, &Walk::start, &Walk::fillBin, &Walk::createDelivery, &Walk::dropSequence,
+                      &Walk::renameDelivery, &Walk::fillIn, &Walk::chooseFolder, &Walk::describeComposition,
+                      &Walk::exportDelivery, &Walk::readCommitted, &Walk::cancelExport, &Walk::changeSkin,
+                      &Walk::refuseToForget, &Walk::quit});
+}
+
+QModelIndex Walk::delivery(int row) const
+{
+    return m_host->model().index(row, 0);
+}
+
+QModelIndex Walk::composition(int row) const
+{
+    return m_host->model().index(0, 0, m_host->model().index(0, 0, delivery(row)));
+}
+
+Status Walk::type(const QString& parameter, const QString& text)
+{
+    const auto all = m_window->findChildren<ViewDeckQt::AbstractParamWidget*>();
+    for (ViewDeckQt::AbstractParamWidget* one : all) {
+        auto* field = one->getId() == parameter && one->isVisible() ? one->findChild<QLineEdit*>() : nullptr;
+        if (!field)
+            continue;
+        Hand::type(field, text);
+        Hand::key(field, Qt::Key_Tab);
+        return expect(one->getValue().toString() == text, QStringLiteral("typing into %1").arg(parameter));
+    }
+    return expect(false, QStringLiteral("showing %1").arg(parameter));
+}
+
+/// The box that the next call opens.
+void Walk::answerBox(const QString& button, const QString& picture)
+{
+    Hand::whenOpen([this, button, picture](QWidget* open) {
+        (void)m_hand->shoot(picture);
+        const auto buttons = open->findChildren<QPushButton*>();
+        for (QPushButton* one : buttons) {
+            if (one->text().remove(QLatin1Char('&')) == button)
+                return Hand::click(one);
+        }
+    });
+}
+
+Status Walk::start()
+{
+    return m_hand->shoot(QStringLiteral("first-start"));
+}
+
+Status Walk::fillBin()
+{
+    QMimeData files;
+    files.setUrls({QUrl::fromLocalFile(m_request.media)});
+    QDropEvent drop(m_window->bin().rect().center(), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&m_window->bin(), &drop);
+    const QAbstractItemModel* bin = m_window->bin().view().model();
+    const bool added = Hand::waitFor(
+        [bin] { return bin->rowCount() == 1 && !bin->index(0, 0).data(Qt::DecorationRole).value<QImage>().isNull(); });
+    Hand::click(&m_window->bin().view(), bin->index(0, 0));
+    Status seen = expect(added, QStringLiteral("taking the media into the bin"));
+    return seen ? m_hand->shoot(QStringLiteral("media-in-the-bin")) : seen;
+}
+
+Status Walk::createDelivery()
+{
+    Hand::whenOpen([this](QWidget* menu) {
+        Hand::key(menu, Qt::Key_Down);
+        (void)m_hand->shoot(QStringLiteral("new-imf"));
+        Hand::key(menu, Qt::Key_Return);
+    });
+    Hand::click(m_window->findChild<QPushButton*>(QStringLiteral("m_newIMF")));
+    Status made = expect(m_host->model().rowCount() == 1, QStringLiteral("making an IMF Original"));
+    return made ? m_hand->shoot(QStringLiteral("new-delivery")) : made;
+}
+
+Status Walk::dropSequence()
+{
+    const bool taken = Hand::drag(&m_window->bin().view(), &m_window->tree(), delivery(0));
+    Status dropped = expect(taken && composition(0).isValid() && m_window->bin().view().model()->rowCount() == 1,
+                            QStringLiteral("dropping a sequence on the delivery"));
+    return dropped ? m_hand->shoot(QStringLiteral("dropped-sequence")) : dropped;
+}
+
+Status Walk::renameDelivery()
+{
+    IMF_TreeView& tree = m_window->tree();
+    Hand::click(&tree, delivery(0));
+    Hand::key(&tree, Qt::Key_F2);
+    auto* editor = tree.viewport()->findChild<QLineEdit*>();
+    if (!editor)
+        return expect(false, QStringLiteral("opening an editor for the name"));
+    Hand::type(editor, deliveryName);
+    Status pictured = m_hand->shoot(QStringLiteral("rename"));
+    Hand::key(editor, Qt::Key_Return);
+    const bool renamed = Hand::waitFor([this] { return delivery(0).data(Model::NameRole) == deliveryName; }, 2000);
+    return renamed ? pictured : expect(false, QStringLiteral("renaming the delivery"));
+}
+
+Status Walk::fillIn()
+{
+    Status typed = type(QStringLiteral("id_issuer"), issuer);
+    return typed ? expect(delivery(0).data(Model::IssuerRole) == issuer, QStringLiteral("writing the issuer")) : typed;
+}
+
+Status Walk::chooseFolder()
+{
+    Hand::whenOpen([this](QWidget* dialog) {
+        (void)m_hand->shoot(QStringLiteral("choose-folder"));
+        chooseIn(dialog, m_request.folder);
+    });
+    m_window->action(QStringLiteral("chooseFolder"))->trigger();
+    Status chosen =
+        expect(delivery(0).data(Model::PathRole).toString() == m_request.folder, QStringLiteral("choosing the folder"));
+    return chosen ? m_hand->shoot(QStringLiteral("delivery")) : chosen;
+}
+
+Status Walk::describeComposition()
+{
+    Hand::click(&m_window->tree(), composition(0));
+    Status typed = type(QStringLiteral("id_content_title"), contentTitle);
+    return typed ? m_hand->shoot(QStringLiteral("composition")) : typed;
+}
+
+Status Walk::exportDelivery()
+{
+    constexpr int atMost = 30 * 60 * 1000;
+    Hand::click(&m_window->tree(), delivery(0));
+    Hand::click(m_window->findChild<QPushButton*>(QStringLiteral("m_burn")));
+    const auto& rows = m_window->jobs().rows();
+    if (rows.isEmpty())
+        return expect(false, QStringLiteral("starting the export"));
+    JobRow* job = rows.first();
+    Hand::waitFor([job] { return job->isOver() || job->share() > 0.4; }, atMost);
+    Status pictured = m_hand->shoot(QStringLiteral("export"));
+    const bool over = Hand::waitFor([&] { return job->isOver() && isCommitted(delivery(0)); }, atMost);
+    if (!over || job->state() != JobRow::State::Done)
+        return expect(false, QStringLiteral("writing the delivery"));
+    return pictured ? m_hand->shoot(QStringLiteral("committed")) : pictured;
+}
+
+Status Walk::readCommitted()
+{
+    m_window->tree().expandAll();
+    Hand::click(&m_window->tree(), composition(0));
+    Status read = expect(isCommitted(composition(0)), QStringLiteral("turning the composition committed"));
+    return read ? m_hand->shoot(QStringLiteral("committed-composition")) : read;
+}
+
+Status Walk::cancelExport()
+{
+    Hand::whenOpen([](QWidget* menu) {
+        Hand::key(menu, Qt::Key_Down);
+        Hand::key(menu, Qt::Key_Down);
+        Hand::key(menu, Qt::Key_Return);
+    });
+    Hand::click(m_window->findChild<QPushButton*>(QStringLiteral("m_newIMF")));
+    Hand::click(&m_window->bin().view(), m_window->bin().view().model()->index(0, 0));
+    Hand::drag(&m_window->bin().view(), &m_window->tree(), delivery(1));
+    Hand::click(&m_window->tree(), delivery(1));
+    Hand::click(m_window->findChild<QPushButton*>(QStringLiteral("m_burn")));
+    JobRow* job = m_window->jobs().rows().first();
+    Hand::waitFor([job] { return job->share() > 0; });
+    bool answered = false;
+    Hand::whenOpen([&](QWidget* box) {
+        Hand::waitFor([job] { return job->isOver(); });
+        (void)m_hand->shoot(QStringLiteral("cancelled-export"));
+        answered = true;
+        Hand::key(box, Qt::Key_Return);
+    });
+    Hand::click(job->findChild<QPushButton*>(QStringLiteral("m_cancelJob")));
+    const bool over = Hand::waitFor([&] { return answered && job->state() == JobRow::State::Cancelled; });
+    return expect(over && !isCommitted(delivery(1)), QStringLiteral("cancelling an export"));
+}
+
+Status Walk::changeSkin()
+{
+    Hand::click(&m_window->tree(), composition(1));
+    m_window->action(QStringLiteral("light"))->trigger();
+    Status pictured = m_hand->shoot(QStringLiteral("light"));
+    m_window->action(QStringLiteral("dark"))->trigger();
+    return pictured;
+}
+
+Status Walk::refuseToForget()
+{
+    m_window->action(QStringLiteral("newOriginal"))->trigger();
+    answerBox(QStringLiteral("Do Not Quit"), QStringLiteral("asks-before-quitting"));
+    const bool closed = m_window->close();
+    Status stayed = expect(!closed && delivery(2).isValid(), QStringLiteral("asking before a delivery is let go"));
+    if (!stayed)
+        return stayed;
+    m_window->action(QStringLiteral("newImp"))->trigger();
+    return expect(m_host->model().rowCount(delivery(2)) == 1, QStringLiteral("making an IMP"));
+}
+
+Status Walk::quit()
+{
+    const bool closed = m_window->close();
+    m_watch.stop();
+    m_window.reset();
+    m_host.reset();
+    return expect(closed, QStringLiteral("quitting"));
+}
+
+Result<QString> Walk::comeBack()
+{
+    const Status opened = open();
+    if (!opened)
+        return opened.error();
+    const QAbstractItemModel* bin = m_window->bin().view().model();
+    Hand::waitFor([bin] { return !bin->index(0, 0).data(Qt::DecorationRole).value<QImage>().isNull(); });
+    m_window->tree().expandAll();
+    if (m_host->model().rowCount() == 3)
+        Hand::click(&m_window->tree(), delivery(0));
+    Status found = expect(m_host->model().rowCount() == 3 && bin->rowCount() == 1,
+                          QStringLiteral("finding three deliveries and a sequence after the restart"));
+    if (found)
+        found = expect(isCommitted(delivery(0)) && delivery(0).data(Model::NameRole) == deliveryName &&
+                           composition(1).isValid() && !isCommitted(delivery(1)),
+                       QStringLiteral("finding the written delivery and the work on the next one"));
+    if (found)
+        found = m_hand->shoot(QStringLiteral("after-the-restart"));
+    if (!found)
+        return found.error();
+    const QString folder = delivery(0).data(Model::PathRole).toString();
+    m_window->close();
+    m_watch.stop();
+    return folder;
+}
+
+} // namespace desk::app

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "desk/app/walk/Hand.h"
+#include "desk/base/Result.h"
+
+#include <QModelIndex>
+#include <QString>
+#include <QTimer>
+
+#include <memory>
+
+namespace desk::app
+{
+
+class DeskWindow;
+class Host;
+class JobRow;
+
+/// What a walk is made with.
+struct WalkRequest {
+    QString media;
+    /// The parent folder of the delivery.
+    QString folder;
+    /// Where the pictures go; empty for none.
+    QString pictures;
+    QString profile;
+};
+
+/// A new user's first hour, through the real window and without anybody at it: from the empty desk to a delivery that
+/// is written, and after a restart back to where the work was. Each step looks for its result and takes a picture.
+class Walk
+{
+public:
+    explicit Walk(const WalkRequest& request);
+    ~Walk();
+
+    /// From the first start to the end of the program. Needs a profile that was never used.
+    Status work();
+    /// What a second process finds. The folder of the delivery.
+    Result<QString> comeBack();
+
+private:
+    Status open();
+    Status takeSteps(const QVector<Status (Walk::*)()>& steps);
+
+    Status start();
+    Status fillBin();
+    Status createDelivery();
+    Status dropSequence();
+    Status renameDelivery();
+    Status fillIn();
+    Status chooseFolder();
+    Status describeComposition();
+    Status exportDelivery();
+    Status readCommitted();
+    Status cancelExport();
+    Status changeSkin();
+    Status refuseToForget();
+    Status quit();
+
+    QModelIndex delivery(int row) const;
+    QModelIndex composition(int row) const;
+    Status expect(bool held, const QString& what) const;
+    Status type(const QString& parameter, const QString& text);
+    void answerBox(const QString& button, const QString& picture);
+    void watchForSurprises();
+
+    WalkRequest m_request;
+    std::unique_ptr<Host> m_host;
+    std::unique_ptr<DeskWindow> m_window;
+    std::unique_ptr<Hand> m_hand;
+    QTimer m_watch;
+    QString m_surprise;
+};
+
+} // namespace desk::app

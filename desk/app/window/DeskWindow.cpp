@@ -1,0 +1,219 @@
+#include "desk/app/window/DeskWindow.h"
+
+#include "StratacutUI/IMF_Controller.h"
+#include "StratacutUI/IMF_ManagerWindow.h"
+#include "StratacutUI/IMF_TreeView.h"
+#include "desk/app/Host.h"
+#include "desk/app/window/BinModel.h"
+#include "desk/app/window/BinPane.h"
+#include "desk/app/window/JobPane.h"
+#include "desk/app/window/MediaLoader.h"
+#include "desk/app/window/PaneParts.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QVBoxLayout>
+
+namespace desk::app
+{
+
+namespace
+{
+constexpr QSize firstSize(1360, 840);
+
+/// A splitter whose panes keep their sizes when the window grows, but for one.
+QSplitter* splitter(const char* name, Qt::Orientation orientation, const QList<QWidget*>& panes, int growing)
+{
+    auto* made = new QSplitter(orientation);
+    made->setObjectName(QLatin1String(name));
+    made->setChildrenCollapsible(false);
+    for (QWidget* pane : panes)
+        made->addWidget(pane);
+    made->setStretchFactor(growing, 1);
+    return made;
+}
+} // namespace
+
+DeskWindow::DeskWindow(Host* host)
+    : ManagedWindow(static_cast<QWidget&>(*this)),
+      m_host(host),
+      m_settings(WindowSettings::load(host->profile().windowFile()))
+{
+    setObjectName(QStringLiteral("DeskWindow"));
+    setManagedTitle(NvText("Stratacut Desk"));
+    Palette::PaletteManager::Instance().setSkin(m_settings.skin);
+    createWidgets();
+    layOut();
+    createActions();
+    connectAll();
+    connectModel();
+    restoreLook();
+    updateActions();
+}
+
+DeskWindow::~DeskWindow()
+{
+    // The selection goes with the tree, and nobody needs to hear of it any more.
+    disconnect(tree().selectionModel(), nullptr, this, nullptr);
+}
+
+void DeskWindow::createWidgets()
+{
+    m_thumbnails = new Thumbnails(m_host->profile().thumbnailFolder(), this);
+    m_loader = new MediaLoader(this);
+    m_binModel = new BinModel(&m_host->library(), m_thumbnails, this);
+    m_bin = new BinPane(m_binModel, m_loader);
+    m_manager = new IMF_ManagerWindow(&m_host->model(), m_host->model().rootIndex());
+    m_manager->setObjectName(QStringLiteral("m_manager"));
+    m_jobs = new JobPane(&m_host->output());
+    m_hint = new QuietLabel;
+}
+
+void DeskWindow::layOut()
+{
+    m_bin->setMinimumWidth(260);
+    m_jobs->setMinimumHeight(110);
+    m_down = splitter("m_downSplitter", Qt::Vertical, {m_manager, m_jobs}, 0);
+    m_across = splitter("m_acrossSplitter", Qt::Horizontal, {m_bin, m_down}, 1);
+    m_across->setSizes({320, firstSize.width() - 320});
+    m_down->setSizes({firstSize.height() - 170, 170});
+    setCentralWidget(m_across);
+    statusBar()->setSizeGripEnabled(false);
+    statusBar()->addWidget(m_hint, 1);
+    resize(firstSize);
+}
+
+IMF_TreeView& DeskWindow::tree() const
+{
+    return *m_manager->findChild<IMF_TreeView*>(QStringLiteral("m_treeView"));
+}
+
+void DeskWindow::connectAll()
+{
+    connect(m_bin, &BinPane::addAsked, this, &DeskWindow::chooseMedia);
+    connect(m_bin, &BinPane::removeAsked, this, &DeskWindow::removeSelectedSequences);
+    connect(m_bin, &BinPane::addToPackageAsked, this, &DeskWindow::addSelectedSequences);
+    connect(m_bin, &BinPane::filesDropped, this, &DeskWindow::addMedia);
+    connect(m_bin->view().selectionModel(), &QItemSelectionModel::selectionChanged, this, &DeskWindow::updateActions);
+    connect(m_loader, &MediaLoader::opened, &m_host->library(), &services::MediaLibrary::add);
+    connect(m_loader, &MediaLoader::failed, this, [this](const Error& error) { m_errors += error.sentence(); });
+    connect(m_loader, &MediaLoader::pendingChanged, this, [this](int files) {
+        if (files == 0)
+            showErrors();
+    });
+    connect(&m_host->library(), &services::MediaLibrary::changed, &m_host->model(),
+            &IMF_PackageMgrQtModel::onMobStatusChanged);
+    connect(m_jobs, &JobPane::activeChanged, this, [this](int jobs) {
+        if (jobs == 0 && m_quitWhenIdle)
+            closeWhenIdle();
+    });
+    m_saveTimer.setSingleShot(true);
+    connect(&m_saveTimer, &QTimer::timeout, this, &DeskWindow::save);
+    const auto splitters = findChildren<QSplitter*>();
+    for (QSplitter* one : splitters)
+        connect(one, &QSplitter::splitterMoved, this, &DeskWindow::scheduleSave);
+}
+
+void DeskWindow::connectModel()
+{
+    IMF_PackageMgrQtModel& model = m_host->model();
+    const auto follow = [this] {
+        scheduleSave();
+        updateActions();
+        updateHint();
+    };
+    connect(&model, &QAbstractItemModel::dataChanged, this, follow);
+    connect(&model, &QAbstractItemModel::rowsInserted, this, follow);
+    connect(&model, &QAbstractItemModel::rowsRemoved, this, follow);
+    connect(&model, &QAbstractItemModel::layoutChanged, this, follow);
+    connect(&m_host->controller(), &IMF_Controller::commitCompleted, this, follow);
+    // The row may be one of many that are loaded together: ask when all is done.
+    connect(
+        &m_host->controller(), &IMF_Controller::newDeliveryAdded, this,
+        [this](const QModelIndex& delivery) { askForMissing(delivery); }, Qt::DirectConnection);
+    connect(tree().selectionModel(), &QItemSelectionModel::selectionChanged, this, &DeskWindow::updateActions);
+    // Removing ends work that nobody has written: the desk asks first.
+    disconnect(&tree(), &IMF_TreeView::notifyRemoveItem, &m_host->controller(), nullptr);
+    connect(&tree(), &IMF_TreeView::notifyRemoveItem, this, &DeskWindow::askAndRemove);
+    updateHint();
+}
+
+void DeskWindow::restoreLook()
+{
+    if (!m_settings.geometry.isEmpty())
+        restoreGeometry(m_settings.geometry);
+    for (auto entry = m_settings.splitters.constBegin(); entry != m_settings.splitters.constEnd(); ++entry) {
+        if (auto* one = findChild<QSplitter*>(entry.key()))
+            one->restoreState(*entry);
+    }
+}
+
+WindowSettings DeskWindow::look() const
+{
+    WindowSettings settings = m_settings;
+    settings.skin = Palette::PaletteManager::Instance().skin();
+    settings.geometry = saveGeometry();
+    const auto splitters = findChildren<QSplitter*>();
+    for (const QSplitter* one : splitters)
+        settings.splitters[one->objectName()] = one->saveState();
+    return settings;
+}
+
+void DeskWindow::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    scheduleSave();
+}
+
+void DeskWindow::moveEvent(QMoveEvent* event)
+{
+    QMainWindow::moveEvent(event);
+    scheduleSave();
+}
+
+void DeskWindow::scheduleSave()
+{
+    // A timer that runs is left alone: whoever never pauses is kept all the same.
+    if (!m_saveTimer.isActive())
+        m_saveTimer.start(saveDelay);
+}
+
+void DeskWindow::save()
+{
+    m_saveTimer.stop();
+    const Status packages = m_host->save();
+    const Status window = look().save(m_host->profile().windowFile());
+    for (const Status* status : {&packages, &window}) {
+        if (!*status)
+            statusBar()->showMessage(status->error().sentence());
+    }
+    emit saved();
+}
+
+void DeskWindow::closeEvent(QCloseEvent* event)
+{
+    if (!mayClose())
+        return event->ignore();
+    m_quitWhenIdle = false;
+    save();
+    event->accept();
+}
+
+bool DeskWindow::mayClose()
+{
+    return mayCloseWithJobs() && mayLoseDeliveries();
+}
+
+void DeskWindow::closeWhenIdle()
+{
+    constexpr int againAfter = 50;
+    // What a commit had to say stands in a message box until the user has read it.
+    if (QApplication::activeModalWidget())
+        QTimer::singleShot(againAfter, this, &DeskWindow::closeWhenIdle);
+    else if (m_quitWhenIdle)
+        QTimer::singleShot(0, this, [this] { close(); });
+}
+
+} // namespace desk::app

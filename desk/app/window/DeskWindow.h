@@ -1,0 +1,130 @@
+#pragma once
+
+#include "ViewDeckQt/ManagedWindow.h"
+#include "desk/app/window/WindowSettings.h"
+#include "desk/base/Result.h"
+
+#include <QHash>
+#include <QMainWindow>
+#include <QModelIndex>
+#include <QStringList>
+#include <QTimer>
+
+class IMF_ManagerWindow;
+class IMF_TreeView;
+class QActionGroup;
+class QLabel;
+class QSplitter;
+
+namespace desk::app
+{
+
+class BinModel;
+class BinPane;
+class Host;
+class JobPane;
+class MediaLoader;
+class Thumbnails;
+
+/// The desk: the bin on the left, the package manager and below it the exports. All that can be done here is an action
+/// of the menu bar with a key of its own. Work is kept a moment after each change and when the window closes.
+class DeskWindow : public QMainWindow, public ViewDeckQt::ManagedWindow
+{
+    Q_OBJECT
+
+public:
+    /// The host must be loaded and outlive the window.
+    explicit DeskWindow(Host* host);
+    ~DeskWindow() override;
+
+    /// How long after a change it is kept, in milliseconds.
+    static constexpr int saveDelay = 1500;
+
+    void addMedia(const QStringList& paths);
+
+    /// The menu bar's actions by name: "addMedia", "export", ...
+    QAction* action(const QString& name) const { return m_actions.value(name); }
+
+    IMF_TreeView& tree() const;
+
+    BinPane& bin() const { return *m_bin; }
+
+    JobPane& jobs() const { return *m_jobs; }
+
+signals:
+    /// The work was kept.
+    void saved();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+
+private:
+    struct ActionRow;
+    static const ActionRow actionRows[];
+
+    void createWidgets();
+    void layOut();
+    void createActions();
+    void createSkinActions(QMenu* menu);
+    void connectAll();
+    void connectModel();
+    void restoreLook();
+    WindowSettings look() const;
+
+    void chooseMedia();
+    void addSelectedSequences();
+    void removeSelectedSequences();
+    void newOriginal();
+    void newSupplemental();
+    void newImp();
+    void explore();
+    void rename();
+    void chooseFolder();
+    void exportSelected();
+    void refreshSelected();
+    void refreshAll();
+    void resolveMissing();
+    void removeSelected();
+    void focusBin();
+    void focusPackages();
+    void focusParameters();
+    void focusJobs();
+    void about();
+
+    QModelIndex current() const;
+    QModelIndex currentDelivery() const;
+    void selectNewestDelivery();
+    void updateActions();
+    void updateHint();
+    void askForMissing(const QModelIndex& delivery);
+    void askAndRemove(const QModelIndex& index);
+    void showErrors();
+    void setSkin(Palette::Skin skin);
+    void scheduleSave();
+    void save();
+    bool mayClose();
+    bool mayCloseWithJobs();
+    bool mayLoseDeliveries();
+    void closeWhenIdle();
+
+    Host* m_host;
+    WindowSettings m_settings;
+    Thumbnails* m_thumbnails = nullptr;
+    MediaLoader* m_loader = nullptr;
+    BinModel* m_binModel = nullptr;
+    BinPane* m_bin = nullptr;
+    IMF_ManagerWindow* m_manager = nullptr;
+    JobPane* m_jobs = nullptr;
+    QSplitter* m_across = nullptr;
+    QSplitter* m_down = nullptr;
+    QLabel* m_hint = nullptr;
+    QHash<QString, QAction*> m_actions;
+    QStringList m_errors;
+    QTimer m_saveTimer;
+    bool m_quitWhenIdle = false;
+    bool m_asking = false;
+};
+
+} // namespace desk::app

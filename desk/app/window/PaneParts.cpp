@@ -1,0 +1,63 @@
+#include "desk/app/window/PaneParts.h"
+
+#include "ViewDeckQt/PaletteManager.h"
+
+#include <QEvent>
+
+namespace desk::app
+{
+
+namespace
+{
+/// Between text and background: still easy to read, unlike the colour of what cannot be used.
+QColor quietColor(const QPalette& palette)
+{
+    const QColor text = palette.color(QPalette::WindowText);
+    const QColor ground = palette.color(QPalette::Window);
+    const auto mix = [](int a, int b) { return (a * 68 + b * 32) / 100; };
+    return {mix(text.red(), ground.red()), mix(text.green(), ground.green()), mix(text.blue(), ground.blue())};
+}
+} // namespace
+
+QuietLabel::QuietLabel(const QString& text, QWidget* parent) : QLabel(text, parent)
+{
+    setTextFormat(Qt::PlainText);
+    useQuietColor();
+}
+
+void QuietLabel::changeEvent(QEvent* event)
+{
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && !m_changing)
+        useQuietColor();
+}
+
+void QuietLabel::useQuietColor()
+{
+    m_changing = true;
+    QPalette own;
+    own.setColor(QPalette::WindowText,
+                 quietColor(Palette::PaletteManager::paletteOf(Palette::PaletteManager::Instance().skin())));
+    setPalette(own);
+    m_changing = false;
+}
+
+QLabel* paneTitle(const QString& text)
+{
+    auto* label = new QLabel(text);
+    QFont font = label->font();
+    font.setBold(true);
+    label->setFont(font);
+    return label;
+}
+
+QLabel* invitation(const QString& text)
+{
+    auto* label = new QuietLabel(text);
+    label->setAlignment(Qt::AlignCenter);
+    label->setWordWrap(true);
+    label->setMargin(spacing::margin);
+    return label;
+}
+
+} // namespace desk::app

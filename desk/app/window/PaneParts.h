@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QLabel>
+#include <QString>
+
+class QHBoxLayout;
+
+namespace desk::app
+{
+
+/// Distances of the desk's panes, in device-independent pixels. They are those of the package manager's own panes.
+namespace spacing
+{
+inline constexpr int margin = 9;
+inline constexpr int gap = 6;
+} // namespace spacing
+
+/// A label in the colour of what stands back: facts, hints, empty lists. Follows the skin.
+class QuietLabel : public QLabel
+{
+    Q_OBJECT
+
+public:
+    explicit QuietLabel(const QString& text = {}, QWidget* parent = nullptr);
+
+protected:
+    void changeEvent(QEvent* event) override;
+
+private:
+    void useQuietColor();
+
+    bool m_changing = false;
+};
+
+/// The name of a pane, in bold.
+QLabel* paneTitle(const QString& text);
+
+/// An invitation in the middle of an empty pane.
+QLabel* invitation(const QString& text);
+
+} // namespace desk::app

@@ -1,0 +1,71 @@
+#include "desk/app/window/WindowSettings.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+namespace desk::app
+{
+
+namespace
+{
+namespace key
+{
+const QString skin = QStringLiteral("skin");
+const QString geometry = QStringLiteral("geometry");
+const QString splitters = QStringLiteral("splitters");
+const QString mediaFolder = QStringLiteral("mediaFolder");
+} // namespace key
+
+const QString lightSkin = QStringLiteral("light");
+const QString darkSkin = QStringLiteral("dark");
+
+QByteArray bytesOf(const QJsonValue& value)
+{
+    return QByteArray::fromBase64(value.toString().toLatin1());
+}
+
+QString textOf(const QByteArray& bytes)
+{
+    return QString::fromLatin1(bytes.toBase64());
+}
+} // namespace
+
+WindowSettings WindowSettings::load(const QString& file)
+{
+    WindowSettings settings;
+    QFile source(file);
+    if (!source.open(QIODevice::ReadOnly))
+        return settings;
+    const QJsonObject json = QJsonDocument::fromJson(source.readAll()).object();
+    settings.skin = json[key::skin].toString() == lightSkin ? Palette::Skin::Light : Palette::Skin::Dark;
+    settings.geometry = bytesOf(json[key::geometry]);
+    settings.mediaFolder = json[key::mediaFolder].toString();
+    const QJsonObject splitters = json[key::splitters].toObject();
+    for (auto entry = splitters.constBegin(); entry != splitters.constEnd(); ++entry)
+        settings.splitters[entry.key()] = bytesOf(*entry);
+    return settings;
+}
+
+Status WindowSettings::save(const QString& file) const
+{
+    QJsonObject states;
+    for (auto entry = splitters.constBegin(); entry != splitters.constEnd(); ++entry)
+        states[entry.key()] = textOf(*entry);
+    const QJsonObject json{{key::skin, skin == Palette::Skin::Light ? lightSkin : darkSkin},
+                           {key::geometry, textOf(geometry)},
+                           {key::mediaFolder, mediaFolder},
+                           {key::splitters, states}};
+    const QByteArray text = QJsonDocument(json).toJson();
+    QSaveFile target(file);
+    if (target.open(QIODevice::WriteOnly) && target.write(text) == text.size() && target.commit())
+        return {};
+    return Error{file,
+                 {},
+                 {},
+                 QStringLiteral("the window's look cannot be kept (%1)").arg(target.errorString()),
+                 QStringLiteral("check the rights and the space of the folder")};
+}
+
+} // namespace desk::app

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "ViewDeckQt/PaletteManager.h"
+#include "desk/base/Result.h"
+
+#include <QByteArray>
+#include <QMap>
+#include <QString>
+
+namespace desk::app
+{
+
+/// How the desk's window looks, kept in a JSON file of its own. A value; the defaults are those of a first start.
+struct WindowSettings {
+    Palette::Skin skin = Palette::Skin::Dark;
+    /// As QWidget::saveGeometry() makes it; empty for the default size.
+    QByteArray geometry;
+    /// As QSplitter::saveState() makes them, by object name.
+    QMap<QString, QByteArray> splitters;
+    /// Where the last media came from.
+    QString mediaFolder;
+
+    /// What cannot be read keeps its default: looks are no work that could be lost.
+    static WindowSettings load(const QString& file);
+    Status save(const QString& file) const;
+};
+
+} // namespace desk::app
