@@ -40,9 +40,11 @@ endfunction()
 # an interface that the host implements.
 function(stratacut_owner_of_header header result)
   get_filename_component(name "${header}" NAME_WE)
+  # One implementation is fixed to a name without the underscore.
+  string(REPLACE "_" "" plain "${name}")
   set(owner StratacutUI_bridges)
   foreach(layer IN ITEMS bridges images package model controller manager)
-    if(EXISTS "${CMAKE_SOURCE_DIR}/src/${layer}/${name}.cpp")
+    if(EXISTS "${CMAKE_SOURCE_DIR}/src/${layer}/${name}.cpp" OR EXISTS "${CMAKE_SOURCE_DIR}/src/${layer}/${plain}.cpp")
       string(REPLACE "controller" "model" owner "StratacutUI_${layer}")
     endif()
   endforeach()

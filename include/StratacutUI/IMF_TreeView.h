@@ -24,6 +24,9 @@ Q_SIGNALS:
 public Q_SLOTS:
     /// Shows what was dropped: selects the child `row` of `parent`, or, below a deliverable, the first child of it.
     void expandToCPL(const QModelIndex& parent, int row);
+    /// Paints the cells that changed, not the whole viewport.
+    void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                     const QVector<int>& roles = {}) override;
 
 protected:
     using QTreeView::edit;

@@ -71,6 +71,16 @@ void IMF_TreeView::expandToCPL(const QModelIndex& parent, int row)
     select(model()->index(0, 0, child));
 }
 
+void IMF_TreeView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles)
+{
+    if (!topLeft.isValid() || topLeft.row() != bottomRight.row())
+        return QTreeView::dataChanged(topLeft, bottomRight, roles);
+    for (int column = topLeft.column(); column <= bottomRight.column(); ++column) {
+        const QModelIndex cell = topLeft.siblingAtColumn(column);
+        QTreeView::dataChanged(cell, cell, roles);
+    }
+}
+
 void IMF_TreeView::showContextMenu(const QPoint& position)
 {
     const QPersistentModelIndex index = indexAt(position);

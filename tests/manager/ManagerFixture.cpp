@@ -130,11 +130,11 @@ bool ManagerFixture::drop(const QStringList& mobIds, const QModelIndex& target, 
     return dropped.isAccepted();
 }
 
-void ManagerFixture::shoot(const QString& name) const
+void ManagerFixture::shoot(QWidget& widget, const QString& name)
 {
     const QString folder = qEnvironmentVariable("STRATACUT_SHOTS");
     if (folder.isEmpty())
         return;
-    QCoreApplication::processEvents();
-    QVERIFY(window->grab().save(folder + '/' + name + ".png"));
+    QTest::qWait(1);
+    QVERIFY(widget.grab().save(folder + '/' + name + ".png"));
 }

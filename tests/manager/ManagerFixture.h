@@ -70,8 +70,10 @@ public:
     void type(const QString& id, const QString& text);
     /// What a drag of these sequences meets over an item; over the empty part for an invalid index.
     bool drop(const QStringList& mobIds, const QModelIndex& target, Qt::DropAction action = Qt::MoveAction);
-    /// Keeps a picture of the window in the folder that STRATACUT_SHOTS names, if it names one.
-    void shoot(const QString& name) const;
+    /// Keeps a picture in the folder that STRATACUT_SHOTS names, if it names one.
+    static void shoot(QWidget& widget, const QString& name);
+
+    void shoot(const QString& name) const { shoot(*window, name); }
 
     std::unique_ptr<IMF_ManagerWindow> window;
 };

@@ -311,6 +311,7 @@ private slots:
         QCOMPARE(int(dialog.version), 1);
         QVERIFY(dialog.name.isEmpty());
         dialog.show();
+        ManagerFixture::shoot(dialog, "new-imf");
         const QMap<QString, QString> texts{
             {"cancelBtn", "Cancel"}, {"originalBtn", "Original"}, {"supplementalBtn", "Supplemental"}};
         int left = -1;

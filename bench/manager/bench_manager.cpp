@@ -1,0 +1,257 @@
+// The package manager's window over 1,000 deliverables, 10,000 IMPs and 100,000 CPLs: against a plain tree of equal
+// shape, and what a user does most against the same in a tree of ten CPLs.
+
+#include "support/IdleHost.h"
+
+#include "StratacutUI/IMF_Bridges.h"
+#include "StratacutUI/IMF_DataUtils.h"
+#include "StratacutUI/IMF_ManagerWindow.h"
+#include "StratacutUI/IMF_Node.h"
+#include "StratacutUI/IMF_PackageDeliveryReader.h"
+#include "StratacutUI/IMF_PackageMgrQtModel.h"
+#include "StratacutUI/IMF_TreeView.h"
+#include "StratacutUI/ImfDict.h"
+#include "ViewDeckQt/PWTextInput.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QHeaderView>
+#include <QJsonArray>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <vector>
+
+namespace
+{
+using Model = IMF_PackageMgrQtModel;
+
+struct Shape {
+    int deliveries;
+    int imps;
+    int cpls;
+};
+
+constexpr Shape ten{1, 1, 10};
+constexpr Shape large{1000, 10, 10};
+
+QString cplName(int number)
+{
+    return QStringLiteral("Composition %1").arg(number);
+}
+
+QJsonObject deliveryDocument(const Shape& shape)
+{
+    QJsonArray cpls;
+    for (int number = 0; number < shape.cpls; ++number) {
+        QJsonObject cpl = IMF_Utils::getDefaultJsonObject(IMF_PackageMgr::CPL);
+        cpl[ImfDict::Name] = cplName(number);
+        QJsonObject metadata = cpl[ImfDict::DescriptiveMetadata].toObject();
+        metadata[ImfDict::ContentTitle] = cplName(number);
+        cpl[ImfDict::DescriptiveMetadata] = metadata;
+        cpls.append(cpl);
+    }
+    QJsonArray imps;
+    for (int number = 0; number < shape.imps; ++number) {
+        QJsonObject imp = IMF_Utils::getDefaultJsonObject(IMF_PackageMgr::IMP);
+        imp[ImfDict::Name] = QStringLiteral("Package %1").arg(number);
+        imp[ImfDict::Children] = cpls;
+        imps.append(imp);
+    }
+    QJsonObject delivery = IMF_Utils::getDefaultJsonObject(IMF_PackageMgr::Delivery);
+    delivery[ImfDict::Path] = QStringLiteral("/deliveries");
+    delivery[ImfDict::Children] = imps;
+    return delivery;
+}
+
+std::unique_ptr<Model> packages(const Shape& shape)
+{
+    auto model = std::make_unique<Model>();
+    const QJsonObject document = deliveryDocument(shape);
+    for (int number = 0; number < shape.deliveries; ++number)
+        model->push_back({}, IMF_PackageDeliveryReader::getDeliveryNodeFromJson(document, QByteArray::number(number)));
+    return model;
+}
+
+/// The same rows as texts, as a program without package data would show them.
+std::unique_ptr<QStandardItemModel> texts(const Shape& shape)
+{
+    auto model = std::make_unique<QStandardItemModel>();
+    for (int delivery = 0; delivery < shape.deliveries; ++delivery) {
+        auto* deliveryItem = new QStandardItem(QStringLiteral("IMF_name"));
+        model->appendRow({deliveryItem, new QStandardItem});
+        for (int imp = 0; imp < shape.imps; ++imp) {
+            auto* impItem = new QStandardItem(QStringLiteral("Package %1").arg(imp));
+            deliveryItem->appendRow({impItem, new QStandardItem});
+            for (int cpl = 0; cpl < shape.cpls; ++cpl)
+                impItem->appendRow({new QStandardItem(cplName(cpl)), new QStandardItem});
+        }
+    }
+    return model;
+}
+
+double milliseconds(const std::function<void()>& action)
+{
+    QElapsedTimer timer;
+    timer.start();
+    action();
+    QCoreApplication::processEvents();
+    return double(timer.nsecsElapsed()) / 1e6;
+}
+
+double medianOf(std::vector<double> times)
+{
+    const auto middle = times.begin() + std::ptrdiff_t(times.size() / 2);
+    std::nth_element(times.begin(), middle, times.end());
+    return *middle;
+}
+
+double median(int rounds, const std::function<void(int)>& action)
+{
+    std::vector<double> times;
+    for (int round = 0; round < rounds; ++round)
+        times.push_back(milliseconds([&] { action(round); }));
+    return medianOf(times);
+}
+
+struct Pair {
+    double first;
+    double second;
+};
+
+/// Takes turns, so that both meet the same state of the machine.
+Pair medians(int rounds, const std::function<void(int)>& first, const std::function<void(int)>& second)
+{
+    std::vector<double> firstTimes;
+    std::vector<double> secondTimes;
+    for (int round = 0; round < rounds; ++round) {
+        firstTimes.push_back(milliseconds([&] { first(round); }));
+        secondTimes.push_back(milliseconds([&] { second(round); }));
+    }
+    return {medianOf(firstTimes), medianOf(secondTimes)};
+}
+
+void print(const char* name, const Pair& times, const char* limit)
+{
+    std::printf("%s | %.2f x (%.2f against %.2f ms) | %s\n", name, times.first / times.second, times.first,
+                times.second, limit);
+}
+
+struct TreeTimes {
+    double expand;
+    double scroll;
+    double insert;
+};
+
+TreeTimes timesOf(QTreeView& tree, const std::function<void()>& insert)
+{
+    TreeTimes times{};
+    times.expand = milliseconds([&] { tree.expandAll(); });
+    times.scroll = median(200, [&tree](int round) { tree.verticalScrollBar()->setValue(100 * round); });
+    times.insert = median(9, [&insert](int) { insert(); });
+    return times;
+}
+
+struct Window {
+    explicit Window(const Shape& shape) : model(packages(shape))
+    {
+        opening = milliseconds([this] {
+            window = std::make_unique<IMF_ManagerWindow>(model.get(), QModelIndex());
+            window->resize(1000, 760);
+            window->show();
+        });
+        tree = window->findChild<IMF_TreeView*>();
+    }
+
+    /// A CPL in the middle of the tree.
+    QModelIndex cpl(int row) const
+    {
+        const QModelIndex delivery = model->index(model->rowCount() / 2, 0);
+        return model->index(row, 0, model->index(model->rowCount(delivery) / 2, 0, delivery));
+    }
+
+    void prepare()
+    {
+        tree->expandAll();
+        tree->scrollTo(cpl(5));
+        tree->select(cpl(0));
+        QCoreApplication::processEvents();
+        const QList<ViewDeckQt::PWTextInput*> inputs = window->findChildren<ViewDeckQt::PWTextInput*>();
+        for (ViewDeckQt::PWTextInput* input : inputs) {
+            if (input->getId() == QLatin1String("id_content_title"))
+                title = input->findChild<QLineEdit*>();
+        }
+    }
+
+    void select(int round) const { tree->select(cpl(1 + round % 2)); }
+
+    /// Typed and taken back in turn: the text keeps its length.
+    void type(int round) const
+    {
+        QKeyEvent key(QEvent::KeyPress, round % 2 ? Qt::Key_Backspace : Qt::Key_X, {},
+                      round % 2 ? QString() : QStringLiteral("x"));
+        QCoreApplication::sendEvent(title, &key);
+    }
+
+    std::unique_ptr<Model> model;
+    double opening = 0;
+    std::unique_ptr<IMF_ManagerWindow> window;
+    IMF_TreeView* tree = nullptr;
+    QLineEdit* title = nullptr;
+};
+
+TreeTimes plainTree(double& opening)
+{
+    const std::unique_ptr<QStandardItemModel> model = texts(large);
+    QTreeView tree;
+    opening = milliseconds([&] {
+        tree.setUniformRowHeights(true);
+        tree.setModel(model.get());
+        tree.resize(360, 760);
+        tree.show();
+    });
+    QStandardItem* parent = model->item(large.deliveries / 2)->child(0);
+    return timesOf(tree, [parent] { parent->appendRow({new QStandardItem(cplName(0)), new QStandardItem}); });
+}
+
+void compareWithPlainTree(Window& window)
+{
+    double opening = 0;
+    const TreeTimes peer = plainTree(opening);
+    const std::shared_ptr<IMF_Node> imp = window.model->FromIndex(window.cpl(0).parent());
+    const TreeTimes own = timesOf(*window.tree, [&window, &imp] { window.model->addCPLNode("mob", imp); });
+    print("open the window on 100,000 CPLs, against a plain tree", {window.opening, opening}, "no limit: whole window");
+    print("expand all 111,000 rows", {own.expand, peer.expand}, "2 x");
+    print("scroll 100 rows and paint", {own.scroll, peer.scroll}, "3 x");
+    print("insert a CPL among 100,000 shown", {own.insert, peer.insert}, "3 x");
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    IMF_MXE_bridge::Initialize(std::make_unique<IdleEngine>());
+    // The first window of a process also pays for fonts and images.
+    Window(ten).window.reset();
+    Window few(ten);
+    Window many(large);
+    print("open the window, against one on ten CPLs", {many.opening, few.opening}, "2 x");
+    compareWithPlainTree(many);
+    few.prepare();
+    many.prepare();
+    constexpr int rounds = 400;
+    print("select a CPL, against the same among ten",
+          medians(
+              rounds, [&many](int round) { many.select(round); }, [&few](int round) { few.select(round); }),
+          "1.2 x");
+    print("type in a field, against the same among ten",
+          medians(
+              rounds, [&many](int round) { many.type(round); }, [&few](int round) { few.type(round); }),
+          "1.2 x");
+    return 0;
+}
