@@ -14,18 +14,21 @@ set(may_src/images "NvCore/" "ViewDeckQt/" "StratacutUI/" "images/")
 set(may_src/package "NvCore/" "StratacutUI/" "bridges/" "package/")
 set(may_src/model "NvCore/" "ViewDeckQt/" "StratacutUI/" "bridges/" "images/" "package/" "model/" "controller/")
 set(may_src/controller ${may_src/model})
-set(may_src/manager ${may_src/model} "manager/")
+set(may_src/manager "NvCore/" "ViewDeckQt/" "StratacutUI/" "package/" "model/" "controller/" "manager/")
 set(may_desk/base "desk/base/")
 set(may_desk/imf "desk/base/" "desk/imf/")
 set(may_desk/media "desk/base/" "desk/media/")
 set(may_desk/services "desk/base/" "desk/imf/" "desk/media/" "desk/services/" "StratacutUI/")
-set(folders host/NvCore host/ViewDeckQt src/bridges src/images src/package src/model src/controller
-            src/manager desk/base desk/imf desk/media desk/services)
+set(folders host/NvCore host/ViewDeckQt src/bridges src/images src/package src/model src/controller src/manager
+            desk/base desk/imf desk/media desk/services)
 
 # owner_of(NAME VARIABLE): the folder of src/ that implements the public header of that name; empty for an interface
 # that the host implements.
 function(owner_of name result)
-  file(GLOB sources RELATIVE "${TOP}/src" "${TOP}/src/*/${name}.cpp")
+  # One implementation is fixed to a name without the underscore.
+  string(REPLACE "_" "" plain "${name}")
+  file(GLOB sources RELATIVE "${TOP}/src" "${TOP}/src/*/${name}.cpp" "${TOP}/src/*/${plain}.cpp")
+  list(REMOVE_DUPLICATES sources)
   get_filename_component(owner "${sources}" DIRECTORY)
   set(${result} "${owner}" PARENT_SCOPE)
 endfunction()

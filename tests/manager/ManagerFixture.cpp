@@ -135,6 +135,7 @@ void ManagerFixture::shoot(QWidget& widget, const QString& name)
     const QString folder = qEnvironmentVariable("STRATACUT_SHOTS");
     if (folder.isEmpty())
         return;
-    QTest::qWait(1);
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
     QVERIFY(widget.grab().save(folder + '/' + name + ".png"));
 }

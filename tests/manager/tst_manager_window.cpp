@@ -18,7 +18,6 @@
 
 using Model = IMF_PackageMgrQtModel;
 using support::FolderAnswer;
-using support::ModalAnswer;
 using ViewDeckQt::PWTextInput;
 
 namespace
@@ -106,7 +105,8 @@ private slots:
         f.newCpl(f.newImp(f.newDelivery("New")), "m");
         f.load("/d", "d", film());
         QModelIndex index;
-        for (const QString& row : path.split('/'))
+        const QStringList rows = path.split('/');
+        for (const QString& row : rows)
             index = f.model->index(row.toInt(), 0, index);
         f.click(index);
         QTEST(f.button("m_burn").isEnabled(), "enabled");

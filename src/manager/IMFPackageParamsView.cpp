@@ -1,3 +1,4 @@
+// Checks name this file as their source: it keeps its name without the underscore.
 #include "StratacutUI/IMF_PackageParamsView.h"
 
 #include "PanePalette.h"
