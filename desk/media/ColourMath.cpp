@@ -132,4 +132,14 @@ void ColourMatrix::apply(const std::array<std::uint16_t*, 3>& rows, int width) c
     }
 }
 
+void halveRow(const std::uint16_t* in, int width, std::vector<std::uint16_t>& out)
+{
+    out.resize(std::size_t(width + 1) / 2);
+    for (int x = 0; x < width; x += 2) {
+        const int left = in[std::max(0, x - 1)];
+        const int right = in[std::min(width - 1, x + 1)];
+        out[std::size_t(x) / 2] = std::uint16_t((left + 2 * in[x] + right + 2) >> 2);
+    }
+}
+
 } // namespace desk::media

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <vector>
 
 namespace desk::media
 {
@@ -42,5 +43,8 @@ private:
     std::array<float, 9> m_factors{};
     std::array<float, 3> m_offsets{};
 };
+
+/// Chroma of half the width, each sample on the left one of its pair.
+void halveRow(const std::uint16_t* in, int width, std::vector<std::uint16_t>& out);
 
 } // namespace desk::media

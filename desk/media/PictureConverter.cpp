@@ -164,17 +164,6 @@ void copyRow(const std::uint16_t* in, std::uint16_t* out, int width, int fromDep
         out[x] = std::uint16_t(std::min((in[x] + (1 << (shift - 1))) >> shift, most));
 }
 
-/// Chroma of half the width, each sample on the left one of its pair.
-void halveRow(const std::uint16_t* in, int width, std::vector<std::uint16_t>& out)
-{
-    out.resize(std::size_t(width + 1) / 2);
-    for (int x = 0; x < width; x += 2) {
-        const int left = in[std::max(0, x - 1)];
-        const int right = in[std::min(width - 1, x + 1)];
-        out[std::size_t(x) / 2] = std::uint16_t((left + 2 * in[x] + right + 2) >> 2);
-    }
-}
-
 AVPixelFormat planarFormat(int log2ChromaW, int depth)
 {
     struct Row {

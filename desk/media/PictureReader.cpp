@@ -2,6 +2,7 @@
 
 #include "desk/media/PictureConverter.h"
 #include "desk/media/PictureDecoder.h"
+#include "desk/media/PictureTurn.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -12,16 +13,20 @@ namespace desk::media
 class PictureReader::Private
 {
 public:
-    Private(const Sequence& sequence, const PictureTarget& target, DecoderThreads threads)
+    Private(const Sequence& sequence, const PictureTarget& wanted, DecoderThreads threads)
         : path(sequence.path),
           frames(sequence.frames),
+          target(wanted),
+          rotation(sequence.picture->rotation),
           decoder(path, *sequence.index, threads),
-          converter(target, sequence.picture->pixelAspect)
+          converter(rotation == 0 ? target : targetBeforeTurn(target, rotation), sequence.picture->pixelAspect)
     {
     }
 
     QString path;
     qint64 frames;
+    PictureTarget target;
+    int rotation;
     PictureDecoder decoder;
     PictureConverter converter;
 };
@@ -84,7 +89,7 @@ Result<Frame> PictureReader::read(qint64 number)
         error.item = QStringLiteral("picture");
         return error;
     }
-    return frame;
+    return d->rotation == 0 ? frame : turned(frame, d->target, d->rotation);
 }
 
 } // namespace desk::media

@@ -54,7 +54,7 @@ public:
     PictureReader& operator=(const PictureReader&) = delete;
 
     /// Frame `number`, 0 <= number < Sequence::frames. Fast for the next frame and a few on; any other is sought. The
-    /// picture keeps its shape: black fills what it leaves of the target. A picture that has the target's size,
+    /// picture is turned as the file asks for and keeps its shape: black fills what it leaves of the target. A picture that has the target's size,
     /// sampling, matrix and range keeps every sample, shifted where the depth differs. Where the file does not name
     /// its matrix, 720 lines and more are BT.709 and fewer BT.601.
     ///

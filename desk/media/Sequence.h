@@ -50,7 +50,8 @@ struct PictureTrackInfo {
     /// The file says that its frames are made of two fields, or its first frame does. Readers hand out whole frames
     /// as they are; nothing here takes the fields apart.
     bool interlaced = false;
-    /// Clockwise turn that the file asks a player for: 0, 90, 180 or 270. Readers do not turn the picture.
+    /// Clockwise turn that the file asks a player for: 0, 90, 180 or 270. Readers turn the picture so; width and height
+    /// are those of the coded one.
     int rotation = 0;
 
     /// The transfer is PQ or HLG. Readers convert the matrix and the range, never the transfer or the primaries.

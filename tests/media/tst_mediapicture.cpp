@@ -18,6 +18,8 @@ constexpr int total = 120;
 
 } // namespace
 
+Q_DECLARE_METATYPE(desk::media::PictureTarget)
+
 class TestMediaPicture : public QObject
 {
     Q_OBJECT
@@ -34,6 +36,8 @@ private slots:
     void coloursArriveInNarrowBt709();
     void theShapeOfThePictureIsKept_data();
     void theShapeOfThePictureIsKept();
+    void aTurnThatTheFileAsksForIsMade_data();
+    void aTurnThatTheFileAsksForIsMade();
     void aFrameOutsideTheSequenceIsRefused();
     void aFileThatChangedIsNotRead();
 
@@ -287,6 +291,42 @@ void TestMediaPicture::theShapeOfThePictureIsKept()
         }
     }
     QCOMPARE(white, covered);
+}
+
+void TestMediaPicture::aTurnThatTheFileAsksForIsMade_data()
+{
+    QTest::addColumn<int>("rotate");
+    QTest::addColumn<QString>("filter");
+    QTest::addColumn<PictureTarget>("target");
+    QTest::newRow("upside down") << 180 << "hflip,vflip" << PictureTarget{64, 36, 10, Sampling::YCbCr422};
+    QTest::newRow("to the left") << 90 << "transpose=cclock" << PictureTarget{36, 64, 10, Sampling::YCbCr422};
+    QTest::newRow("to the right") << 270 << "transpose=clock" << PictureTarget{36, 64, 12, Sampling::YCbCr444};
+}
+
+void TestMediaPicture::aTurnThatTheFileAsksForIsMade()
+{
+    QFETCH(int, rotate);
+    QFETCH(QString, filter);
+    QFETCH(PictureTarget, target);
+    QVERIFY(m_maker.ffmpeg(QStringLiteral("-f lavfi -i testsrc2=size=64x36:rate=24:d=0.1 -pix_fmt yuv444p10le "
+                                          "-color_primaries bt709 -color_trc bt709 -colorspace bt709 -color_range tv "
+                                          "-c:v ffv1 @lying.mov")));
+    QVERIFY(m_maker.ffmpeg(QStringLiteral("-i @lying.mov -c copy -metadata:s:v:0 rotate=%1 @turned.mov").arg(rotate)));
+    QVERIFY(m_maker.ffmpeg(QStringLiteral("-i @lying.mov -vf %1 -c:v ffv1 @standing.mov").arg(filter)));
+    std::array<Frame, 2> frames;
+    const char* const names[] = {"turned.mov", "standing.mov"};
+    for (std::size_t i = 0; i < 2; ++i) {
+        const auto sequence = openSequence(m_maker.path(QString::fromLatin1(names[i])));
+        QVERIFY2(sequence, qPrintable(sequence.ok() ? QString() : sequence.error().sentence()));
+        auto reader = PictureReader::open(*sequence, target);
+        QVERIFY(reader);
+        auto frame = (*reader)->read(1);
+        QVERIFY(frame);
+        frames[i] = std::move(*frame);
+    }
+    QCOMPARE(frames[0].number, qint64(1));
+    for (std::size_t plane = 0; plane < 3; ++plane)
+        QVERIFY2(frames[0].planes[plane] == frames[1].planes[plane], qPrintable(QString::number(plane)));
 }
 
 void TestMediaPicture::aFrameOutsideTheSequenceIsRefused()
