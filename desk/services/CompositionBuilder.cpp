@@ -29,14 +29,26 @@ imf::Sequence playWhole(imf::SequenceKind kind, const imf::TrackFileInfo& file, 
     return sequence;
 }
 
-std::optional<imf::CompositionTimecode> timecodeFrom(const QString& start, Rational rate)
+int nominal(Rational rate)
 {
+    return int(std::lround(rate.toDouble()));
+}
+
+/// At another rate the second stays and the frame within it is the one that starts there.
+std::optional<imf::CompositionTimecode> timecodeFrom(const WrittenTracks& tracks)
+{
+    const QString& start = tracks.startTimecode;
     if (start.isEmpty())
         return std::nullopt;
+    const Rational rate = tracks.picture.editRate;
     imf::CompositionTimecode timecode;
-    timecode.dropFrame = start.contains(QLatin1Char(';'));
-    timecode.rate = int(std::lround(rate.toDouble()));
+    timecode.rate = nominal(rate);
+    timecode.dropFrame = start.contains(QLatin1Char(';')) && rate.den == 1001 && timecode.rate % 30 == 0;
     timecode.start = QString(start).replace(QLatin1Char(';'), QLatin1Char(':'));
+    if (!tracks.sequenceRate.isValid() || tracks.sequenceRate == rate)
+        return timecode;
+    const int frame = start.rightRef(2).toInt() * timecode.rate / nominal(tracks.sequenceRate);
+    timecode.start.replace(timecode.start.size() - 2, 2, QStringLiteral("%1").arg(frame, 2, 10, QLatin1Char('0')));
     return timecode;
 }
 
@@ -76,7 +88,7 @@ imf::Composition buildComposition(const WrittenTracks& tracks, const QJsonObject
     composition.issueDate = QDateTime::currentDateTimeUtc();
     setTexts(composition, document);
     composition.editRate = tracks.picture.editRate;
-    composition.timecode = timecodeFrom(tracks.startTimecode, composition.editRate);
+    composition.timecode = timecodeFrom(tracks);
     composition.totalRunningTime = runningTime(tracks.picture.duration, composition.editRate);
     imf::Segment segment;
     segment.id = QUuid::createUuid();

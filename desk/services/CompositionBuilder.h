@@ -14,6 +14,8 @@ struct WrittenTracks {
     QVector<imf::TrackFileInfo> sounds;
     /// Of the sequence: "hh:mm:ss:ff", ";" before the frames for drop-frame; may be empty.
     QString startTimecode;
+    /// Of the sequence: what the frames of its timecode count.
+    Rational sequenceRate;
 };
 
 /// A composition of one segment over these tracks, with the texts of the CPL's document.

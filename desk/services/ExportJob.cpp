@@ -325,7 +325,7 @@ Status ExportJob::Work::writeAll()
         return soundFiles.error();
     if (!picture)
         return picture.error();
-    return hand({*picture, *soundFiles, sequence.startTimecode}, paths);
+    return hand({*picture, *soundFiles, sequence.startTimecode, sequence.frameRate}, paths);
 }
 
 ExportJob::ExportJob(const CompositionOrder& order, const std::atomic<bool>& cancelled, FrameWritten frameWritten)
