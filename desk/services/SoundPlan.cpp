@@ -147,12 +147,19 @@ QString trackName(int number)
     return QStringLiteral("IMF track A%1").arg(number);
 }
 
-/// Whether tracks can go one to one into a mode: their labels name just its channels, or none names a place.
+/// Whether tracks can go one to one into a mode: their labels name just its channels, or none names a place. What is
+/// spoken in different languages belongs to different mixes.
 bool fits(const media::Sequence& sequence, const QVector<int>& sources, const MixMode& mode)
 {
     QStringList places;
-    for (int source : sources)
+    QSet<QString> languages;
+    for (int source : sources) {
         places += placeOf(sequence.audio[source].label);
+        languages.insert(languageTag(sequence.audio[source].language));
+    }
+    languages.remove(QString());
+    if (languages.size() > 1)
+        return false;
     places.removeAll(QString());
     return places.isEmpty() ||
            QSet<QString>(places.begin(), places.end()) == QSet<QString>(mode.channels.begin(), mode.channels.end());

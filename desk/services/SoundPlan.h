@@ -32,9 +32,10 @@ struct SoundPlan {
 
 /// One plan for each row of the audio mapping. Without a mapping the mode of "Audio Mix" decides: tracks that have a
 /// place in it go unchanged into as many track files as they fill, the rest into files of smaller modes (eight tracks
-/// without labels and "5.1": one of 5.1 and one of stereo); fewer tracks than the mode has channels, and tracks with a
-/// place that it lacks, are mixed into one file of it. Empty for a sequence without sound. Fails, naming the row, for a
-/// mode that the output cannot make and for tracks that the sequence does not have.
+/// without labels and "5.1": one of 5.1 and one of stereo; two of different languages and "Stereo": two of mono); fewer
+/// tracks than the mode has channels, and tracks with a place that it lacks, are mixed into one file of it. Empty for a
+/// sequence without sound. Fails, naming the row, for a mode that the output cannot make and for tracks that the
+/// sequence does not have.
 Result<QVector<SoundPlan>> planSound(const media::Sequence& sequence, const OutputFormat& format);
 
 /// The mix mode that suits a number of tracks: "Mono" for one, "5.1" from six on, otherwise "Stereo".

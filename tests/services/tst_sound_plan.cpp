@@ -100,6 +100,18 @@ private slots:
         QCOMPARE(mixed(sequenceOf(labels), format), expected);
     }
 
+    void languagesAreNotMixedUnasked()
+    {
+        media::Sequence sequence = sequenceOf({"Mono", "Mono", "Mono", "Mono"});
+        sequence.audio[1].language = QStringLiteral("fra");
+        sequence.audio[2].language.clear();
+        OutputFormat format;
+        format.audioMix = QStringLiteral("Stereo");
+        QCOMPARE(mixed(sequence, format), QStringLiteral("sgM 100 | sgST 200 300 | sgM 400"));
+        format.mapping = {row(1, "Stereo", {1, 2})};
+        QCOMPARE(mixed(sequence, format), QStringLiteral("sgST 100 200"));
+    }
+
     void eachRowOfTheMappingBecomesATrackFile()
     {
         OutputFormat format;
