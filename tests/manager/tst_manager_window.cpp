@@ -209,6 +209,7 @@ private slots:
         QTest::newRow("on nothing") << 0 << "A";
         QTest::newRow("on a deliverable") << 1 << "A";
         QTest::newRow("on an IMP") << 2 << "A";
+        QTest::newRow("below the rows") << 3 << "A";
     }
 
     void aDropIsShownAndSelected()
@@ -223,7 +224,9 @@ private slots:
             index = f.newImp(index);
         f.tree().expandAll();
         std::unique_ptr<WhenOpened> answer;
-        if (target == 0)
+        if (target == 3)
+            index = {};
+        if (target == 0 || target == 3)
             answer = std::make_unique<WhenOpened>(WhenOpened::clicking("originalBtn"));
         f.withoutTester([&] { QVERIFY(f.drop({"a"}, index)); });
         QTEST(f.tree().currentIndex().data().toString(), "selected");
