@@ -3,7 +3,6 @@
 #include "desk/app/Host.h"
 #include "desk/app/window/DeskWindow.h"
 
-#include "ViewDeckQt/DecorationManager.h"
 #include "ViewDeckQt/ManagedMessageBox.h"
 
 #include <QApplication>
@@ -37,14 +36,13 @@ QList<QCommandLineOption> windowOptions()
 
 int runWindow(const QCommandLineParser& parser, const QStringList& arguments)
 {
-    QApplication::setStyle(ViewDeckQt::DecorationManager::style());
     Host host(parser.value(QStringLiteral("profile")));
     const Status claimed = host.claim();
     if (!claimed) {
         tellRefusal(claimed.error());
         return exitCode::failure;
     }
-    Palette::PaletteManager::Instance().setSkin(WindowSettings::load(host.profile().windowFile()).skin);
+    DeskWindow::prepareLook(host.profile());
     host.load();
     DeskWindow window(&host);
     window.show();

@@ -114,16 +114,21 @@ bool Hand::drag(QAbstractItemView* from, QAbstractItemView* to, const QModelInde
     const QPoint point = target.isValid()  ? to->visualRect(target).center()
                          : to->isVisible() ? place->rect().bottomLeft() + QPoint(20, -10)
                                            : place->rect().center();
-    QDragEnterEvent enter(point, Qt::MoveAction, data.get(), Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(place, &enter);
-    QDragMoveEvent move(point, Qt::MoveAction, data.get(), Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(place, &move);
-    if (!move.isAccepted())
+    return drop(place, *data, point, Qt::MoveAction);
+}
+
+bool Hand::drop(QWidget* widget, const QMimeData& data, const QPoint& place, Qt::DropAction action)
+{
+    QDragEnterEvent enter(place, action, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(widget, &enter);
+    QDragMoveEvent move(place, action, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(widget, &move);
+    QDropEvent dropped(place, action, &data, Qt::LeftButton, Qt::NoModifier);
+    if (!enter.isAccepted())
         return false;
-    QDropEvent drop(point, Qt::MoveAction, data.get(), Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(place, &drop);
+    QApplication::sendEvent(widget, &dropped);
     QApplication::processEvents();
-    return drop.isAccepted();
+    return dropped.isAccepted();
 }
 
 void Hand::whenOpen(const std::function<void(QWidget*)>& act)

@@ -8,6 +8,7 @@
 #include <functional>
 
 class QAbstractItemView;
+class QMimeData;
 class QWidget;
 
 namespace desk::app
@@ -33,6 +34,8 @@ public:
     /// display hands no drags on between widgets: the events that a drag ends in are sent as they would come.
     /// @return whether the target took it.
     static bool drag(QAbstractItemView* from, QAbstractItemView* to, const QModelIndex& target);
+    /// The same with data from elsewhere.
+    static bool drop(QWidget* widget, const QMimeData& data, const QPoint& place, Qt::DropAction action);
     /// Does something as soon as a menu or a dialog is open, which the next call is about to open.
     static void whenOpen(const std::function<void(QWidget*)>& act);
 

@@ -13,7 +13,6 @@
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
-#include <QDropEvent>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMenu>
@@ -61,8 +60,12 @@ Status Walk::open()
     if (!claimed)
         return claimed;
     watchForSurprises();
+    DeskWindow::prepareLook(m_host->profile());
     m_host->load();
     m_host->output().setDefaultFolder(m_request.folder);
+    QDir().mkpath(cinemaFolder());
+    // Dialogs open where the work is.
+    QDir::setCurrent(m_request.folder);
     m_window = std::make_unique<DeskWindow>(m_host.get());
     m_window->show();
     QApplication::setActiveWindow(m_window.get());
@@ -114,6 +117,12 @@ Status Walk::work()
                       &Walk::refuseToForget, &Walk::quit});
 }
 
+/// The place that is chosen for the delivery.
+QString Walk::cinemaFolder() const
+{
+    return m_request.folder + QStringLiteral("/Cinema");
+}
+
 QModelIndex Walk::delivery(int row) const
 {
     return m_host->model().index(row, 0);
@@ -160,8 +169,7 @@ Status Walk::fillBin()
 {
     QMimeData files;
     files.setUrls({QUrl::fromLocalFile(m_request.media)});
-    QDropEvent drop(m_window->bin().rect().center(), Qt::CopyAction, &files, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(&m_window->bin(), &drop);
+    Hand::drop(&m_window->bin(), files, m_window->bin().rect().center(), Qt::CopyAction);
     const QAbstractItemModel* bin = m_window->bin().view().model();
     const bool added = Hand::waitFor(
         [bin] { return bin->rowCount() == 1 && !bin->index(0, 0).data(Qt::DecorationRole).value<QImage>().isNull(); });
@@ -215,11 +223,11 @@ Status Walk::chooseFolder()
 {
     Hand::whenOpen([this](QWidget* dialog) {
         (void)m_hand->shoot(QStringLiteral("choose-folder"));
-        chooseIn(dialog, m_request.folder);
+        chooseIn(dialog, cinemaFolder());
     });
     m_window->action(QStringLiteral("chooseFolder"))->trigger();
-    Status chosen =
-        expect(delivery(0).data(Model::PathRole).toString() == m_request.folder, QStringLiteral("choosing the folder"));
+    Status chosen = expect(delivery(0).data(Model::PathRole) == cinemaFolder() + QLatin1Char('/') + deliveryName,
+                           QStringLiteral("choosing the folder"));
     return chosen ? m_hand->shoot(QStringLiteral("delivery")) : chosen;
 }
 

@@ -58,6 +58,7 @@ private:
     Status refuseToForget();
     Status quit();
 
+    QString cinemaFolder() const;
     QModelIndex delivery(int row) const;
     QModelIndex composition(int row) const;
     Status expect(bool held, const QString& what) const;

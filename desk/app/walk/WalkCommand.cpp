@@ -4,8 +4,6 @@
 #include "desk/app/walk/Walk.h"
 #include "desk/app/window/DeskWindow.h"
 
-#include "ViewDeckQt/DecorationManager.h"
-
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
@@ -59,7 +57,9 @@ int runWalk(const QCommandLineParser& parser, const QStringList& media)
         console::error(QStringLiteral("name one media file, and with --to where the delivery is to be made"));
         return exitCode::usage;
     }
-    QApplication::setStyle(ViewDeckQt::DecorationManager::style());
+    // Without a desktop nobody says which font to take, and the pictures are to be the same everywhere.
+    if (QGuiApplication::platformName() == QLatin1String("offscreen"))
+        QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 10));
     // The last window of the first half closes long before the program ends.
     QApplication::setQuitOnLastWindowClosed(false);
     Walk walk(request);

@@ -100,10 +100,10 @@ void BinPane::createWidgets(BinModel* model)
     m_view = new BinView;
     m_view->setModel(model);
     m_stack = new QStackedWidget;
-    m_add = new ViewDeckQt::StyledButton(QStringLiteral("Add &Media"));
+    m_add = new ViewDeckQt::StyledButton(QStringLiteral("Add Media"));
     m_add->setObjectName(QStringLiteral("m_addMedia"));
     m_add->setToolTip(QStringLiteral("Choose media files for the bin"));
-    m_use = new ViewDeckQt::StyledButton(QStringLiteral("Add to &Package"));
+    m_use = new ViewDeckQt::StyledButton(QStringLiteral("Add to Package"));
     m_use->setObjectName(QStringLiteral("m_addToPackage"));
     m_use->setToolTip(QStringLiteral("Make a composition of each selected sequence in the selected package"));
     m_remove = new ViewDeckQt::StyledButton(QStringLiteral("Remove"));
@@ -121,8 +121,8 @@ QWidget* BinPane::createInvitation()
     page->setAutoFillBackground(true);
     page->setBackgroundRole(QPalette::Base);
     auto* layout = new QVBoxLayout(page);
-    layout->addWidget(invitation(QStringLiteral("Drop media files here\nor choose them with Add Media.\n\n"
-                                                "Then drag a sequence\nonto a package.")));
+    layout->addWidget(invitation(QStringLiteral("Drop media files here or click Add Media\n\n"
+                                                "Then drag a sequence onto a package")));
     return page;
 }
 

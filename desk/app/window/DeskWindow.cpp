@@ -3,6 +3,7 @@
 #include "StratacutUI/IMF_Controller.h"
 #include "StratacutUI/IMF_ManagerWindow.h"
 #include "StratacutUI/IMF_TreeView.h"
+#include "ViewDeckQt/DecorationManager.h"
 #include "desk/app/Host.h"
 #include "desk/app/window/BinModel.h"
 #include "desk/app/window/BinPane.h"
@@ -36,6 +37,12 @@ QSplitter* splitter(const char* name, Qt::Orientation orientation, const QList<Q
 }
 } // namespace
 
+void DeskWindow::prepareLook(const services::Profile& profile)
+{
+    QApplication::setStyle(ViewDeckQt::DecorationManager::style());
+    Palette::PaletteManager::Instance().setSkin(WindowSettings::load(profile.windowFile()).skin);
+}
+
 DeskWindow::DeskWindow(Host* host)
     : ManagedWindow(static_cast<QWidget&>(*this)),
       m_host(host),
@@ -43,7 +50,6 @@ DeskWindow::DeskWindow(Host* host)
 {
     setObjectName(QStringLiteral("DeskWindow"));
     setManagedTitle(NvText("Stratacut Desk"));
-    Palette::PaletteManager::Instance().setSkin(m_settings.skin);
     createWidgets();
     layOut();
     createActions();

@@ -16,6 +16,11 @@ class QActionGroup;
 class QLabel;
 class QSplitter;
 
+namespace desk::services
+{
+class Profile;
+}
+
 namespace desk::app
 {
 
@@ -33,6 +38,10 @@ class DeskWindow : public QMainWindow, public ViewDeckQt::ManagedWindow
     Q_OBJECT
 
 public:
+    /// Gives the program the look that the profile was left with. Before the host is loaded: the package manager's
+    /// model draws its images once.
+    static void prepareLook(const services::Profile& profile);
+
     /// The host must be loaded and outlive the window.
     explicit DeskWindow(Host* host);
     ~DeskWindow() override;

@@ -205,7 +205,7 @@ void JobPane::layOut()
     area->setWidgetResizable(true);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setWidget(page);
-    auto* empty = invitation(QStringLiteral("Exports appear here, with their progress and their folder."));
+    auto* empty = invitation(QStringLiteral("Exports appear here, with their progress and their folder"));
     empty->setAutoFillBackground(true);
     empty->setBackgroundRole(QPalette::Base);
     m_stack = new QStackedWidget;

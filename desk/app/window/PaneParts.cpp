@@ -22,6 +22,8 @@ QColor quietColor(const QPalette& palette)
 QuietLabel::QuietLabel(const QString& text, QWidget* parent) : QLabel(text, parent)
 {
     setTextFormat(Qt::PlainText);
+    // Also where the background is that of a list.
+    setForegroundRole(QPalette::WindowText);
     useQuietColor();
 }
 
