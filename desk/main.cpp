@@ -43,18 +43,24 @@ int usageError(const QString& text)
     return exitCode::usage;
 }
 
+/// Without the first line of the parser, which names the program by the path that the caller has taken.
+QString helpOf(const Command& command, const QCommandLineParser& parser)
+{
+    return QStringLiteral("Usage: stratacut-desk %1 %2 [OPTIONS]\n%3.\n\n%4\n%5")
+        .arg(command.name, command.arguments, command.summary,
+             parser.helpText().section(QLatin1Char('\n'), 2).trimmed(), QLatin1Char('\n') + QLatin1String(exitCodes));
+}
+
 int runCommand(const Command& command, const QStringList& arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("%1 %2: %3.\n\n%4").arg(command.name, command.arguments, command.summary, exitCodes));
     const QCommandLineOption help({"h", "help"}, "Shows this text.");
     parser.addOption(help);
     parser.addOptions(command.options());
     if (!parser.parse(QStringList{QStringLiteral("stratacut-desk ") + command.name} + arguments))
         return usageError(parser.errorText());
     if (parser.isSet(help)) {
-        console::out(parser.helpText());
+        console::out(helpOf(command, parser));
         return exitCode::success;
     }
     return command.run(parser, parser.positionalArguments());

@@ -2,6 +2,7 @@
 #include "desk/app/Console.h"
 
 #include "StratacutUI/ImfDict.h"
+#include "desk/imf/package/Folder.h"
 #include "desk/imf/package/Verifier.h"
 #include "desk/services/MediaLibrary.h"
 #include "desk/services/PackageOutput.h"
@@ -110,7 +111,7 @@ QList<QCommandLineOption> showOptions()
 
 int runShow(const QCommandLineParser& parser, const QStringList& arguments)
 {
-    if (arguments.size() != 1)
+    if (arguments.size() != 1 || arguments.first().isEmpty())
         return oneFolderWanted();
     services::MediaLibrary library;
     services::PackageOutput output(&library);
@@ -169,7 +170,7 @@ bool showHashing(qint64 done, qint64 total)
 
 int runVerify(const QCommandLineParser& parser, const QStringList& arguments)
 {
-    if (arguments.size() != 1)
+    if (arguments.size() != 1 || arguments.first().isEmpty())
         return oneFolderWanted();
     QVector<imf::Delivery> others;
     const QStringList folders = parser.values(QStringLiteral("with"));
@@ -180,6 +181,11 @@ int runVerify(const QCommandLineParser& parser, const QStringList& arguments)
             return exitCode::failure;
         }
         others += *other;
+    }
+    const Status there = imf::checkFolder(arguments.first());
+    if (!there) {
+        console::error(there.error().sentence());
+        return exitCode::failure;
     }
     imf::VerifyOptions options;
     options.progress = showHashing;
@@ -192,11 +198,10 @@ int runVerify(const QCommandLineParser& parser, const QStringList& arguments)
     const QVector<imf::Finding> findings = imf::verifyDelivery(arguments.first(), options);
     for (const imf::Finding& finding : findings)
         printFinding(finding);
-    if (imf::hasErrors(findings))
-        return exitCode::findings;
-    console::out(QDir(arguments.first()).absolutePath() +
-                 (findings.isEmpty() ? QStringLiteral(": clean") : QStringLiteral(": no errors")));
-    return exitCode::success;
+    const bool hasErrors = imf::hasErrors(findings);
+    const char* const verdict = findings.isEmpty() ? "clean" : hasErrors ? "not clean" : "no errors";
+    console::out(QDir(arguments.first()).absolutePath() + QStringLiteral(": ") + QLatin1String(verdict));
+    return hasErrors ? exitCode::findings : exitCode::success;
 }
 
 } // namespace desk::app

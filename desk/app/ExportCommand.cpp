@@ -50,7 +50,7 @@ int runExport(const QCommandLineParser& parser, const QStringList& arguments)
     request.profile = parser.value(QStringLiteral("profile"));
     if (parser.isSet(QStringLiteral("pad")))
         request.padding = services::Padding::BlackAndSilence;
-    if (request.media.isEmpty())
+    if (request.media.isEmpty() || request.media.contains(QString()))
         return wrong(QStringLiteral("name at least one media file"));
     if (request.folder.isEmpty())
         return wrong(QStringLiteral("say with --to where the delivery is to be made"));

@@ -4,6 +4,7 @@
 
 #include "StratacutUI/IMF_Bridges.h"
 #include "StratacutUI/IMF_Controller.h"
+#include "StratacutUI/IMF_DataParser.h"
 #include "StratacutUI/ImfDict.h"
 #include "ViewDeckQt/ManagedMessageBox.h"
 #include "desk/media/Sequence.h"
@@ -33,6 +34,17 @@ std::atomic<bool> interrupted{false};
 void onInterrupt(int)
 {
     interrupted = true;
+}
+
+/// Whatever ends the terminal ends the export in order, unless the user has asked for more (nohup). Nobody listening to
+/// the progress is no reason to end.
+void catchSignals()
+{
+    std::signal(SIGINT, onInterrupt);
+    std::signal(SIGTERM, onInterrupt);
+    if (std::signal(SIGHUP, onInterrupt) == SIG_IGN)
+        std::signal(SIGHUP, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 Error said(const QStringList& messages)
@@ -70,6 +82,17 @@ const QStringList& textKeys()
                                   ImfDict::Annotation,   ImfDict::ContentOriginator,
                                   ImfDict::ContentTitle, ImfDict::ContentKind};
     return keys;
+}
+
+Error settingError(const QString& key, const QString& what, const QString& next)
+{
+    return {{}, QStringLiteral("--set ") + key, {}, what, next};
+}
+
+Error notOffered(const QPair<QString, QString>& setting, const QStringList& choices)
+{
+    return settingError(setting.first, QStringLiteral("the output does not offer \"%1\"").arg(setting.second),
+                        QStringLiteral("choose one of \"%1\"").arg(choices.join(QStringLiteral("\", \""))));
 }
 
 /// A setting stands behind those that its choices depend on.
@@ -132,6 +155,7 @@ Status ExportSession::installHost()
             [this](const QByteArray&, const services::ExportProgress& progress) { showProgress(progress); });
     auto settings =
         std::make_unique<services::SettingsStorage>(m_request.profile.isEmpty() ? QString() : m_profile.settingsFile());
+    m_settings = settings.get();
     tell(settings->takeNotices());
     m_model = std::make_unique<IMF_PackageMgrQtModel>();
     m_output.follow(m_model.get());
@@ -141,14 +165,32 @@ Status ExportSession::installHost()
     return {};
 }
 
+Status ExportSession::makeFolder()
+{
+    QString there = m_request.folder;
+    for (; !QFileInfo::exists(there) && there.size() > 1; there = QFileInfo(there).path())
+        m_madeFolders += there;
+    const bool isBlocked = !QFileInfo(there).isDir();
+    if (!isBlocked && QDir().mkpath(m_request.folder))
+        return {};
+    return Error{m_request.folder,
+                 {},
+                 {},
+                 isBlocked ? QStringLiteral("the folder cannot be made, for %1 is no folder").arg(there)
+                           : QStringLiteral("the folder cannot be made"),
+                 QStringLiteral("choose a place that you may write to")};
+}
+
+void ExportSession::removeMadeFolders() const
+{
+    for (const QString& folder : m_madeFolders) {
+        if (!QDir().rmdir(folder))
+            return;
+    }
+}
+
 Status ExportSession::createDelivery()
 {
-    if (!QDir().mkpath(m_request.folder))
-        return Error{m_request.folder,
-                     {},
-                     {},
-                     QStringLiteral("the folder cannot be made"),
-                     QStringLiteral("choose a place that you may write to")};
     const int before = m_model->rowCount();
     QString name = m_request.deliveryName;
     if (name.isEmpty())
@@ -178,6 +220,18 @@ void ExportSession::write(const QModelIndex& index, const char* key, const QStri
                      IMF_PackageMgrQtModel::MetadataRole);
 }
 
+Status ExportSession::checkTexts() const
+{
+    QStringList kinds = ImfDict::contentKindLabels();
+    for (const QString& label : ImfDict::contentKindLabels())
+        kinds += ImfDict::contentKindCode(label);
+    for (const auto& setting : m_request.settings) {
+        if (setting.first == QLatin1String(ImfDict::ContentKind) && !kinds.contains(setting.second))
+            return notOffered(setting, ImfDict::contentKindLabels().mid(1));
+    }
+    return {};
+}
+
 Status ExportSession::applyTexts()
 {
     QVector<QPair<QString, QString>> texts;
@@ -203,12 +257,17 @@ Status ExportSession::applyTexts()
 Status ExportSession::applyToComposition(const QModelIndex& cpl, const QPair<QString, QString>& setting)
 {
     const auto fail = [&setting](const QString& what, const QString& next) {
-        return Error{{}, QStringLiteral("--set ") + setting.first, {}, what, next};
+        return settingError(setting.first, what, next);
     };
     if (setting.first == QLatin1String(ImfDict::MultipleAudioMix)) {
         const QJsonDocument mix = QJsonDocument::fromJson(setting.second.toUtf8());
         if (!mix.isObject())
             return fail(QStringLiteral("the value is no JSON object"), QStringLiteral("give a multi-mix document"));
+        if (!JSON::VerifyMultiMix(mix.object(), false))
+            return fail(QStringLiteral("the value is no multi-mix document"),
+                        QStringLiteral("give the lists \"%1\", \"%2\" and \"%3\"")
+                            .arg(QLatin1String(ImfDict::AudioMapping), QLatin1String(ImfDict::TrackGroups),
+                                 QLatin1String(ImfDict::AllActiveTracks)));
         m_model->setData(cpl, mix.object(), IMF_PackageMgrQtModel::MultiMixRole);
         return {};
     }
@@ -221,15 +280,16 @@ Status ExportSession::applyToComposition(const QModelIndex& cpl, const QPair<QSt
         if (!choices.contains(setting.second)) {
             QStringList names;
             for (const QJsonValue& choice : choices)
-                names += QLatin1Char('"') + choice.toString() + QLatin1Char('"');
-            return fail(QStringLiteral("the output does not offer \"%1\"").arg(setting.second),
-                        QStringLiteral("choose one of %1").arg(names.join(QStringLiteral(", "))));
+                names += choice.toString();
+            return notOffered(setting, names);
         }
         write(cpl, setting.first.toLatin1(), setting.second);
         return {};
     }
     return fail(QStringLiteral("there is no such parameter"),
-                QStringLiteral("choose one of %1").arg((services::OutputFormat::keys() + textKeys()).join(", ")));
+                QStringLiteral("choose one of %1")
+                    .arg((services::OutputFormat::keys() + QStringList{ImfDict::MultipleAudioMix} + textKeys())
+                             .join(QStringLiteral(", "))));
 }
 
 Status ExportSession::applySettings()
@@ -279,8 +339,7 @@ int ExportSession::commit()
         if (!m_messages.isEmpty())
             loop.quit();
     });
-    std::signal(SIGINT, onInterrupt);
-    std::signal(SIGTERM, onInterrupt);
+    catchSignals();
     watch.start(50);
     m_model->getIMFController()->onCommit({delivery()});
     if (m_messages.isEmpty())
@@ -293,22 +352,31 @@ int ExportSession::commit()
     return exitCode::success;
 }
 
+void ExportSession::saveState()
+{
+    if (m_request.profile.isEmpty())
+        return;
+    m_model->getIMFController()->onSaveSettings();
+    tell(m_settings->takeNotices());
+}
+
 int ExportSession::run()
 {
-    for (const auto step :
-         {&ExportSession::openMedia, &ExportSession::installHost, &ExportSession::createDelivery,
-          &ExportSession::createCompositions, &ExportSession::applyTexts, &ExportSession::applySettings}) {
-        const Status done = (this->*step)();
-        if (!done) {
-            console::error(worded(done.error()));
-            return exitCode::failure;
-        }
+    Status done = checkTexts();
+    for (const auto step : {&ExportSession::openMedia, &ExportSession::installHost, &ExportSession::makeFolder,
+                            &ExportSession::createDelivery, &ExportSession::createCompositions,
+                            &ExportSession::applyTexts, &ExportSession::applySettings}) {
+        if (done)
+            done = (this->*step)();
     }
-    const int code = commit();
-    if (code != exitCode::success)
+    if (!done)
+        console::error(worded(done.error()));
+    const int code = done ? commit() : exitCode::failure;
+    if (code != exitCode::success) {
+        removeMadeFolders();
         return code;
-    if (!m_request.profile.isEmpty())
-        m_model->getIMFController()->onSaveSettings();
+    }
+    saveState();
     console::out(delivery().data(IMF_PackageMgrQtModel::PathRole).toString());
     return code;
 }

@@ -13,6 +13,11 @@
 
 #include <memory>
 
+namespace desk::services
+{
+class SettingsStorage;
+}
+
 namespace desk::app
 {
 
@@ -49,13 +54,18 @@ public:
 private:
     Status openMedia();
     Status installHost();
+    Status makeFolder();
     Status createDelivery();
     Status createCompositions();
+    Status checkTexts() const;
     Status applyTexts();
     Status applySettings();
     Status applyToComposition(const QModelIndex& cpl, const QPair<QString, QString>& setting);
     int commit();
     void showProgress(const services::ExportProgress& progress);
+    /// Folders that this export has made and that hold nothing go again.
+    void removeMadeFolders() const;
+    void saveState();
     void tell(const QStringList& notices) const;
     void write(const QModelIndex& index, const char* key, const QString& value);
 
@@ -68,9 +78,13 @@ private:
     services::MediaLibrary m_library;
     services::PackageOutput m_output;
     std::unique_ptr<IMF_PackageMgrQtModel> m_model;
+    /// Owned by the model's controller.
+    services::SettingsStorage* m_settings = nullptr;
     QStringList m_sequences;
     /// What message boxes have said.
     QStringList m_messages;
+    /// Inner ones first.
+    QStringList m_madeFolders;
     bool m_cancelled = false;
     QElapsedTimer m_sinceLine;
 };

@@ -104,7 +104,6 @@ private slots:
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<int>("code");
-        QTest::newRow("nothing") << QStringList() << 2;
         QTest::newRow("unknown command") << QStringList{"frobnicate"} << 2;
         QTest::newRow("no media") << QStringList{"export", "--to", "/tmp"} << 2;
         QTest::newRow("no folder") << QStringList{"export", "a.mov"} << 2;
@@ -113,6 +112,11 @@ private slots:
         QTest::newRow("two folders") << QStringList{"verify", "/a", "/b"} << 2;
         QTest::newRow("no delivery") << QStringList{"show", "/proc"} << 1;
         QTest::newRow("nothing to verify") << QStringList{"verify", "/proc"} << 3;
+        QTest::newRow("no folder to verify") << QStringList{"verify", "/nowhere"} << 1;
+        QTest::newRow("a file to verify") << QStringList{"verify", "/proc/version"} << 1;
+        QTest::newRow("a file to show") << QStringList{"show", "/proc/version"} << 1;
+        QTest::newRow("an empty name") << QStringList{"show", ""} << 2;
+        QTest::newRow("an empty name of media") << QStringList{"export", "", "--to", "/tmp"} << 2;
         QTest::newRow("help") << QStringList{"export", "--help"} << 0;
         QTest::newRow("version") << QStringList{"--version"} << 0;
     }
@@ -124,6 +128,17 @@ private slots:
         const auto run = support::desk(arguments);
         QCOMPARE(run.exitCode, code);
         QVERIFY(!(run.errors + run.output).isEmpty());
+        if (code == 1)
+            QVERIFY2(run.errors.contains(arguments.last() + ": ") && run.errors.contains("; "), qPrintable(run.errors));
+        // The name under which a user types it, not the place where it lies.
+        QVERIFY2(!(run.errors + run.output).contains(QStringLiteral(STRATACUT_DESK)), qPrintable(run.output));
+    }
+
+    void aWindowWithoutADisplayIsRefused()
+    {
+        const auto run = support::desk({}, {"env", "-u", "QT_QPA_PLATFORM", "-u", "DISPLAY", "-u", "WAYLAND_DISPLAY"});
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY2(run.errors.contains(QLatin1String("display")), qPrintable(run.errors));
     }
 
     void aParameterThatIsNotOfferedNamesTheChoices_data()
@@ -136,15 +151,21 @@ private slots:
                              << "Frame Rate";
         QTest::newRow("mix") << "Multiple Audio Mix=x"
                              << "multi-mix";
+        QTest::newRow("object that is no mix") << "Multiple Audio Mix={\"Audio Mapping\":[{\"x\":1}]}"
+                                               << "multi-mix";
+        QTest::newRow("content kind") << "ContentKind=novel"
+                                      << "\"Trailer - TLR\"";
     }
 
     void aParameterThatIsNotOfferedNamesTheChoices()
     {
         QFETCH(QString, setting);
         QFETCH(QString, choice);
-        const auto run = support::desk({"export", clip(), "--to", m_folder->path(), "--set", setting});
+        const auto run =
+            support::desk({"export", clip(), "--to", path(QStringLiteral("deep/below")), "--set", setting});
         QCOMPARE(run.exitCode, 1);
         QVERIFY2(run.errors.contains(choice), qPrintable(run.errors));
+        QVERIFY(!QFileInfo::exists(path(QStringLiteral("deep"))));
     }
 
     void aFolderThatIsThereIsLeftAlone()
@@ -206,14 +227,44 @@ private slots:
         QVERIFY(!::desk::imf::isDelivery(path(QStringLiteral("out/made"))));
     }
 
+    void anInterruptCancelsAndCleansUp_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("Ctrl-C") << SIGINT;
+        QTest::newRow("the terminal is closed") << SIGHUP;
+    }
+
     void anInterruptCancelsAndCleansUp()
     {
+        QFETCH(int, signal);
         Clip longer;
         longer.frames = 24;
         const QStringList arguments{"export", clip(longer), "--to", path(QStringLiteral("out")), "--name", "made"};
-        const int code = interrupted(arguments, [](QProcess& process) { ::kill(pid_t(process.processId()), SIGINT); });
+        const int code =
+            interrupted(arguments, [signal](QProcess& process) { ::kill(pid_t(process.processId()), signal); });
         QCOMPARE(code, 130);
-        QVERIFY(!QFileInfo::exists(path(QStringLiteral("out/made"))));
+        QVERIFY(!QFileInfo::exists(path(QStringLiteral("out"))));
+    }
+
+    void nobodyNeedsToReadTheProgress()
+    {
+        Clip longer;
+        longer.frames = 12;
+        const QStringList arguments{"export", clip(longer), "--to", path(QStringLiteral("out")), "--name", "made"};
+        const int code =
+            interrupted(arguments, [](QProcess& process) { process.closeReadChannel(QProcess::StandardError); });
+        QCOMPARE(code, 0);
+        QVERIFY(::desk::imf::verifyDelivery(path(QStringLiteral("out/made"))).isEmpty());
+    }
+
+    void savedStateThatCannotBeKeptIsTold()
+    {
+        const QString profile = write(QStringLiteral("profile"), "a file");
+        const auto run =
+            support::desk({"export", clip(), "--to", m_folder->path(), "--name", "made", "--profile", profile});
+        QCOMPARE(run.exitCode, 0);
+        for (const char* file : {"/bin.json", "/packages.json"})
+            QVERIFY2(run.errors.contains(profile + QLatin1String(file)), qPrintable(run.errors));
     }
 
     void aKilledExportLeavesAWholeDeliveryOrNone()

@@ -60,12 +60,9 @@ private:
     Status readMap()
     {
         const QString& folder = m_delivery.folder;
-        if (!QFileInfo(folder).isDir())
-            return Error{folder,
-                         {},
-                         {},
-                         QStringLiteral("the folder is not there"),
-                         QStringLiteral("connect its disk or choose another folder")};
+        const Status there = checkFolder(folder);
+        if (!there)
+            return there;
         const QString file = folder + QLatin1Char('/') + QLatin1String(fileName::assetMap);
         if (!QFileInfo::exists(file))
             return Error{folder,

@@ -40,6 +40,27 @@ QString canonicalFolder(const QString& folder)
     return resolved.isEmpty() ? clean : QDir::cleanPath(resolved + clean.mid(existing.size()));
 }
 
+Status checkFolder(const QString& folder)
+{
+    const QFileInfo facts(folder);
+    if (facts.isDir())
+        return {};
+    if (folder.isEmpty())
+        return Error{
+            {}, {}, {}, QStringLiteral("no folder is named"), QStringLiteral("name the folder of an IMF delivery")};
+    if (facts.exists())
+        return Error{folder,
+                     {},
+                     {},
+                     QStringLiteral("this is a file and no folder"),
+                     QStringLiteral("choose the folder of an IMF delivery")};
+    return Error{folder,
+                 {},
+                 {},
+                 QStringLiteral("the folder is not there"),
+                 QStringLiteral("connect its disk or choose another folder")};
+}
+
 Result<QString> mappedFile(const QString& folder, const QString& path)
 {
     const QString map = folder + QLatin1Char('/') + QLatin1String(fileName::assetMap);

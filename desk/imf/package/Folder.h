@@ -21,6 +21,9 @@ QString trackFile(const QUuid& id);
 /// Absolute, with every symbolic link on the way resolved as far as the path exists, without a slash at its end.
 QString canonicalFolder(const QString& folder);
 
+/// Fails where there is no such folder.
+Status checkFolder(const QString& folder);
+
 /// Absolute path of a mapped file, whether it exists or not. Refuses paths that the standard does not allow and those
 /// that lead out of the folder over a symbolic link.
 Result<QString> mappedFile(const QString& folder, const QString& path);
