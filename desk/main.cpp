@@ -15,6 +15,20 @@ namespace
 const Command commands[] = {
     {"window", "[MEDIA...]", "open the desk's window, with the media in its bin; also without any command",
      windowOptions, runWindow},
+    {"list", "[ITEM...]", "show the packages of the profile, with the numbers that other commands take", listOptions,
+     runList},
+    {"bin", "[MEDIA...]", "put media into the bin, and show what it holds", binOptions, runBin},
+    {"new", "original|supplemental|imp NAME", "make a delivery with an IMP, or a further IMP", newOptions, runNew},
+    {"add", "ITEM MEDIA...", "make a composition of each sequence, in an IMP or in a new IMP of a delivery",
+     itemOptions, runAdd},
+    {"rename", "ITEM NAME", "give an item that is not written another name", itemOptions, runRename},
+    {"set", "ITEM KEY=VALUE...", "set texts and parameters of an item", itemOptions, runSet},
+    {"folder", "ITEM FOLDER", "choose the folder in which a delivery will be written", itemOptions, runFolder},
+    {"remove", "ITEM", "remove an item that is not written, or forget a delivery; its files stay", itemOptions,
+     runRemove},
+    {"refresh", "", "read every written delivery again", itemOptions, runRefresh},
+    {"explore", "FOLDER...", "link to deliveries that are there already", itemOptions, runExplore},
+    {"commit", "ITEM", "write a delivery, or a new IMP of one", commitOptions, runCommit},
     {"export", "MEDIA... --to FOLDER", "write media files as an IMF package", exportOptions, runExport},
     {"walk", "MEDIA --to FOLDER", "use the window by itself, from the first start to a written delivery", walkOptions,
      runWalk},
@@ -30,9 +44,12 @@ QString overview()
     QString text = QStringLiteral("Usage: stratacut-desk [COMMAND] [OPTIONS]\n\nCommands:\n");
     for (const Command& command : commands)
         text += QStringLiteral("  %1 %2\n      %3\n").arg(command.name, command.arguments, command.summary);
-    text += QStringLiteral("\nOptions:\n  --help     show this text; after a command, that of the command\n"
-                           "  --version  show the version\n\n%1")
-                .arg(exitCodes);
+    text +=
+        QStringLiteral("\nITEM is a number (1.2.1) or a path of names (Harbour/Main/Reel 1) as \"list\" shows them.\n"
+                       "Packages, bin and window are kept in your profile; --profile DIR takes another one.\n"
+                       "\nOptions:\n  --help     show this text; after a command, that of the command\n"
+                       "  --version  show the version\n\n%1")
+            .arg(exitCodes);
     return text;
 }
 

@@ -29,6 +29,29 @@ QList<QCommandLineOption> windowOptions();
 int runWindow(const QCommandLineParser& parser, const QStringList& media);
 QList<QCommandLineOption> walkOptions();
 int runWalk(const QCommandLineParser& parser, const QStringList& media);
+
+// Commands on saved state. ITEM is a number or a path of names as "list" shows them.
+
+QList<QCommandLineOption> listOptions();
+int runList(const QCommandLineParser& parser, const QStringList& items);
+QList<QCommandLineOption> binOptions();
+int runBin(const QCommandLineParser& parser, const QStringList& media);
+QList<QCommandLineOption> newOptions();
+int runNew(const QCommandLineParser& parser, const QStringList& arguments);
+/// Those of the commands that have no option of their own.
+QList<QCommandLineOption> itemOptions();
+int runAdd(const QCommandLineParser& parser, const QStringList& arguments);
+int runRename(const QCommandLineParser& parser, const QStringList& arguments);
+int runSet(const QCommandLineParser& parser, const QStringList& arguments);
+int runFolder(const QCommandLineParser& parser, const QStringList& arguments);
+int runRemove(const QCommandLineParser& parser, const QStringList& arguments);
+int runRefresh(const QCommandLineParser& parser, const QStringList& arguments);
+int runExplore(const QCommandLineParser& parser, const QStringList& arguments);
+QList<QCommandLineOption> commitOptions();
+int runCommit(const QCommandLineParser& parser, const QStringList& arguments);
+
+// Commands that need no saved state.
+
 QList<QCommandLineOption> exportOptions();
 int runExport(const QCommandLineParser& parser, const QStringList& arguments);
 QList<QCommandLineOption> showOptions();

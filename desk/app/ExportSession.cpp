@@ -1,10 +1,11 @@
 #include "desk/app/ExportSession.h"
 
+#include "desk/app/CommitWait.h"
 #include "desk/app/Console.h"
+#include "desk/app/ItemSettings.h"
 
 #include "StratacutUI/IMF_Bridges.h"
 #include "StratacutUI/IMF_Controller.h"
-#include "StratacutUI/IMF_DataParser.h"
 #include "StratacutUI/ImfDict.h"
 #include "ViewDeckQt/ManagedMessageBox.h"
 #include "desk/media/Sequence.h"
@@ -14,39 +15,13 @@
 #include "desk/services/SettingsStorage.h"
 
 #include <QDir>
-#include <QEventLoop>
 #include <QFileInfo>
-#include <QJsonDocument>
-#include <QLocale>
-#include <QTimer>
-
-#include <algorithm>
-#include <atomic>
-#include <csignal>
 
 namespace desk::app
 {
 
 namespace
 {
-std::atomic<bool> interrupted{false};
-
-void onInterrupt(int)
-{
-    interrupted = true;
-}
-
-/// Whatever ends the terminal ends the export in order, unless the user has asked for more (nohup). Nobody listening to
-/// the progress is no reason to end.
-void catchSignals()
-{
-    std::signal(SIGINT, onInterrupt);
-    std::signal(SIGTERM, onInterrupt);
-    if (std::signal(SIGHUP, onInterrupt) == SIG_IGN)
-        std::signal(SIGHUP, SIG_IGN);
-    std::signal(SIGPIPE, SIG_IGN);
-}
-
 Error said(const QStringList& messages)
 {
     return {{}, {}, {}, messages.isEmpty() ? QStringLiteral("the package manager refused") : messages.join(' '), {}};
@@ -57,55 +32,12 @@ QString worded(const Error& error)
 {
     return error.next.isEmpty() && error.file.isEmpty() ? error.what : error.sentence();
 }
-
-QString duration(double seconds)
-{
-    const qint64 whole = qint64(seconds + 0.5);
-    return QStringLiteral("%1:%2").arg(whole / 60).arg(whole % 60, 2, 10, QLatin1Char('0'));
-}
-
-QString progressText(const services::ExportProgress& progress)
-{
-    const QLocale locale;
-    QString text =
-        QStringLiteral("%1 of %2 frames, %3, %4 frames/s")
-            .arg(QString::number(progress.frames), QString::number(progress.totalFrames),
-                 locale.formattedDataSize(progress.bytes), locale.toString(progress.framesPerSecond, 'f', 1));
-    if (progress.secondsLeft >= 0)
-        text += QStringLiteral(", %1 left").arg(duration(progress.secondsLeft));
-    return text;
-}
-
-const QStringList& textKeys()
-{
-    static const QStringList keys{ImfDict::Issuer,       ImfDict::Creator,
-                                  ImfDict::Annotation,   ImfDict::ContentOriginator,
-                                  ImfDict::ContentTitle, ImfDict::ContentKind};
-    return keys;
-}
-
-Error settingError(const QString& key, const QString& what, const QString& next)
-{
-    return {{}, QStringLiteral("--set ") + key, {}, what, next};
-}
-
-Error notOffered(const QPair<QString, QString>& setting, const QStringList& choices)
-{
-    return settingError(setting.first, QStringLiteral("the output does not offer \"%1\"").arg(setting.second),
-                        QStringLiteral("choose one of \"%1\"").arg(choices.join(QStringLiteral("\", \""))));
-}
-
-/// A setting stands behind those that its choices depend on.
-int placeOf(const QString& key)
-{
-    const int place = services::OutputFormat::keys().indexOf(key);
-    return place < 0 ? services::OutputFormat::keys().size() : place;
-}
 } // namespace
 
 ExportSession::ExportSession(const ExportRequest& request)
     : m_request(request),
       m_profile(request.profile),
+      m_lock(m_profile),
       m_library(request.profile.isEmpty() ? QString() : m_profile.binFile()),
       m_output(&m_library)
 {
@@ -124,6 +56,9 @@ void ExportSession::tell(const QStringList& notices) const
 
 Status ExportSession::openMedia()
 {
+    Status claimed = m_request.profile.isEmpty() ? Status() : m_lock.claim();
+    if (!claimed)
+        return claimed;
     for (const QString& path : qAsConst(m_request.media)) {
         const auto sequence = media::openSequence(path);
         if (!sequence)
@@ -151,8 +86,6 @@ Status ExportSession::installHost()
     IMF_IMFO_bridge::Initialize(&m_output);
     m_output.setDefaultFolder(QDir(m_request.folder).absolutePath());
     m_output.setPadding(m_request.padding);
-    connect(&m_output, &services::PackageOutput::progressed, this,
-            [this](const QByteArray&, const services::ExportProgress& progress) { showProgress(progress); });
     auto settings =
         std::make_unique<services::SettingsStorage>(m_request.profile.isEmpty() ? QString() : m_profile.settingsFile());
     m_settings = settings.get();
@@ -222,19 +155,17 @@ void ExportSession::write(const QModelIndex& index, const char* key, const QStri
 
 Status ExportSession::checkTexts() const
 {
-    QStringList kinds = ImfDict::contentKindLabels();
-    for (const QString& label : ImfDict::contentKindLabels())
-        kinds += ImfDict::contentKindCode(label);
-    for (const auto& setting : m_request.settings) {
-        if (setting.first == QLatin1String(ImfDict::ContentKind) && !kinds.contains(setting.second))
-            return notOffered(setting, ImfDict::contentKindLabels().mid(1));
+    for (const Setting& setting : m_request.settings) {
+        Status known = checkText(setting);
+        if (!known)
+            return known;
     }
     return {};
 }
 
 Status ExportSession::applyTexts()
 {
-    QVector<QPair<QString, QString>> texts;
+    QVector<Setting> texts;
     if (!m_request.issuer.isEmpty())
         texts += {QLatin1String(ImfDict::Issuer), m_request.issuer};
     if (!m_request.title.isEmpty())
@@ -254,56 +185,17 @@ Status ExportSession::applyTexts()
     return {};
 }
 
-Status ExportSession::applyToComposition(const QModelIndex& cpl, const QPair<QString, QString>& setting)
-{
-    const auto fail = [&setting](const QString& what, const QString& next) {
-        return settingError(setting.first, what, next);
-    };
-    if (setting.first == QLatin1String(ImfDict::MultipleAudioMix)) {
-        const QJsonDocument mix = QJsonDocument::fromJson(setting.second.toUtf8());
-        if (!mix.isObject())
-            return fail(QStringLiteral("the value is no JSON object"), QStringLiteral("give a multi-mix document"));
-        if (!JSON::VerifyMultiMix(mix.object(), false))
-            return fail(QStringLiteral("the value is no multi-mix document"),
-                        QStringLiteral("give the lists \"%1\", \"%2\" and \"%3\"")
-                            .arg(QLatin1String(ImfDict::AudioMapping), QLatin1String(ImfDict::TrackGroups),
-                                 QLatin1String(ImfDict::AllActiveTracks)));
-        m_model->setData(cpl, mix.object(), IMF_PackageMgrQtModel::MultiMixRole);
-        return {};
-    }
-    const QJsonObject document = IMF_PackageMgrQtModel::MetadataJsonFromIndex(cpl);
-    for (const char* section : {ImfDict::Video, ImfDict::Audio}) {
-        const QJsonValue parameter = document[QLatin1String(section)].toObject()[setting.first];
-        const QJsonArray choices = parameter.toObject()[QLatin1String(ImfDict::values)].toArray();
-        if (choices.isEmpty())
-            continue;
-        if (!choices.contains(setting.second)) {
-            QStringList names;
-            for (const QJsonValue& choice : choices)
-                names += choice.toString();
-            return notOffered(setting, names);
-        }
-        write(cpl, setting.first.toLatin1(), setting.second);
-        return {};
-    }
-    return fail(QStringLiteral("there is no such parameter"),
-                QStringLiteral("choose one of %1")
-                    .arg((services::OutputFormat::keys() + QStringList{ImfDict::MultipleAudioMix} + textKeys())
-                             .join(QStringLiteral(", "))));
-}
-
 Status ExportSession::applySettings()
 {
-    QVector<QPair<QString, QString>> settings;
+    QVector<Setting> settings;
     for (const auto& setting : qAsConst(m_request.settings)) {
         if (!textKeys().contains(setting.first))
             settings += setting;
     }
-    std::stable_sort(settings.begin(), settings.end(),
-                     [](const auto& a, const auto& b) { return placeOf(a.first) < placeOf(b.first); });
+    sortByDependence(settings);
     for (int row = 0; row < m_model->rowCount(imp()); ++row) {
         for (const auto& setting : qAsConst(settings)) {
-            Status applied = applyToComposition(m_model->index(row, 0, imp()), setting);
+            Status applied = applyParameter(*m_model, m_model->index(row, 0, imp()), setting);
             if (!applied)
                 return applied;
         }
@@ -311,45 +203,15 @@ Status ExportSession::applySettings()
     return {};
 }
 
-void ExportSession::showProgress(const services::ExportProgress& progress)
-{
-    constexpr qint64 plainInterval = 5000;
-    const bool last = progress.frames == progress.totalFrames;
-    if (console::isTerminal())
-        return console::statusLine(progressText(progress));
-    if (!last && m_sinceLine.isValid() && m_sinceLine.elapsed() < plainInterval)
-        return;
-    m_sinceLine.start();
-    console::note(progressText(progress));
-}
-
 int ExportSession::commit()
 {
-    QEventLoop loop;
-    bool completed = false;
-    connect(m_model->getIMFController(), &IMF_Controller::commitCompleted, &loop, [&] {
-        completed = true;
-        loop.quit();
-    });
-    QTimer watch;
-    const QByteArray id = IMF_PackageMgrQtModel::ComponentIDFromIndex(delivery());
-    connect(&watch, &QTimer::timeout, &loop, [&] {
-        if (interrupted && !std::exchange(m_cancelled, true))
-            m_output.cancel(id);
-        if (!m_messages.isEmpty())
-            loop.quit();
-    });
-    catchSignals();
-    watch.start(50);
+    CommitWait wait(&m_output, IMF_PackageMgrQtModel::ComponentIDFromIndex(delivery()));
     m_model->getIMFController()->onCommit({delivery()});
-    if (m_messages.isEmpty())
-        loop.exec();
-    console::endStatusLine();
-    if (!completed || !m_messages.isEmpty()) {
-        console::error(worded(said(m_messages)));
-        return m_cancelled ? exitCode::cancelled : exitCode::failure;
-    }
-    return exitCode::success;
+    const CommitWait::End end = wait.wait();
+    if (end == CommitWait::End::Done && m_messages.isEmpty())
+        return exitCode::success;
+    console::error(worded(said(m_messages)));
+    return end == CommitWait::End::Cancelled ? exitCode::cancelled : exitCode::failure;
 }
 
 void ExportSession::saveState()

@@ -5,8 +5,8 @@
 #include "desk/services/MediaLibrary.h"
 #include "desk/services/PackageOutput.h"
 #include "desk/services/Profile.h"
+#include "desk/services/ProfileLock.h"
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QPair>
 #include <QStringList>
@@ -60,9 +60,7 @@ private:
     Status checkTexts() const;
     Status applyTexts();
     Status applySettings();
-    Status applyToComposition(const QModelIndex& cpl, const QPair<QString, QString>& setting);
     int commit();
-    void showProgress(const services::ExportProgress& progress);
     /// Folders that this export has made and that hold nothing go again.
     void removeMadeFolders() const;
     void saveState();
@@ -75,6 +73,7 @@ private:
 
     ExportRequest m_request;
     services::Profile m_profile;
+    services::ProfileLock m_lock;
     services::MediaLibrary m_library;
     services::PackageOutput m_output;
     std::unique_ptr<IMF_PackageMgrQtModel> m_model;
@@ -85,8 +84,6 @@ private:
     QStringList m_messages;
     /// Inner ones first.
     QStringList m_madeFolders;
-    bool m_cancelled = false;
-    QElapsedTimer m_sinceLine;
 };
 
 } // namespace desk::app

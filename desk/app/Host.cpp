@@ -5,46 +5,15 @@
 #include "desk/services/MediaEngine.h"
 #include "desk/services/SettingsStorage.h"
 
-#include <QDir>
-
 namespace desk::app
 {
 
 Host::Host(const QString& profileFolder)
-    : m_profile(profileFolder), m_lock(m_profile.lockFile()), m_library(m_profile.binFile()), m_output(&m_library)
+    : m_profile(profileFolder), m_lock(m_profile), m_library(m_profile.binFile()), m_output(&m_library)
 {
-    // Whether the holder lives tells; its age does not.
-    m_lock.setStaleLockTime(0);
 }
 
 Host::~Host() = default;
-
-Status Host::claim()
-{
-    if (!QDir().mkpath(m_profile.folder()))
-        return Error{m_profile.folder(),
-                     {},
-                     {},
-                     QStringLiteral("the profile's folder cannot be made"),
-                     QStringLiteral("name another one with --profile")};
-    if (m_lock.tryLock())
-        return {};
-    if (m_lock.error() != QLockFile::LockFailedError)
-        return Error{m_profile.lockFile(),
-                     {},
-                     {},
-                     QStringLiteral("the profile cannot be locked"),
-                     QStringLiteral("check the rights of the folder, or name another one with --profile")};
-    qint64 process = 0;
-    QString machine;
-    QString program;
-    m_lock.getLockInfo(&process, &machine, &program);
-    return Error{m_profile.folder(),
-                 {},
-                 {},
-                 QStringLiteral("Stratacut Desk already works with this profile (process %1)").arg(process),
-                 QStringLiteral("end the other one, or name another profile with --profile")};
-}
 
 void Host::load()
 {

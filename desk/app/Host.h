@@ -5,8 +5,8 @@
 #include "desk/services/MediaLibrary.h"
 #include "desk/services/PackageOutput.h"
 #include "desk/services/Profile.h"
+#include "desk/services/ProfileLock.h"
 
-#include <QLockFile>
 #include <QStringList>
 
 #include <memory>
@@ -34,7 +34,8 @@ public:
     Host& operator=(const Host&) = delete;
 
     /// Takes the profile for this process; fails while another one has it. A crashed process has none.
-    Status claim();
+    Status claim() { return m_lock.claim(); }
+
     /// Installs the services and loads saved work. What cannot be loaded is told by the package manager's message
     /// boxes.
     void load();
@@ -59,7 +60,7 @@ public:
 
 private:
     services::Profile m_profile;
-    QLockFile m_lock;
+    services::ProfileLock m_lock;
     services::MediaLibrary m_library;
     services::PackageOutput m_output;
     std::unique_ptr<IMF_PackageMgrQtModel> m_model;

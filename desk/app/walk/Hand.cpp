@@ -64,7 +64,10 @@ void paintOnto(QPainter& painter, QWidget* window, const QWidget* front)
 }
 } // namespace
 
-Hand::Hand(QWidget* window, const QString& pictures) : m_window(window), m_pictures(pictures) {}
+Hand::Hand(QWidget* window, const QString& pictures, int firstNumber)
+    : m_window(window), m_pictures(pictures), m_number(firstNumber)
+{
+}
 
 bool Hand::waitFor(const std::function<bool()>& condition, int atMost)
 {
@@ -145,10 +148,11 @@ void Hand::whenOpen(const std::function<void(QWidget*)>& act)
 
 Status Hand::shoot(const QString& name)
 {
-    ++m_number;
+    const int number = m_number++;
     if (m_pictures.isEmpty())
         return {};
-    QApplication::processEvents();
+    // What was asked to lay itself out anew has done so.
+    waitFor([] { return false; }, 100);
     QPixmap picture = m_window->grab();
     QPainter painter(&picture);
     if (QApplication::activeModalWidget() && QApplication::activeModalWidget() != m_window)
@@ -156,8 +160,7 @@ Status Hand::shoot(const QString& name)
     if (QApplication::activePopupWidget())
         paintOnto(painter, m_window, QApplication::activePopupWidget());
     painter.end();
-    const QString file =
-        QStringLiteral("%1/%2-%3.png").arg(m_pictures).arg(m_number, 2, 10, QLatin1Char('0')).arg(name);
+    const QString file = QStringLiteral("%1/%2-%3.png").arg(m_pictures).arg(number, 2, 10, QLatin1Char('0')).arg(name);
     // Few colours and no shades of transparency: a page of documents should load fast.
     const QImage flat = picture.toImage().convertToFormat(QImage::Format_RGB888);
     if (QDir().mkpath(m_pictures) && flat.save(file, "PNG", 0))

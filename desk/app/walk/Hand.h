@@ -19,8 +19,11 @@ namespace desk::app
 class Hand
 {
 public:
-    /// @param pictures the folder for pictures; empty for none.
-    Hand(QWidget* window, const QString& pictures);
+    /// @param pictures the folder for pictures; empty for none. @param firstNumber that of the first picture.
+    Hand(QWidget* window, const QString& pictures, int firstNumber = 1);
+
+    /// That of the next picture.
+    int nextNumber() const { return m_number; }
 
     /// Lets the program go on until the condition holds; false when it does not within the time in milliseconds.
     static bool waitFor(const std::function<bool()>& condition, int atMost = 20000);
@@ -45,7 +48,7 @@ public:
 private:
     QWidget* m_window;
     QString m_pictures;
-    int m_number = 0;
+    int m_number;
 };
 
 } // namespace desk::app

@@ -31,7 +31,7 @@ namespace
 {
 const QString deliveryName = QStringLiteral("Evening by the Sea");
 const QString issuer = QStringLiteral("Stratacut Pictures");
-const QString contentTitle = QStringLiteral("Evening by the Sea, Feature");
+const QString contentTitle = QStringLiteral("Evening by the Sea");
 
 bool isCommitted(const QModelIndex& index)
 {
@@ -69,7 +69,7 @@ Status Walk::open()
     m_window = std::make_unique<DeskWindow>(m_host.get());
     m_window->show();
     QApplication::setActiveWindow(m_window.get());
-    m_hand = std::make_unique<Hand>(m_window.get(), m_request.pictures);
+    m_hand = std::make_unique<Hand>(m_window.get(), m_request.pictures, m_request.firstPicture);
     return {};
 }
 
@@ -313,6 +313,7 @@ Status Walk::refuseToForget()
 Status Walk::quit()
 {
     const bool closed = m_window->close();
+    m_nextPicture = m_hand->nextNumber();
     m_watch.stop();
     m_window.reset();
     m_host.reset();

@@ -24,6 +24,7 @@ struct WalkRequest {
     /// Where the pictures go; empty for none.
     QString pictures;
     QString profile;
+    int firstPicture = 1;
 };
 
 /// A new user's first hour, through the real window and without anybody at it: from the empty desk to a delivery that
@@ -38,6 +39,9 @@ public:
     Status work();
     /// What a second process finds. The folder of the delivery.
     Result<QString> comeBack();
+
+    /// The number of the next picture.
+    int nextPicture() const { return m_nextPicture; }
 
 private:
     Status open();
@@ -72,6 +76,7 @@ private:
     std::unique_ptr<Hand> m_hand;
     QTimer m_watch;
     QString m_surprise;
+    int m_nextPicture = 1;
 };
 
 } // namespace desk::app

@@ -29,8 +29,7 @@ QString absolute(const QString& path)
 /// The second half runs in a process of its own: nothing is left over from the first.
 int continueInNewProcess(const QStringList& arguments)
 {
-    return QProcess::execute(QApplication::applicationFilePath(),
-                             QStringList{QStringLiteral("walk"), QStringLiteral("--continue")} + arguments);
+    return QProcess::execute(QApplication::applicationFilePath(), QStringList{QStringLiteral("walk")} + arguments);
 }
 } // namespace
 
@@ -40,7 +39,7 @@ QList<QCommandLineOption> walkOptions()
         {"to", "The folder in which the delivery's folder is made.", "FOLDER"},
         {"shots", "Where pictures of every step go; none are taken unless given.", "FOLDER"},
         {"profile", "A profile that was never used; \"profile\" beside the delivery unless given.", "DIR"},
-        {"continue", "Only the part after the restart."},
+        {"continue", "Only the part after the restart; its pictures start with this number.", "NUMBER"},
     };
 }
 
@@ -62,6 +61,8 @@ int runWalk(const QCommandLineParser& parser, const QStringList& media)
         QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 10));
     // The last window of the first half closes long before the program ends.
     QApplication::setQuitOnLastWindowClosed(false);
+    if (parser.isSet(QStringLiteral("continue")))
+        request.firstPicture = parser.value(QStringLiteral("continue")).toInt();
     Walk walk(request);
     if (parser.isSet(QStringLiteral("continue"))) {
         const auto folder = walk.comeBack();
@@ -73,7 +74,8 @@ int runWalk(const QCommandLineParser& parser, const QStringList& media)
     if (!worked)
         return fail(worked.error());
     return continueInNewProcess({request.media, QStringLiteral("--to"), request.folder, QStringLiteral("--shots"),
-                                 request.pictures, QStringLiteral("--profile"), request.profile});
+                                 request.pictures, QStringLiteral("--profile"), request.profile,
+                                 QStringLiteral("--continue"), QString::number(walk.nextPicture())});
 }
 
 } // namespace desk::app

@@ -1,5 +1,6 @@
 #include "desk/app/window/BinModel.h"
 
+#include "desk/app/ProgressText.h"
 #include "desk/app/window/MediaLoader.h"
 #include "desk/services/MediaEngine.h"
 
@@ -26,21 +27,13 @@ bool comesBefore(const services::BinItem& a, const services::BinItem& b)
 }
 } // namespace
 
-QString durationText(const services::BinItem& item)
-{
-    if (!item.frameRate.isValid())
-        return {};
-    const qint64 seconds = qint64(double(item.frames) / item.frameRate.toDouble() + 0.5);
-    const QString minutes = QStringLiteral("%1:%2").arg(seconds / 60 % 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
-    return seconds < 3600 ? minutes : QStringLiteral("%1:%2").arg(seconds / 3600).arg(minutes, 5, QLatin1Char('0'));
-}
-
 QStringList factsOf(const services::BinItem& item)
 {
     QStringList picture;
     if (item.frameRate.isValid()) {
         const QString rate = QLocale().toString(item.frameRate.toDouble(), 'g', 5);
-        picture = QStringList{durationText(item), rate + QStringLiteral(" fps")};
+        picture =
+            QStringList{durationText(double(item.frames) / item.frameRate.toDouble()), rate + QStringLiteral(" fps")};
     }
     const QString size = item.width > 0 ? QString::fromUtf8("%1\xC3\x97%2").arg(item.width).arg(item.height)
                                         : QStringLiteral("no picture");

@@ -46,8 +46,6 @@ private:
     QStringList m_ids;
 };
 
-/// "0:06", "1:02:03": whole seconds. Empty for a sequence without a rate.
-QString durationText(const services::BinItem& item);
 /// "0:06", "24 fps", "1920 x 1080", "8 audio tracks" in two lines.
 QStringList factsOf(const services::BinItem& item);
 

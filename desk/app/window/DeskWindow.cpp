@@ -87,6 +87,7 @@ void DeskWindow::layOut()
     m_down->setSizes({firstSize.height() - 170, 170});
     setCentralWidget(m_across);
     statusBar()->setSizeGripEnabled(false);
+    m_hint->setContentsMargins(spacing::gap, 0, spacing::gap, 0);
     statusBar()->addWidget(m_hint, 1);
     resize(firstSize);
 }

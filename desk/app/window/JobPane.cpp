@@ -3,13 +3,13 @@
 #include "StratacutUI/IMFO_Bridge.h"
 #include "ViewDeckQt/PaletteManager.h"
 #include "ViewDeckQt/StyledButton.h"
+#include "desk/app/ProgressText.h"
 #include "desk/app/window/PaneParts.h"
 
 #include <QDesktopServices>
 #include <QDir>
 #include <QEvent>
 #include <QGridLayout>
-#include <QLocale>
 #include <QProgressBar>
 #include <QScrollArea>
 #include <QStackedWidget>
@@ -45,26 +45,6 @@ StateLook lookOf(JobRow::State state)
         return {"\xE2\x80\x93", "DisabledFontColor"};
     }
     return {"", "AppFontColor"};
-}
-
-QString timeLeft(double seconds)
-{
-    const qint64 whole = qint64(seconds + 0.5);
-    const QString minutes = QStringLiteral("%1:%2").arg(whole / 60 % 60).arg(whole % 60, 2, 10, QLatin1Char('0'));
-    return whole < 3600 ? minutes : QStringLiteral("%1:%2").arg(whole / 3600).arg(minutes, 5, QLatin1Char('0'));
-}
-
-QString progressText(const services::ExportProgress& progress)
-{
-    const QLocale locale;
-    QStringList facts{QStringLiteral("%1 of %2 frames").arg(progress.frames).arg(progress.totalFrames),
-                      QStringLiteral("%1 frames/s").arg(locale.toString(progress.framesPerSecond, 'f', 1)),
-                      locale.formattedDataSize(progress.bytes)};
-    if (progress.frames == progress.totalFrames)
-        facts += QStringLiteral("finishing");
-    else if (progress.secondsLeft >= 0)
-        facts += QStringLiteral("%1 left").arg(timeLeft(progress.secondsLeft));
-    return facts.join(QString::fromUtf8(" \xC2\xB7 "));
 }
 } // namespace
 
@@ -103,6 +83,7 @@ void JobRow::layOut()
     auto* name = paneTitle(m_start.name);
     name->setTextFormat(Qt::PlainText);
     name->setMinimumWidth(1);
+    m_sign->setForegroundRole(QPalette::WindowText);
     m_sign->setFixedWidth(18);
     m_sign->setAlignment(Qt::AlignCenter);
     auto* layout = new QGridLayout(this);
@@ -130,7 +111,6 @@ void JobRow::setState(State state, const QString& text)
     m_bar->setVisible(!isOver());
     m_cancel->setVisible(!isOver());
     m_open->setVisible(isOver());
-    m_open->setEnabled(QDir(m_start.folder).exists() || QDir(m_start.folder + QStringLiteral("/..")).exists());
 }
 
 void JobRow::changeEvent(QEvent* event)
@@ -144,7 +124,7 @@ void JobRow::showProgress(const services::ExportProgress& progress)
 {
     m_bar->setMaximum(int(std::max<qint64>(1, progress.totalFrames)));
     m_bar->setValue(int(progress.frames));
-    setState(State::Running, progressText(progress));
+    setState(State::Running, progressFacts(progress).join(QString::fromUtf8(" \xC2\xB7 ")));
 }
 
 double JobRow::share() const
