@@ -102,15 +102,7 @@ void ManagerFixture::type(const QString& id, const QString& text)
     field->setFocus();
     QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClick(field, Qt::Key_Delete);
-    const bool onKeys = text == QString::fromLatin1(text.toLatin1());
-    if (onKeys) {
-        QTest::keyClicks(field, text);
-    } else {
-        // As an input method delivers it.
-        QInputMethodEvent event;
-        event.setCommitString(text);
-        QApplication::sendEvent(field, &event);
-    }
+    QTest::keyClicks(field, text);
     QTest::keyClick(field, Qt::Key_Tab);
 }
 
@@ -130,12 +122,15 @@ bool ManagerFixture::drop(const QStringList& mobIds, const QModelIndex& target, 
     return dropped.isAccepted();
 }
 
-void ManagerFixture::shoot(QWidget& widget, const QString& name)
+Film::Film(int clicked)
 {
-    const QString folder = qEnvironmentVariable("STRATACUT_SHOTS");
-    if (folder.isEmpty())
-        return;
-    QCoreApplication::sendPostedEvents();
-    QCoreApplication::processEvents();
-    QVERIFY(widget.grab().save(folder + '/' + name + ".png"));
+    delivery = f.newDelivery("Film");
+    imp = f.newImp(delivery);
+    cpl = f.newCpl(imp, "m");
+    f.click(at(clicked));
+}
+
+QString Film::value(const QString& id) const
+{
+    return f.param<ViewDeckQt::AbstractParamWidget>(id)->getValue().toString();
 }

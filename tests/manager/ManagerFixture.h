@@ -11,6 +11,8 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include <algorithm>
+
 /// Deals with the next dialog or menu that opens, as a user would. Make it before the call that opens it; a test in
 /// which none comes fails.
 class WhenOpened : public QObject
@@ -36,6 +38,16 @@ private:
 /// "Film(IMP(title,title)),Other" for all deliverables of the model.
 QString shape(const QAbstractItemModel& model, const QModelIndex& parent = {});
 
+/// The widget of that parameter on the page that is shown; null when there is none.
+template <typename Widget>
+Widget* shownParam(const QWidget& view, const QString& id)
+{
+    const QList<Widget*> all = view.findChildren<Widget*>();
+    const auto found = std::find_if(
+        all.begin(), all.end(), [&id](const Widget* widget) { return widget->getId() == id && widget->isVisible(); });
+    return found == all.end() ? nullptr : *found;
+}
+
 /// The package manager's window over a model with recording bridges, shown and active.
 class ManagerFixture : public ModelFixture
 {
@@ -51,17 +63,10 @@ public:
 
     QPushButton& button(const char* name) const { return *window->findChild<QPushButton*>(name); }
 
-    /// The widget of that parameter on the page that is shown; null when there is none.
     template <typename Widget>
     Widget* param(const QString& id) const
     {
-        Widget* found = nullptr;
-        const QList<Widget*> all = params().findChildren<Widget*>();
-        for (Widget* widget : all) {
-            if (widget->getId() == id && widget->isVisible())
-                found = widget;
-        }
-        return found;
+        return shownParam<Widget>(params(), id);
     }
 
     /// Expands the way to an item and clicks it.
@@ -70,10 +75,22 @@ public:
     void type(const QString& id, const QString& text);
     /// What a drag of these sequences meets over an item; over the empty part for an invalid index.
     bool drop(const QStringList& mobIds, const QModelIndex& target, Qt::DropAction action = Qt::MoveAction);
-    /// Keeps a picture in the folder that STRATACUT_SHOTS names, if it names one.
-    static void shoot(QWidget& widget, const QString& name);
-
-    void shoot(const QString& name) const { shoot(*window, name); }
-
     std::unique_ptr<IMF_ManagerWindow> window;
+};
+
+/// A deliverable, an IMP and a CPL in the window, of which one is clicked.
+struct Film {
+    /// @param clicked 0 to 2, from the deliverable down.
+    explicit Film(int clicked);
+
+    QModelIndex at(int kind) const { return kind == 0 ? delivery : kind == 1 ? imp : cpl; }
+
+    QString value(const QString& id) const;
+
+    QString role(int kind, int role) const { return at(kind).data(role).toString(); }
+
+    ManagerFixture f;
+    QPersistentModelIndex delivery;
+    QPersistentModelIndex imp;
+    QPersistentModelIndex cpl;
 };

@@ -5,11 +5,8 @@
 
 #include "StratacutUI/IMF_Node.h"
 
-#include <QJsonDocument>
 #include <QRandomGenerator>
 #include <QSignalSpy>
-
-#include <algorithm>
 
 using Model = IMF_PackageMgrQtModel;
 using support::RecordingMediaEngine;
@@ -25,8 +22,7 @@ struct Shelf {
         for (const char* id : {"a", "b", "c"})
             f.engine.addSequence(id, QString(id).toUpper());
         if (status == IMF_PackageMgr::Committed)
-            delivery =
-                f.load("/d", "d", documents::delivery("Film", "/d", {documents::imp("I", {documents::cpl("X")})}));
+            f.load("/d", "d", documents::delivery("Film", "/d", {documents::imp("I", {documents::cpl("X")})}));
         else
             f.newCpl(f.newImp(f.newDelivery("Film")), "x");
         delivery = f.model->index(0, 0);
@@ -41,11 +37,12 @@ struct Shelf {
         return indexes[target];
     }
 
-    bool drop(const QStringList& mobIds, const QModelIndex& parent, int row = -1)
+    bool drop(const QStringList& mobIds, const QModelIndex& parent, int row = -1,
+              Qt::DropAction action = Qt::MoveAction)
     {
         const auto mime = RecordingMediaEngine::dragOf(mobIds);
         bool taken = false;
-        f.withoutTester([&] { taken = f.model->dropMimeData(mime.get(), Qt::MoveAction, row, 0, parent); });
+        f.withoutTester([&] { taken = f.model->dropMimeData(mime.get(), action, row, 0, parent); });
         return taken;
     }
 
@@ -73,37 +70,59 @@ private slots:
         QVERIFY(!shelf.f.model->canDropMimeData(mime.get(), Qt::MoveAction, -1, -1, shelf.imp));
     }
 
-    void onlyMovedSequencesMayBeDropped_data()
+    void movedSequencesBecomeCpls_data()
     {
-        QTest::addColumn<bool>("committed");
         QTest::addColumn<int>("target");
+        QTest::addColumn<int>("row");
         QTest::addColumn<QStringList>("mobIds");
         QTest::addColumn<int>("action");
-        QTest::addColumn<bool>("taken");
-        QTest::newRow("on an IMP") << false << int(OnImp) << QStringList{"a"} << int(Qt::MoveAction) << true;
-        QTest::newRow("on a deliverable")
-            << false << int(OnDelivery) << QStringList{"a"} << int(Qt::MoveAction) << true;
-        QTest::newRow("on nothing") << false << int(OnEmpty) << QStringList{"a"} << int(Qt::MoveAction) << true;
-        QTest::newRow("clip first") << false << int(OnImp) << QStringList{"clip", "a"} << int(Qt::MoveAction) << true;
-        QTest::newRow("clips") << false << int(OnImp) << QStringList{"clip", "clip2"} << int(Qt::MoveAction) << false;
-        QTest::newRow("no media") << false << int(OnImp) << QStringList() << int(Qt::MoveAction) << false;
-        QTest::newRow("copied") << false << int(OnImp) << QStringList{"a"} << int(Qt::CopyAction) << false;
-        QTest::newRow("no action") << false << int(OnImp) << QStringList{"a"} << int(Qt::IgnoreAction) << false;
-        QTest::newRow("on committed IMP") << true << int(OnImp) << QStringList{"a"} << int(Qt::MoveAction) << false;
-        QTest::newRow("on committed CPL") << true << int(OnCpl) << QStringList{"a"} << int(Qt::MoveAction) << false;
-        QTest::newRow("on committed deliverable")
-            << true << int(OnDelivery) << QStringList{"a"} << int(Qt::MoveAction) << true;
+        QTest::addColumn<QString>("tree");
+        const auto add = [](const char* tag, Target target, int row, const QStringList& mobIds, Qt::DropAction action,
+                            const QString& tree) {
+            QTest::newRow(tag) << int(target) << row << mobIds << int(action) << tree;
+        };
+        const QString inImp = "Film(Untitled IMP(Sequence x,A,B))";
+        const QString inNewImp = "Film(Untitled IMP(Sequence x),Untitled IMP.1(A,B))";
+        add("on an IMP", OnImp, -1, {"a", "b"}, Qt::MoveAction, inImp);
+        add("above a CPL", OnImp, 0, {"a", "b"}, Qt::MoveAction, inImp);
+        add("on a deliverable", OnDelivery, -1, {"a", "b"}, Qt::MoveAction, inNewImp);
+        add("below an IMP", OnDelivery, 1, {"a", "b"}, Qt::MoveAction, inNewImp);
+        add("committed deliverable", OnDelivery, -1, {"a", "b"}, Qt::MoveAction, "Film(I(X title),Untitled IMP(A,B))");
+        add("on a CPL", OnCpl, -1, {"a"}, Qt::MoveAction, "");
+        add("clips", OnImp, -1, {"clip", "clip2"}, Qt::MoveAction, "");
+        add("no media", OnImp, -1, {}, Qt::MoveAction, "");
+        add("copied", OnImp, -1, {"a"}, Qt::CopyAction, "");
+        add("no action", OnImp, -1, {"a"}, Qt::IgnoreAction, "");
+        add("committed IMP", OnImp, -1, {"a"}, Qt::MoveAction, "");
+        add("committed CPL", OnCpl, -1, {"a"}, Qt::MoveAction, "");
     }
 
-    void onlyMovedSequencesMayBeDropped()
+    void movedSequencesBecomeCpls()
     {
-        QFETCH(bool, committed);
         QFETCH(int, target);
+        QFETCH(int, row);
         QFETCH(QStringList, mobIds);
         QFETCH(int, action);
-        Shelf shelf(committed ? IMF_PackageMgr::Committed : IMF_PackageMgr::Uncommitted);
+        QFETCH(QString, tree);
+        const QByteArray tag = QTest::currentDataTag();
+        Shelf shelf(tag.startsWith("committed") ? IMF_PackageMgr::Committed : IMF_PackageMgr::Uncommitted);
+        const QString former = shape(*shelf.f.model);
+        const QModelIndex parent = shelf.at(target);
+        QSignalSpy dropped(shelf.f.model.get(), &Model::sequenceDropped);
+        QSignalSpy inserted(shelf.f.model.get(), &Model::rowsInserted);
         const auto mime = RecordingMediaEngine::dragOf(mobIds);
-        QTEST(shelf.f.model->canDropMimeData(mime.get(), Qt::DropAction(action), -1, -1, shelf.at(target)), "taken");
+        const bool taken = !tree.isEmpty();
+        QCOMPARE(shelf.f.model->canDropMimeData(mime.get(), Qt::DropAction(action), row, 0, parent),
+                 taken || tag == "on a CPL");
+        QCOMPARE(shelf.drop(mobIds, parent, row, Qt::DropAction(action)), taken);
+        QCOMPARE(shape(*shelf.f.model), taken ? tree : former);
+        QCOMPARE(dropped.size(), taken ? 1 : 0);
+        QCOMPARE(inserted.size(), taken ? 1 : 0);
+        const QStringList calls = shelf.f.bridge.takeCalls();
+        QCOMPARE(calls.filter("createCPL").size(), taken ? mobIds.size() : 0);
+        QCOMPARE(calls.filter("createIMP").size(), taken && target == OnDelivery ? 1 : 0);
+        if (taken)
+            QCOMPARE(dropped[0], (QVariantList{parent, 1}));
     }
 
     void aDropWithoutDataIsAProgrammingError()
@@ -116,60 +135,23 @@ private slots:
         QVERIFY(assertions.take().isEmpty());
     }
 
-    void droppedSequencesBecomeCpls_data()
-    {
-        QTest::addColumn<int>("target");
-        QTest::addColumn<int>("row");
-        QTest::addColumn<QString>("tree");
-        QTest::addColumn<int>("formerCount");
-        QTest::newRow("on an IMP") << int(OnImp) << -1 << "Film(Untitled IMP(Sequence x,A,B))" << 1;
-        QTest::newRow("above a CPL") << int(OnImp) << 0 << "Film(Untitled IMP(Sequence x,A,B))" << 1;
-        QTest::newRow("on a deliverable")
-            << int(OnDelivery) << -1 << "Film(Untitled IMP(Sequence x),Untitled IMP.1(A,B))" << 1;
-        QTest::newRow("below an IMP") << int(OnDelivery) << 1 << "Film(Untitled IMP(Sequence x),Untitled IMP.1(A,B))"
-                                      << 1;
-    }
-
-    void droppedSequencesBecomeCpls()
-    {
-        QFETCH(int, target);
-        QFETCH(int, row);
-        Shelf shelf;
-        QSignalSpy dropped(shelf.f.model.get(), &Model::sequenceDropped);
-        QSignalSpy inserted(shelf.f.model.get(), &Model::rowsInserted);
-        QVERIFY(shelf.drop({"a", "b"}, shelf.at(target), row));
-        QTEST(shape(*shelf.f.model), "tree");
-        QCOMPARE(dropped.size(), 1);
-        QCOMPARE(dropped[0][0].value<QModelIndex>(), shelf.at(target));
-        QTEST(dropped[0][1].toInt(), "formerCount");
-        QCOMPARE(inserted.size(), 1);
-        const QStringList calls = shelf.f.bridge.takeCalls();
-        QCOMPARE(calls.filter("createCPL").size(), 2);
-        QCOMPARE(calls.filter("createIMP").size(), target == OnDelivery ? 1 : 0);
-    }
-
     void aDropOnNothingAsksForADeliverable_data()
     {
-        QTest::addColumn<QByteArray>("button");
-        QTest::addColumn<bool>("taken");
-        QTest::addColumn<QString>("tree");
+        QTest::addColumn<QString>("added");
         QTest::addColumn<int>("version");
-        const QString film = "Film(Untitled IMP(Sequence x))";
-        QTest::newRow("Original") << QByteArray("originalBtn") << true << film + ",Untitled Original(Untitled IMP(A))"
-                                  << 1;
-        QTest::newRow("Supplemental") << QByteArray("supplementalBtn") << true
-                                      << film + ",Untitled Supplemental(Untitled IMP(A))" << 2;
-        QTest::newRow("Cancel") << QByteArray("cancelBtn") << false << film << 0;
-        QTest::newRow("closed") << QByteArray() << false << film << 0;
+        QTest::newRow("originalBtn") << ",Untitled Original(Untitled IMP(A))" << 1;
+        QTest::newRow("supplementalBtn") << ",Untitled Supplemental(Untitled IMP(A))" << 2;
+        QTest::newRow("cancelBtn") << "" << 0;
+        QTest::newRow("closed") << "" << 0;
     }
 
     void aDropOnNothingAsksForADeliverable()
     {
-        QFETCH(QByteArray, button);
+        QFETCH(QString, added);
         Shelf shelf;
-        WhenOpened answer(WhenOpened::clicking(button));
-        QTEST(shelf.drop({"a"}, {}), "taken");
-        QTEST(shape(*shelf.f.model), "tree");
+        WhenOpened answer(WhenOpened::clicking(QTest::currentDataTag()));
+        QCOMPARE(shelf.drop({"a"}, {}), !added.isEmpty());
+        QCOMPARE(shape(*shelf.f.model), "Film(Untitled IMP(Sequence x))" + added);
         QTEST(int(Model::VersionFromIndex(shelf.f.model->index(1, 0))), "version");
     }
 
@@ -177,21 +159,12 @@ private slots:
     {
         Shelf shelf;
         shelf.f.bridge.fail("createDelivery", 1, "No.");
-        QSignalSpy dropped(shelf.f.model.get(), &Model::sequenceDropped);
         QSignalSpy inserted(shelf.f.model.get(), &Model::rowsInserted);
         support::ModalAnswer refusal(QMessageBox::Ok);
         WhenOpened answer(WhenOpened::clicking("originalBtn"));
         QVERIFY(!shelf.drop({"a"}, {}));
         QCOMPARE(shape(*shelf.f.model), QString("Film(Untitled IMP(Sequence x))"));
-        QVERIFY(dropped.isEmpty());
         QVERIFY(inserted.isEmpty());
-    }
-
-    void aDropOnAnEditableCplIsRefused()
-    {
-        Shelf shelf;
-        QVERIFY(!shelf.drop({"a"}, shelf.cpl));
-        QCOMPARE(shape(*shelf.f.model), QString("Film(Untitled IMP(Sequence x))"));
     }
 
     void aHostThatComplainsFindsTheRowsInPlace()
@@ -242,10 +215,10 @@ private slots:
             QObject::disconnect(f.model.get(), &Model::sequenceDropped, nullptr, nullptr);
             f.withoutTester([&] { QVERIFY(f.model->dropMimeData(mime.get(), Qt::MoveAction, row, 0, target)); });
             QCOMPARE(f.tree().currentIndex().internalPointer(), selected);
-            for (const Kept& entry : qAsConst(kept))
+            for (const Kept& entry : qAsConst(kept)) {
                 QCOMPARE(entry.index.internalPointer(), const_cast<void*>(entry.item));
-            for (const Kept& entry : qAsConst(kept))
                 QCOMPARE(entry.index.row(), f.model->FromInternalPointer(entry.index.internalPointer())->row());
+            }
             f.tree().grab();
         }
     }
