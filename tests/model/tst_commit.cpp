@@ -3,6 +3,7 @@
 #include "StratacutUI/IMF_PackageDeliveryReader.h"
 #include "support/Assertions.h"
 #include "support/ModalAnswer.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QJsonDocument>
@@ -60,22 +61,20 @@ private slots:
 
     void theHostLearnsEverythingBeforeItCommits_data()
     {
-        QTest::addColumn<int>("item");
-        QTest::addColumn<QStringList>("calls");
+        const support::Rows<int, QStringList> row;
         const QString d = "applyDescriptiveMetadata(Film#1)";
         const QString i = "applyDescriptiveMetadata(Film#1/Untitled IMP)";
         const QString second = "applyDescriptiveMetadata(Film#1/Untitled IMP.1)";
         const QString settings = "applyCommitSettings(Film#1/Untitled IMP/Sequence m1)";
         const QString c = "applyDescriptiveMetadata(Film#1/Untitled IMP/Sequence m1)";
-        QTest::newRow("deliverable") << 0 << QStringList{d, i, settings, c, second, "commit(Film#1)"};
-        QTest::newRow("IMP") << 1 << QStringList{i, settings, c, d, "commit(Film#1/Untitled IMP)"};
-        QTest::newRow("CPL") << 2 << QStringList{settings, c};
+        row("deliverable", 0, QStringList{d, i, settings, c, second, "commit(Film#1)"});
+        row("IMP", 1, QStringList{i, settings, c, d, "commit(Film#1/Untitled IMP)"});
+        row("CPL", 2, QStringList{settings, c});
     }
 
     void theHostLearnsEverythingBeforeItCommits()
     {
-        QFETCH(int, item);
-        QFETCH(QStringList, calls);
+        const auto [item, calls] = support::fetched<int, QStringList>();
         Film film;
         film.commit(item == 0 ? film.delivery : item == 1 ? film.imp : film.cpl);
         QCOMPARE(film.f.bridge.takeCalls(), calls);
@@ -99,16 +98,16 @@ private slots:
 
     void anyRefusalStopsTheCommit_data()
     {
-        QTest::addColumn<QString>("refused");
-        QTest::newRow("settings") << "applyCommitSettings(Film#1/Untitled IMP/Sequence m1)";
-        QTest::newRow("metadata of the IMP") << "applyDescriptiveMetadata(Film#1/Untitled IMP)";
-        QTest::newRow("metadata of the deliverable") << "applyDescriptiveMetadata(Film#1)";
-        QTest::newRow("commit") << "commit(Film#1/Untitled IMP)";
+        const support::Rows<QString> row;
+        row("settings", "applyCommitSettings(Film#1/Untitled IMP/Sequence m1)");
+        row("metadata of the IMP", "applyDescriptiveMetadata(Film#1/Untitled IMP)");
+        row("metadata of the deliverable", "applyDescriptiveMetadata(Film#1)");
+        row("commit", "commit(Film#1/Untitled IMP)");
     }
 
     void anyRefusalStopsTheCommit()
     {
-        QFETCH(QString, refused);
+        const auto [refused] = support::fetched<QString>();
         Film film;
         film.f.bridge.failCall(refused, 32, "No.");
         ModalAnswer answer(QMessageBox::Ok);
@@ -202,16 +201,14 @@ private slots:
 
     void aFailedCommitIsShownAndChangesNothing_data()
     {
-        QTest::addColumn<int>("code");
-        QTest::addColumn<int>("icon");
-        QTest::newRow("warning") << 32 << int(QMessageBox::Warning);
-        QTest::newRow("error") << 1 << int(QMessageBox::Critical);
+        const support::Rows<int, int> row;
+        row("warning", 32, int(QMessageBox::Warning));
+        row("error", 1, int(QMessageBox::Critical));
     }
 
     void aFailedCommitIsShownAndChangesNothing()
     {
-        QFETCH(int, code);
-        QFETCH(int, icon);
+        const auto [code, icon] = support::fetched<int, int>();
         Film film;
         QSignalSpy completed(&film.f.controller(), &IMF_Controller::commitCompleted);
         film.commit(film.delivery);
@@ -257,15 +254,15 @@ private slots:
 
     void aLateCompletionIsDropped_data()
     {
-        QTest::addColumn<int>("gone");
-        QTest::newRow("the row") << 0;
-        QTest::newRow("the controller") << 1;
-        QTest::newRow("the model") << 2;
+        const support::Rows<int> row;
+        row("the row", 0);
+        row("the controller", 1);
+        row("the model", 2);
     }
 
     void aLateCompletionIsDropped()
     {
-        QFETCH(int, gone);
+        const auto [gone] = support::fetched<int>();
         Film film;
         film.commit(film.delivery);
         film.commit(film.imp);

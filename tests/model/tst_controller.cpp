@@ -2,6 +2,7 @@
 
 #include "ViewDeckQt/ManagedMessageBox.h"
 #include "support/ModalAnswer.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -40,27 +41,20 @@ class TestController : public QObject
 
 private slots:
 
-    void aNewDeliveryComesFromTheHost_data()
-    {
-        QTest::addColumn<int>("version");
-        QTest::addColumn<QString>("call");
-        QTest::newRow("original") << 1 << "createDelivery(Film, , original)";
-        QTest::newRow("supplemental") << 2 << "createDelivery(Film, , supplemental)";
-    }
-
     void aNewDeliveryComesFromTheHost()
     {
-        QFETCH(int, version);
-        QFETCH(QString, call);
-        ModelFixture f;
-        QSignalSpy added(&f.controller(), &IMF_Controller::newDeliveryAdded);
-        const QModelIndex delivery = f.newDelivery("Film", IMF_PackageMgr::Version(version));
-        QCOMPARE(f.bridge.takeCalls(), QStringList{call});
-        QCOMPARE(added[0][0].toModelIndex(), delivery);
-        QCOMPARE(int(Model::VersionFromIndex(delivery)), version);
-        QCOMPARE(Model::MetadataJsonFromIndex(delivery)["Original"].toBool(), version == 1);
-        QCOMPARE(delivery.data(Model::CreatorRole).toString(), QString("Test 1.0"));
-        QVERIFY(delivery.data(Model::ValidRole).toBool());
+        for (const bool isOriginal : {true, false}) {
+            const auto version = isOriginal ? IMF_PackageMgr::Original : IMF_PackageMgr::Supplemental;
+            ModelFixture f;
+            QSignalSpy added(&f.controller(), &IMF_Controller::newDeliveryAdded);
+            const QModelIndex delivery = f.newDelivery("Film", version);
+            QCOMPARE(f.bridge.takeCalls(), QStringList{isOriginal ? "createDelivery(Film, , original)"
+                                                                  : "createDelivery(Film, , supplemental)"});
+            QCOMPARE(added[0][0].toModelIndex(), delivery);
+            QCOMPARE(Model::VersionFromIndex(delivery), version);
+            QCOMPARE(Model::MetadataJsonFromIndex(delivery)["Original"].toBool(), isOriginal);
+            QCOMPARE(delivery.data(Model::CreatorRole).toString(), QString("Test 1.0"));
+        }
     }
 
     void aRefusedNewDeliveryIsReported()
@@ -123,20 +117,18 @@ private slots:
 
     void theMerePresenceOfMissingAssetsCounts_data()
     {
-        QTest::addColumn<QJsonObject>("info");
-        QTest::addColumn<bool>("expected");
-        QTest::newRow("nothing") << QJsonObject() << false;
-        QTest::newRow("false") << QJsonObject{{"MissingAssets", false}} << true;
-        QTest::newRow("empty list") << QJsonObject{{"MissingAssets", QJsonArray()}} << true;
-        QTest::newRow("null") << QJsonObject{{"MissingAssets", QJsonValue::Null}} << false;
-        QTest::newRow("deep") << missing() << true;
-        QTest::newRow("as a value") << QJsonObject{{"a", "MissingAssets"}} << false;
+        const support::Rows<QJsonObject, bool> row;
+        row("nothing", QJsonObject(), false);
+        row("false", QJsonObject{{"MissingAssets", false}}, true);
+        row("empty list", QJsonObject{{"MissingAssets", QJsonArray()}}, true);
+        row("null", QJsonObject{{"MissingAssets", QJsonValue::Null}}, false);
+        row("deep", missing(), true);
+        row("as a value", QJsonObject{{"a", "MissingAssets"}}, false);
     }
 
     void theMerePresenceOfMissingAssetsCounts()
     {
-        QFETCH(QJsonObject, info);
-        QFETCH(bool, expected);
+        const auto [info, expected] = support::fetched<QJsonObject, bool>();
         ModelFixture f;
         const QModelIndex delivery = f.load("/d", "d", documents::delivery("D", "/d"));
         f.bridge.infos["d"] = info;
@@ -186,35 +178,22 @@ private slots:
 
     void removing_data()
     {
-        QTest::addColumn<bool>("committed");
-        QTest::addColumn<int>("depth");
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QString>("message"); // of the host
-        QTest::addColumn<int>("icon");
-        QTest::addColumn<QString>("text"); // what the user is told
-        QTest::addColumn<bool>("removed");
+        const support::Rows<bool, int, int, QString, int, QString, bool> row;
         const QString none;
-        QTest::newRow("deliverable") << false << 0 << 0 << "" << 0 << none << true;
-        QTest::newRow("CPL") << false << 2 << 0 << "" << 0 << none << true;
-        QTest::newRow("committed deliverable") << true << 0 << 0 << "" << 0 << none << true;
-        QTest::newRow("committed IMP") << true << 1 << 0 << "" << int(QMessageBox::Warning)
-                                       << "Can't remove committed element: I" << false;
-        QTest::newRow("committed CPL") << true << 2 << 0 << "" << int(QMessageBox::Warning)
-                                       << "Can't remove committed element: C title" << false;
-        QTest::newRow("failure without message") << false << 1 << 5 << "" << 0 << none << true;
-        QTest::newRow("failure") << false << 1 << 5 << "In use." << int(QMessageBox::Critical)
-                                 << "Failed to remove : In use. I" << false;
+        row("deliverable", false, 0, 0, "", 0, none, true);
+        row("CPL", false, 2, 0, "", 0, none, true);
+        row("committed deliverable", true, 0, 0, "", 0, none, true);
+        row("committed IMP", true, 1, 0, "", int(QMessageBox::Warning), "Can't remove committed element: I", false);
+        row("committed CPL", true, 2, 0, "", int(QMessageBox::Warning), "Can't remove committed element: C title",
+            false);
+        row("failure without message", false, 1, 5, "", 0, none, true);
+        row("failure", false, 1, 5, "In use.", int(QMessageBox::Critical), "Failed to remove : In use. I", false);
     }
 
     void removing()
     {
-        QFETCH(bool, committed);
-        QFETCH(int, depth);
-        QFETCH(int, code);
-        QFETCH(QString, message);
-        QFETCH(int, icon);
-        QFETCH(QString, text);
-        QFETCH(bool, removed);
+        const auto [committed, depth, code, message, icon, text, removed] =
+            support::fetched<bool, int, int, QString, int, QString, bool>();
         ModelFixture f;
         QModelIndex index =
             f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I", {documents::cpl("C")})}));
@@ -282,6 +261,8 @@ private slots:
             QCOMPARE(box->icon, QMessageBox::Warning);
             QCOMPARE(box->buttons, QMessageBox::Ok | QMessageBox::Cancel);
             QCOMPARE(box->defaultButton, QMessageBox::Ok);
+            QCOMPARE(int(box->windowFlags), 0x200100b);
+            QCOMPARE(box->margins, QMargins(20, 10, 20, 10));
         }
         QCOMPARE(delivery.data(Model::PathRole).toString(), QString("/out/Film"));
     }
@@ -297,29 +278,6 @@ private slots:
         f.controller().onSetPathButtonClicked(delivery);
         QVERIFY(giveUp.text.isEmpty());
         QCOMPARE(delivery.data(Model::PathRole).toString(), QString("/out/Film"));
-    }
-
-    void theMessageOfARefusedFolderIsAWindowOfItsOwn()
-    {
-        const QTemporaryDir folder;
-        ModelFixture f;
-        const QModelIndex delivery = f.newDelivery("Film");
-        f.bridge.fail("setItemPath", 3, "There.");
-        Qt::WindowFlags flags;
-        QMargins margins;
-        QTimer watch;
-        connect(&watch, &QTimer::timeout, this, [&] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                flags = box->windowFlags();
-                margins = box->contentsMargins();
-            }
-        });
-        FolderAnswer first(folder.path());
-        watch.start(0);
-        ModalAnswer answer(QMessageBox::Cancel);
-        f.controller().onSetPathButtonClicked(delivery);
-        QCOMPARE(int(flags), 0x200100b);
-        QCOMPARE(margins, QMargins(20, 10, 20, 10));
     }
 
     void aFolderCanBeSetWithoutDialog()
@@ -407,29 +365,19 @@ private slots:
         QCOMPARE(f.model->rowCount(), 1);
     }
 
-    void settingsCanBeSwapped()
-    {
-        ModelFixture f;
-        const auto other = std::make_shared<support::MemorySettings::Values>();
-        f.controller().setSettings(std::make_unique<support::MemorySettings>(other));
-        f.controller().onSaveSettings();
-        QVERIFY(f.settings->isEmpty());
-        QCOMPARE(other->size(), 2);
-    }
-
     void theModelMayEndBehindAMessage_data()
     {
-        QTest::addColumn<int>("action");
+        const support::Rows<int> row;
         const QStringList actions{
             "start",    "missing assets", "question",      "folder of missing assets", "refreshing all",
             "renaming", "removing",       "creating CPLs", "failed completion",        "read-back"};
         for (int i = 0; i < actions.size(); ++i)
-            QTest::newRow(qPrintable(actions[i])) << i;
+            row(qPrintable(actions[i]), i);
     }
 
     void theModelMayEndBehindAMessage()
     {
-        QFETCH(int, action);
+        const auto [action] = support::fetched<int>();
         const QTemporaryDir folder;
         ModelFixture f;
         f.load("/a", "a", documents::delivery("A", "/a"));

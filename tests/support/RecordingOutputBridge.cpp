@@ -15,21 +15,6 @@ RecordingOutputBridge& RecordingOutputBridge::installed()
     return bridge;
 }
 
-void RecordingOutputBridge::fail(const QString& operation, quint8 code, const QString& message)
-{
-    m_failures.insert(operation, IMFO_Error_t(code, message));
-}
-
-void RecordingOutputBridge::failCall(const QString& call, quint8 code, const QString& message)
-{
-    m_failures.insert(call, IMFO_Error_t(code, message));
-}
-
-void RecordingOutputBridge::succeed()
-{
-    m_failures.clear();
-}
-
 void RecordingOutputBridge::reset()
 {
     calls.clear();
@@ -44,11 +29,6 @@ void RecordingOutputBridge::reset()
     onCall = nullptr;
     m_failures.clear();
     m_created = 0;
-}
-
-QStringList RecordingOutputBridge::takeCalls()
-{
-    return std::exchange(calls, {});
 }
 
 bool RecordingOutputBridge::record(IMFO_Error_t& error, const QString& operation, const QStringList& arguments)
@@ -76,21 +56,6 @@ void RecordingOutputBridge::getDeliveryInfo(IMFO_Error_t& error, const QByteArra
 {
     if (record(error, QStringLiteral("getDeliveryInfo"), {componentId, recursive ? "recursive" : "alone"}))
         info = infos.value(componentId);
-}
-
-void RecordingOutputBridge::reserved3(IMFO_Error_t& error)
-{
-    record(error, QStringLiteral("reserved3"), {});
-}
-
-void RecordingOutputBridge::reserved4(IMFO_Error_t& error)
-{
-    record(error, QStringLiteral("reserved4"), {});
-}
-
-void RecordingOutputBridge::reserved5(IMFO_Error_t& error)
-{
-    record(error, QStringLiteral("reserved5"), {});
 }
 
 void RecordingOutputBridge::createDelivery(IMFO_Error_t& error, const QString& name, QString& path, bool original,

@@ -8,6 +8,7 @@
 #include <QVector>
 
 #include <functional>
+#include <utility>
 
 namespace support
 {
@@ -45,22 +46,33 @@ public:
     std::function<void(const QString&)> onCall;
 
     /// Lets every call of the operation fail from now on: fail("renameItem", 1, "No.").
-    void fail(const QString& operation, quint8 code, const QString& message);
+    void fail(const QString& operation, quint8 code, const QString& message)
+    {
+        m_failures.insert(operation, IMFO_Error_t(code, message));
+    }
+
     /// Lets one call fail whose text is exactly `call`, each time: failCall("createIMP(id/B)", 1, "No.").
-    void failCall(const QString& call, quint8 code, const QString& message);
+    void failCall(const QString& call, quint8 code, const QString& message) { fail(call, code, message); }
+
     /// Takes back fail and failCall.
-    void succeed();
+    void succeed() { m_failures.clear(); }
+
     /// Back to the first state: nothing written down, nothing told.
     void reset();
+
     /// The calls since the last time, which are forgotten.
-    QStringList takeCalls();
+    QStringList takeCalls() { return std::exchange(calls, {}); }
 
     void readDelivery(IMFO_Error_t& error, const QString& path, std::pair<QByteArray, QJsonObject>& result) override;
     void getDeliveryInfo(IMFO_Error_t& error, const QByteArray& componentId, QJsonObject& info,
                          bool recursive) override;
-    void reserved3(IMFO_Error_t& error) override;
-    void reserved4(IMFO_Error_t& error) override;
-    void reserved5(IMFO_Error_t& error) override;
+
+    void reserved3(IMFO_Error_t&) override {}
+
+    void reserved4(IMFO_Error_t&) override {}
+
+    void reserved5(IMFO_Error_t&) override {}
+
     void createDelivery(IMFO_Error_t& error, const QString& name, QString& path, bool original,
                         QString& componentId) override;
     void removeItem(IMFO_Error_t& error, const QByteArray& componentId) override;
