@@ -7,6 +7,7 @@
 #include "support/Junk.h"
 #include "support/RecordingMediaEngine.h"
 #include "support/RecordingOutputBridge.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QJsonDocument>
@@ -18,8 +19,6 @@ using support::RecordingOutputBridge;
 
 namespace
 {
-const QString title = "ContentTitle";
-
 QJsonObject documentOf(const QString& mobId)
 {
     QJsonObject document = IMF_Utils::getDefaultJsonObject(IMF_PackageMgr::CPL);
@@ -208,15 +207,15 @@ private slots:
 
     void aFrameRateThatIsNotOfferedIsMarked_data()
     {
-        QTest::addColumn<QString>("rate");
-        QTest::newRow("not offered") << "12";
-        QTest::newRow("unknown, though offered") << "Unknown";
-        QTest::newRow("empty") << "";
+        const support::Rows<QString> row;
+        row("not offered", "12");
+        row("unknown, though offered", "Unknown");
+        row("empty", "");
     }
 
     void aFrameRateThatIsNotOfferedIsMarked()
     {
-        QFETCH(QString, rate);
+        const auto [rate] = support::fetched<QString>();
         m_engine->makeBuilder = [] {
             auto builder = std::make_shared<support::FakeTargetFormatBuilder>();
             builder->otherChoices["Frame Rate"] = QStringList{"23.976", "Unknown"};
@@ -247,37 +246,21 @@ private slots:
         QVERIFY(!Placed(QJsonObject())->isValid());
     }
 
-    void theTitleIsEditedAndTheNameStays()
-    {
-        Placed cpl(documentOf("mob"));
-        QVERIFY(!cpl->setName("Other"));
-        QCOMPARE(cpl->name(), QString("Film"));
-        QVERIFY(cpl->setDisplayName("Title"));
-        QVERIFY(!cpl->setContentTitle("Title"));
-        QCOMPARE(cpl->contentTitle(), QString("Title"));
-        QCOMPARE(section(cpl, "DescriptiveMetadata").value(title).toString(), QString("Title"));
-        QVERIFY(!cpl->setProperty("Nothing", "X"));
-        QCOMPARE(cpl->value(ImfDict::CPLMobID), QString("mob"));
-        QCOMPARE(cpl->id(), QString("id/IMP/Film"));
-    }
-
     void contentKindsKeepTheirCode_data()
     {
-        QTest::addColumn<QJsonValue>("stored");
-        QTest::addColumn<QString>("code");
-        QTest::newRow("label") << QJsonValue("Public Service Announcement - PSA") << "psa";
-        QTest::newRow("code") << QJsonValue(QJsonObject{{"Scope", "old"}, {"Value", "transitional"}}) << "transitional";
-        QTest::newRow("empty") << QJsonValue(QJsonObject{{"Scope", ""}, {"Value", ""}}) << "";
-        QTest::newRow("blank") << QJsonValue(" ") << "";
-        QTest::newRow("unknown") << QJsonValue(QJsonObject{{"Value", "documentary"}}) << "documentary";
-        QTest::newRow("no text") << QJsonValue(5) << "";
-        QTest::newRow("absent") << QJsonValue(QJsonValue::Undefined) << "";
+        const support::Rows<QJsonValue, QString> row;
+        row("label", QJsonValue("Public Service Announcement - PSA"), "psa");
+        row("code", QJsonValue(QJsonObject{{"Scope", "old"}, {"Value", "transitional"}}), "transitional");
+        row("empty", QJsonValue(QJsonObject{{"Scope", ""}, {"Value", ""}}), "");
+        row("blank", QJsonValue(" "), "");
+        row("unknown", QJsonValue(QJsonObject{{"Value", "documentary"}}), "documentary");
+        row("no text", QJsonValue(5), "");
+        row("absent", QJsonValue(QJsonValue::Undefined), "");
     }
 
     void contentKindsKeepTheirCode()
     {
-        QFETCH(QJsonValue, stored);
-        QFETCH(QString, code);
+        const auto [stored, code] = support::fetched<QJsonValue, QString>();
         Placed cpl(withKind(stored));
         const QString scope = "http://www.smpte-ra.org/schemas/2067-3/2013#content-kind";
         QCOMPARE(kindOf(cpl).value("Value").toString("missing"), code);
@@ -326,17 +309,6 @@ private slots:
         QVERIFY(!cpl->setProperty("Multiple Audio Mix", mix("A2 Mono")));
         QVERIFY(builder->calls.isEmpty());
         QCOMPARE(storedMix(cpl), mix("A2"));
-    }
-
-    void aCommittedCPLRefusesEveryChange()
-    {
-        Placed cpl(documentOf("mob"), IMF_PackageMgr::Committed);
-        const QJsonObject before = cpl->jsonObject();
-        for (const char* key : {"Issuer", "ContentTitle", "ContentKind", "Resolution", "Name"})
-            QVERIFY2(!cpl->setProperty(key, "X"), key);
-        QVERIFY(!cpl->setProperty("Multiple Audio Mix", mix("A2")));
-        QVERIFY(!cpl->setDisplayName("X"));
-        QCOMPARE(cpl->jsonObject(), before);
     }
 
     void aCommittedCPLShowsWhatTheHostReports()

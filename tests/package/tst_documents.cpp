@@ -3,6 +3,7 @@
 #include "StratacutUI/IMF_IMP.h"
 #include "StratacutUI/ImfDict.h"
 #include "support/Assertions.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QVariant>
@@ -73,33 +74,20 @@ private slots:
 
     void versionAndStatusComeFromTheDocument_data()
     {
-        QTest::addColumn<QJsonObject>("document");
-        QTest::addColumn<int>("version");
-        QTest::addColumn<int>("status");
-        QTest::newRow("nothing said") << QJsonObject{} << 0 << 1;
-        QTest::newRow("original") << QJsonObject{{"Original", true}, {"Mutable", true}} << 1 << 1;
-        QTest::newRow("Original wins over Kind") << QJsonObject{{"Original", false}, {"Kind", "Original"}} << 2 << 1;
-        QTest::newRow("original by kind") << QJsonObject{{"Kind", "Original"}, {"Mutable", false}} << 1 << 0;
-        QTest::newRow("any other kind") << QJsonObject{{"Kind", "original"}, {"Mutable", "true"}} << 2 << 0;
-        QTest::newRow("not a boolean") << QJsonObject{{"Original", "true"}} << 2 << 1;
+        const support::Rows<QJsonObject, int, int> row;
+        row("nothing said", QJsonObject{}, 0, 1);
+        row("original", QJsonObject{{"Original", true}, {"Mutable", true}}, 1, 1);
+        row("Original wins over Kind", QJsonObject{{"Original", false}, {"Kind", "Original"}}, 2, 1);
+        row("original by kind", QJsonObject{{"Kind", "Original"}, {"Mutable", false}}, 1, 0);
+        row("any other kind", QJsonObject{{"Kind", "original"}, {"Mutable", "true"}}, 2, 0);
+        row("not a boolean", QJsonObject{{"Original", "true"}}, 2, 1);
     }
 
     void versionAndStatusComeFromTheDocument()
     {
-        QFETCH(QJsonObject, document);
-        QTEST(int(deliverable(document).version()), "version");
-        QTEST(int(deliverable(document).status()), "status");
-    }
-
-    void argumentsOverrideTheDocument()
-    {
-        const IMF_Deliverable made({}, "/new", "New", "id", {{"Name", "Old"}, {"Path", "/old"}});
-        QCOMPARE(made.name(), QString("New"));
-        QCOMPARE(made.path(), QString("/new"));
-        QVERIFY(made.isValid());
-        QVERIFY(made == QString("/new"));
-        QVERIFY(made == IMF_Deliverable({}, "/new", "Other", "other", {}));
-        QVERIFY(!(made == QString("/new/")));
+        const auto [document, version, status] = support::fetched<QJsonObject, int, int>();
+        QCOMPARE(int(deliverable(document).version()), version);
+        QCOMPARE(int(deliverable(document).status()), status);
     }
 
     void aDeliveryWithoutNameOrPathIsNotValid()
@@ -133,16 +121,6 @@ private slots:
         imp.setValue(ImfDict::Path, "/anywhere");
         QCOMPARE(imp.getProperty("Path"), QString("/anywhere"));
         QCOMPARE(imp.id(), QString("/"));
-    }
-
-    void aNameIsWrittenOnlyWhereItDiffers()
-    {
-        IMF_Deliverable made = deliverable({});
-        QVERIFY(!made.setName("Film"));
-        QVERIFY(made.setName("Other"));
-        IMF_IMP imp({}, defaultDocument(IMF_PackageMgr::IMP), IMF_PackageMgr::Uncommitted);
-        QVERIFY(!imp.setName("IMP_name"));
-        QVERIFY(imp.setName("Other"));
     }
 
     void propertiesAreWrittenWhereTheyStand()

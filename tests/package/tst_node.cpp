@@ -1,6 +1,4 @@
-#include "StratacutUI/IMF_DataUtils.h"
 #include "StratacutUI/IMF_Node.h"
-#include "StratacutUI/ImfDict.h"
 #include "support/TestMain.h"
 
 #include <QRandomGenerator>
@@ -12,44 +10,11 @@ using NodePtr = std::shared_ptr<IMF_Node>;
 
 namespace
 {
-QJsonObject named(IMF_PackageMgr::NodeType type, const QString& name)
-{
-    QJsonObject document = IMF_Utils::getDefaultJsonObject(type);
-    document[ImfDict::Name] = name;
-    return document;
-}
-
 NodePtr appended(const NodePtr& parent)
 {
     const NodePtr node = IMF_Node::Create();
     parent->push_back(node);
     return node;
-}
-
-NodePtr appendedDelivery(const NodePtr& root, const QByteArray& id)
-{
-    const NodePtr node = appended(root);
-    node->value() = IMF_Deliverable(node, "/out", "Film", id, named(IMF_PackageMgr::Delivery, ""));
-    return node;
-}
-
-NodePtr appendedIMP(const NodePtr& parent, const QString& name)
-{
-    const NodePtr node = appended(parent);
-    node->value() = IMF_IMP(node, named(IMF_PackageMgr::IMP, name), IMF_PackageMgr::Uncommitted);
-    return node;
-}
-
-NodePtr appendedCPL(const NodePtr& parent, const QString& name)
-{
-    const NodePtr node = appended(parent);
-    node->value() = IMF_CPL(node, named(IMF_PackageMgr::CPL, name), IMF_PackageMgr::Uncommitted);
-    return node;
-}
-
-QString idOf(const NodePtr& node)
-{
-    return boost::apply_visitor(IMF_Utils::GetIdVisitor(), node->value());
 }
 
 int firstPosition(const std::vector<NodePtr>& list, const NodePtr& node)
@@ -83,77 +48,23 @@ void change(const NodePtr& parent, std::vector<NodePtr>& mirror, std::vector<Nod
 }
 } // namespace
 
-/// The tree: lists of children, positions, identifiers, life times.
+/// The tree: lists of children, positions, life times.
 class TestNode : public QObject
 {
     Q_OBJECT
 
 private slots:
 
-    void aFreshNodeIsAnUncommittedDeliveryWithoutPlace()
-    {
-        const NodePtr node = IMF_Node::Create();
-        QCOMPARE(node->value().which(), 0);
-        const auto& deliverable = boost::get<IMF_Deliverable>(node->value());
-        QCOMPARE(deliverable.status(), IMF_PackageMgr::Uncommitted);
-        QCOMPARE(deliverable.version(), IMF_PackageMgr::None);
-        QVERIFY(!deliverable.isValid());
-        QVERIFY(deliverable.jsonObject().isEmpty());
-        QVERIFY(!node->getParent());
-        QCOMPARE(node->row(), 0);
-        QCOMPARE(node->childPos(nullptr), -1);
-        QVERIFY_EXCEPTION_THROWN(boost::get<IMF_CPL>(node->value()), boost::bad_get);
-    }
-
-    void identifiersFollowTheTree()
-    {
-        const NodePtr root = IMF_Node::Create();
-        NodePtr delivery = appendedDelivery(root, "id-1");
-        const NodePtr imp = appendedIMP(delivery, "IMP");
-        const NodePtr cpl = appendedCPL(imp, "a/b");
-        QCOMPARE(idOf(delivery), QString("id-1"));
-        QCOMPARE(idOf(cpl), QString("id-1/IMP/a/b"));
-        QCOMPARE(cpl->data(0), QString("a/b"));
-        QCOMPARE(cpl->data(1), QString());
-        QCOMPARE(delivery->data(0), QString("Film"));
-        QCOMPARE(boost::apply_visitor(IMF_Utils::NodeTypeVisitor(), cpl->value()), IMF_PackageMgr::CPL);
-        QCOMPARE(boost::apply_visitor(IMF_Utils::GetJsonVisitor(), imp->value()).value("Name").toString(),
-                 QString("IMP"));
-        root->removeChild(0);
-        delivery.reset();
-        QCOMPARE(idOf(imp), QString("/IMP"));
-        QVERIFY(!imp->getParent());
-        QCOMPARE(imp->row(), 0);
-    }
-
     void aRemovedSubtreeDiesUnlessSomeoneHoldsIt()
     {
         const NodePtr root = IMF_Node::Create();
-        NodePtr delivery = appendedDelivery(root, "id");
-        const std::weak_ptr<IMF_Node> imp = appendedIMP(delivery, "IMP");
+        NodePtr delivery = appended(root);
+        const std::weak_ptr<IMF_Node> imp = appended(delivery);
         root->replace(0, IMF_Node::Create());
         QVERIFY(!imp.expired());
         delivery.reset();
         QVERIFY(imp.expired());
         QCOMPARE(root->getChild(0)->getParent(), root);
-    }
-
-    void aNodeTakenOverStaysInTheFormerList()
-    {
-        const NodePtr first = IMF_Node::Create();
-        const NodePtr second = IMF_Node::Create();
-        appended(first);
-        const NodePtr node = appended(first);
-        appended(second);
-        second->push_back(node);
-        QCOMPARE(node->getParent(), second);
-        QCOMPARE(node->row(), 1);
-        QCOMPARE(first->childPos(node), 1);
-        first->removeChild(0);
-        QCOMPARE(first->childPos(node), 0);
-        node->setParent(first);
-        QCOMPARE(node->row(), 0);
-        QCOMPARE(second->childCount(), 2);
     }
 
     void positionsAgreeWithAPlainSearchAfterRandomChanges()
