@@ -67,205 +67,155 @@ class tst_nineslice : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void everyImageOfTheCatalogueIsDrawn_data();
-    void everyImageOfTheCatalogueIsDrawn();
-    void noTwoImagesLookTheSame();
-    void groupAndNameMayBeSplitAnywhere();
-    void statusImagesHaveTheirNumbers();
-    void theFirstColourIsReplacedAndNothingElse();
-    void recolouringKeepsTheAccent();
-    void theToleranceDecidesWhatCountsAsGrey();
-    void imagesFollowTheSkin();
-    void aDescriptorsColoursAndOpacityAreUsed();
-    void aMissingImageShowsAPlaceholderAndWarnsOnce();
+
+    void init() { PaletteManager::Instance().setSkin(Skin::Dark); }
+
+    void everyImageIsDrawnAtEveryRatioAndUnlikeTheOthers()
+    {
+        const QString root = QStringLiteral(":/ViewDeckQt/images");
+        QDirIterator files(root, {QStringLiteral("*.svg")}, QDir::Files, QDirIterator::Subdirectories);
+        QHash<QByteArray, QString> seen;
+        while (files.hasNext()) {
+            const QString file = files.next().mid(root.size() + 1).chopped(4);
+            if (!file.contains(QLatin1Char('/')))
+                continue;
+            const QString group = file.section(QLatin1Char('/'), 0, 0);
+            const QString name = file.section(QLatin1Char('/'), 1);
+            const QImage image = straight(NineSlice::GetImage(group, name, 1));
+            QVERIFY(group == QLatin1String("panes") || image.size() == QSize(16, 16));
+            for (const qreal ratio : {1.0, 1.25, 2.0}) {
+                const QPixmap pixmap = NineSlice::GetImage(group, name, ratio);
+                QCOMPARE(pixmap.devicePixelRatio(), ratio);
+                QCOMPARE(pixmap.size(), (QSizeF(image.size()) * ratio).toSize());
+                const int drawn = countPixels(straight(pixmap), [](QRgb pixel) { return qAlpha(pixel) > 64; });
+                QVERIFY2(drawn >= 6 * ratio * ratio, qPrintable(file));
+            }
+            const QByteArray pixels(reinterpret_cast<const char*>(image.constBits()), int(image.sizeInBytes()));
+            QVERIFY2(!seen.contains(pixels), qPrintable(file + QStringLiteral(" = ") + seen.value(pixels)));
+            seen.insert(pixels, file);
+        }
+        QVERIFY(seen.size() > 20);
+    }
+
+    void groupAndNameMayBeSplitAnywhere()
+    {
+        const QImage whole = straight(named("General/folder_open.png"));
+        QCOMPARE(straight(NineSlice::GetImage(QStringLiteral("iconsV2/General"), QStringLiteral("folder_open"), 1)),
+                 whole);
+    }
+
+    void statusImagesHaveTheirNumbers()
+    {
+        QSet<QString> names;
+        for (const int id : {3, 4, 5}) {
+            const QString name = NineSlice::GetResourceIDString(id);
+            QVERIFY(NineSlice::HasImage(QStringLiteral("iconsV2"), name));
+            names.insert(name);
+        }
+        QCOMPARE(names.size(), 3);
+        QCOMPARE(NineSlice::GetResourceIDString(6), QString());
+    }
+
+    void theFirstColourIsReplacedAndNothingElse()
+    {
+        const QColor colour(200, 30, 90);
+        for (const char* name :
+             {"General/folder_open.png", "General/folder_closed.png", "General/imf_imp.png", "BinMedia/sequence.png"}) {
+            QImage image = named(name, 2).toImage();
+            const QImage before = image.convertToFormat(QImage::Format_ARGB32);
+            const QImage::Format format = image.format();
+            NineSlice::ChangeFirstIconColor(image, 0, colour);
+            QCOMPARE(image.devicePixelRatio(), 2.0);
+            QCOMPARE(image.format(), format);
+            QCOMPARE(image.convertToFormat(QImage::Format_Alpha8), before.convertToFormat(QImage::Format_Alpha8));
+            QCOMPARE(countPixels(image, [&](QRgb pixel) { return !isNear(pixel, colour); }), 0);
+            QVERIFY(countPixels(before, [&](QRgb pixel) { return !isNear(pixel, colour); }) > 20);
+        }
+        QImage none;
+        NineSlice::ChangeFirstIconColor(none, 0, colour);
+        QVERIFY(none.isNull());
+    }
+
+    void recolouringKeepsTheAccent()
+    {
+        QImage image = straight(NineSlice::GetImage(profileIcon, 1));
+        const int accent = countPixels(image, isColourful);
+        QVERIFY(accent > 8);
+        NineSlice::ChangeFirstIconColor(image, 0, Qt::white);
+        QCOMPARE(countPixels(image, isColourful), accent);
+        const QColor accentColour = PaletteManager::Instance().color(QStringLiteral("IconSecondColor"));
+        QCOMPARE(countPixels(image, [&](QRgb p) { return isOpaque(p) && isColourful(p) && !isNear(p, accentColour); }),
+                 0);
+        QVERIFY(countPixels(image, [](QRgb pixel) { return pixel == qRgb(255, 255, 255); }) > 4);
+    }
+
+    void theToleranceDecidesWhatCountsAsGrey()
+    {
+        QImage tinted(1, 1, QImage::Format_ARGB32);
+        tinted.fill(QColor(120, 130, 150));
+        QImage strict = tinted;
+        NineSlice::ChangeFirstIconColor(strict, 0, Qt::red);
+        QVERIFY(strict.pixelColor(0, 0) != QColor(Qt::red));
+        NineSlice::ChangeFirstIconColor(tinted, 30, Qt::red);
+        QCOMPARE(tinted.pixelColor(0, 0), QColor(Qt::red));
+    }
+
+    void imagesFollowTheSkin()
+    {
+        for (const Skin skin : {Skin::Dark, Skin::Light, Skin::Dark}) {
+            PaletteManager::Instance().setSkin(skin);
+            const QColor first = PaletteManager::Instance().color(QStringLiteral("IconFirstColor"));
+            const QImage image = straight(NineSlice::GetImage(plusIcon, 1));
+            QVERIFY(countPixels(image, [&](QRgb pixel) { return isOpaque(pixel) && isNear(pixel, first); }) > 20);
+            const NineSlice::IconColorSubstitution colors = NineSlice::GetIconColorSubstitution();
+            QCOMPARE(colors.first.toQColor(), first);
+            QVERIFY(colors.first != colors.second);
+        }
+    }
+
+    void aDescriptorsColoursAndOpacityAreUsed()
+    {
+        ResourceData custom = NineSlice::CreateCustomResourceData(profileIcon, RGBorange, NvRGBColor(0, 200, 80));
+        const QImage image = straight(NineSlice::GetImage(custom, 1));
+        QVERIFY(countPixels(image, [](QRgb pixel) { return pixel == RGBorange.toQColor().rgb(); }) > 4);
+        QVERIFY(countPixels(image, [](QRgb pixel) { return pixel == qRgb(0, 200, 80); }) > 4);
+        QCOMPARE(countPixels(image, [](QRgb pixel) { return isOpaque(pixel) && qRed(pixel) == qBlue(pixel); }), 0);
+
+        // The colours that the drawings themselves use, the other way round.
+        custom = NineSlice::CreateCustomResourceData(profileIcon, NvRGBColor(0, 128, 255), RGBgray8);
+        const QImage swapped = straight(NineSlice::GetImage(custom, 1));
+        QVERIFY(countPixels(swapped, [](QRgb pixel) { return pixel == qRgb(0, 128, 255); }) > 4);
+        QVERIFY(countPixels(swapped, [](QRgb pixel) { return pixel == qRgb(128, 128, 128); }) > 4);
+
+        custom = packageIcon;
+        custom.opacity = 102;
+        const QImage faint = straight(NineSlice::GetImage(custom, 1));
+        const QImage whole = straight(NineSlice::GetImage(packageIcon, 1));
+        for (int at = 0; at < 256; ++at) {
+            const double expected = qAlpha(whole.pixel(at % 16, at / 16)) * 0.4;
+            QVERIFY2(qAbs(qAlpha(faint.pixel(at % 16, at / 16)) - expected) <= 1, qPrintable(QString::number(at)));
+        }
+    }
+
+    void aMissingImageShowsAPlaceholderAndWarnsOnce()
+    {
+        QTest::ignoreMessage(QtWarningMsg, "NineSlice: there is no image \"General/nothing.png\" in \"iconsV2\"");
+        const QImage placeholder = straight(named("General/nothing.png"));
+        QCOMPARE(placeholder.size(), QSize(16, 16));
+        QVERIFY(countPixels(placeholder, [](QRgb pixel) { return qAlpha(pixel) > 64; }) > 20);
+
+        static int warnings = 0;
+        const QtMessageHandler former =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
+        const QImage again = straight(named("General/nothing.png"));
+        const int afterTheSame = warnings;
+        named("General/another.png");
+        qInstallMessageHandler(former);
+        QCOMPARE(again, placeholder);
+        QCOMPARE(afterTheSame, 0);
+        QCOMPARE(warnings, 1);
+    }
 };
-
-void tst_nineslice::init()
-{
-    PaletteManager::Instance().setSkin(Skin::Dark);
-}
-
-void tst_nineslice::everyImageOfTheCatalogueIsDrawn_data()
-{
-    struct Entry {
-        const char* group;
-        QList<const char*> names;
-    };
-
-    const Entry entries[] = {
-        {"panes/APane/divider_horizontal", {"default"}},
-        {"panes/APane/divider_horizontal/Tabs_Down",
-         {"down_facing", "down_facing_highlight_1", "down_facing_highlight_2", "down_facing_highlight_3",
-          "down_facing_highlight_4", "down_facing_highlight_5", "down_facing_highlight_6"}},
-        {"iconsV2/General",
-         {"imf_imp.png", "folder_closed.png", "folder_open.png", "harddrive_down_arrow", "LaunchProfileEditor.png",
-          "minus_icon.png", "plus_icon.png"}},
-        {"iconsV2/SourceBrowser", {"folders_tree.png"}},
-        {"iconsV2/Arrows", {"scroll_down", "scroll_right", "thin_arrow_right"}},
-        {"icons/Arrows", {"pane_collapse_arrow", "pane_expand_arrow", "small_arrow_down", "small_arrow_up"}},
-        {"iconsV2",
-         {"General/folder_open.png", "General/folder_closed.png", "General/imf_imp.png", "BinMedia/sequence.png"}},
-    };
-    QTest::addColumn<QString>("group");
-    QTest::addColumn<QString>("name");
-    for (const Entry& entry : entries) {
-        for (const char* name : entry.names)
-            QTest::addRow("%s %s", entry.group, name) << QString::fromLatin1(entry.group) << QString::fromLatin1(name);
-    }
-}
-
-void tst_nineslice::everyImageOfTheCatalogueIsDrawn()
-{
-    QFETCH(const QString, group);
-    QFETCH(const QString, name);
-    QVERIFY(NineSlice::HasImage(group, name));
-    const QSize size = NineSlice::GetImage(group, name, 1).size();
-    for (const qreal ratio : {1.0, 1.25, 2.0}) {
-        const QPixmap pixmap = NineSlice::GetImage(group, name, ratio);
-        QCOMPARE(pixmap.devicePixelRatio(), ratio);
-        QCOMPARE(pixmap.size(), (QSizeF(size) * ratio).toSize());
-        const int drawn = countPixels(straight(pixmap), [](QRgb pixel) { return qAlpha(pixel) > 64; });
-        QVERIFY2(drawn >= 6 * ratio * ratio, qPrintable(QString::number(drawn)));
-    }
-    if (!group.startsWith(QLatin1String("panes")))
-        QCOMPARE(size, QSize(16, 16));
-}
-
-void tst_nineslice::noTwoImagesLookTheSame()
-{
-    const QString root = QStringLiteral(":/ViewDeckQt/images");
-    QDirIterator files(root, {QStringLiteral("*.svg")}, QDir::Files, QDirIterator::Subdirectories);
-    QHash<QByteArray, QString> seen;
-    while (files.hasNext()) {
-        const QString file = files.next().mid(root.size() + 1).chopped(4);
-        if (!file.contains(QLatin1Char('/')))
-            continue;
-        const QImage image =
-            straight(NineSlice::GetImage(file.section(QLatin1Char('/'), 0, 0), file.section(QLatin1Char('/'), 1), 1));
-        const QByteArray pixels(reinterpret_cast<const char*>(image.constBits()), int(image.sizeInBytes()));
-        QVERIFY2(!seen.contains(pixels), qPrintable(file + QStringLiteral(" = ") + seen.value(pixels)));
-        seen.insert(pixels, file);
-    }
-    QVERIFY(seen.size() > 20);
-}
-
-void tst_nineslice::groupAndNameMayBeSplitAnywhere()
-{
-    const QImage whole = straight(named("General/folder_open.png"));
-    QCOMPARE(straight(NineSlice::GetImage(QStringLiteral("iconsV2/General"), QStringLiteral("folder_open"), 1)), whole);
-}
-
-void tst_nineslice::statusImagesHaveTheirNumbers()
-{
-    QSet<QString> names;
-    for (const int id : {3, 4, 5}) {
-        const QString name = NineSlice::GetResourceIDString(id);
-        QVERIFY(NineSlice::HasImage(QStringLiteral("iconsV2"), name));
-        names.insert(name);
-    }
-    QCOMPARE(names.size(), 3);
-    QCOMPARE(NineSlice::GetResourceIDString(6), QString());
-}
-
-void tst_nineslice::theFirstColourIsReplacedAndNothingElse()
-{
-    const QColor colour(200, 30, 90);
-    for (const char* name :
-         {"General/folder_open.png", "General/folder_closed.png", "General/imf_imp.png", "BinMedia/sequence.png"}) {
-        QImage image = named(name, 2).toImage();
-        const QImage before = image.convertToFormat(QImage::Format_ARGB32);
-        const QImage::Format format = image.format();
-        NineSlice::ChangeFirstIconColor(image, 0, colour);
-        QCOMPARE(image.devicePixelRatio(), 2.0);
-        QCOMPARE(image.format(), format);
-        QCOMPARE(image.convertToFormat(QImage::Format_Alpha8), before.convertToFormat(QImage::Format_Alpha8));
-        QCOMPARE(countPixels(image, [&](QRgb pixel) { return !isNear(pixel, colour); }), 0);
-        QVERIFY(countPixels(before, [&](QRgb pixel) { return !isNear(pixel, colour); }) > 20);
-    }
-    QImage none;
-    NineSlice::ChangeFirstIconColor(none, 0, colour);
-    QVERIFY(none.isNull());
-}
-
-void tst_nineslice::recolouringKeepsTheAccent()
-{
-    QImage image = straight(NineSlice::GetImage(profileIcon, 1));
-    const int accent = countPixels(image, isColourful);
-    QVERIFY(accent > 8);
-    NineSlice::ChangeFirstIconColor(image, 0, Qt::white);
-    QCOMPARE(countPixels(image, isColourful), accent);
-    const QColor accentColour = PaletteManager::Instance().color(QStringLiteral("IconSecondColor"));
-    QCOMPARE(countPixels(image, [&](QRgb p) { return isOpaque(p) && isColourful(p) && !isNear(p, accentColour); }), 0);
-    QVERIFY(countPixels(image, [](QRgb pixel) { return pixel == qRgb(255, 255, 255); }) > 4);
-}
-
-void tst_nineslice::theToleranceDecidesWhatCountsAsGrey()
-{
-    QImage tinted(1, 1, QImage::Format_ARGB32);
-    tinted.fill(QColor(120, 130, 150));
-    QImage strict = tinted;
-    NineSlice::ChangeFirstIconColor(strict, 0, Qt::red);
-    QVERIFY(strict.pixelColor(0, 0) != QColor(Qt::red));
-    NineSlice::ChangeFirstIconColor(tinted, 30, Qt::red);
-    QCOMPARE(tinted.pixelColor(0, 0), QColor(Qt::red));
-}
-
-void tst_nineslice::imagesFollowTheSkin()
-{
-    for (const Skin skin : {Skin::Dark, Skin::Light, Skin::Dark}) {
-        PaletteManager::Instance().setSkin(skin);
-        const QColor first = PaletteManager::Instance().color(QStringLiteral("IconFirstColor"));
-        const QImage image = straight(NineSlice::GetImage(plusIcon, 1));
-        QVERIFY(countPixels(image, [&](QRgb pixel) { return isOpaque(pixel) && isNear(pixel, first); }) > 20);
-        const NineSlice::IconColorSubstitution colors = NineSlice::GetIconColorSubstitution();
-        QCOMPARE(colors.first.toQColor(), first);
-        QVERIFY(colors.first != colors.second);
-    }
-}
-
-void tst_nineslice::aDescriptorsColoursAndOpacityAreUsed()
-{
-    ResourceData custom = NineSlice::CreateCustomResourceData(profileIcon, RGBorange, NvRGBColor(0, 200, 80));
-    const QImage image = straight(NineSlice::GetImage(custom, 1));
-    QVERIFY(countPixels(image, [](QRgb pixel) { return pixel == RGBorange.toQColor().rgb(); }) > 4);
-    QVERIFY(countPixels(image, [](QRgb pixel) { return pixel == qRgb(0, 200, 80); }) > 4);
-    QCOMPARE(countPixels(image, [](QRgb pixel) { return isOpaque(pixel) && qRed(pixel) == qBlue(pixel); }), 0);
-
-    // The colours that the drawings themselves use, the other way round.
-    custom = NineSlice::CreateCustomResourceData(profileIcon, NvRGBColor(0, 128, 255), RGBgray8);
-    const QImage swapped = straight(NineSlice::GetImage(custom, 1));
-    QVERIFY(countPixels(swapped, [](QRgb pixel) { return pixel == qRgb(0, 128, 255); }) > 4);
-    QVERIFY(countPixels(swapped, [](QRgb pixel) { return pixel == qRgb(128, 128, 128); }) > 4);
-
-    custom = packageIcon;
-    custom.opacity = 102;
-    const QImage faint = straight(NineSlice::GetImage(custom, 1));
-    const QImage whole = straight(NineSlice::GetImage(packageIcon, 1));
-    for (int at = 0; at < 256; ++at) {
-        const double expected = qAlpha(whole.pixel(at % 16, at / 16)) * 0.4;
-        QVERIFY2(qAbs(qAlpha(faint.pixel(at % 16, at / 16)) - expected) <= 1, qPrintable(QString::number(at)));
-    }
-}
-
-void tst_nineslice::aMissingImageShowsAPlaceholderAndWarnsOnce()
-{
-    QTest::ignoreMessage(QtWarningMsg, "NineSlice: there is no image \"General/nothing.png\" in \"iconsV2\"");
-    const QImage placeholder = straight(named("General/nothing.png"));
-    QCOMPARE(placeholder.size(), QSize(16, 16));
-    QVERIFY(countPixels(placeholder, [](QRgb pixel) { return qAlpha(pixel) > 64; }) > 20);
-
-    static int warnings = 0;
-    const QtMessageHandler former =
-        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
-    const QImage again = straight(named("General/nothing.png"));
-    const int afterTheSame = warnings;
-    named("General/another.png");
-    qInstallMessageHandler(former);
-    QCOMPARE(again, placeholder);
-    QCOMPARE(afterTheSame, 0);
-    QCOMPARE(warnings, 1);
-}
 
 QTEST_MAIN(tst_nineslice)
 #include "tst_nineslice.moc"

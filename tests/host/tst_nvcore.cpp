@@ -91,207 +91,174 @@ class tst_nvcore : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void rangesAgreeWithAPlainTableUnderRandomChanges();
-    void rangesReachTheEndsOfTheNumbers();
-    void aReversedOrEmptySpanChangesNothing();
 
-    void theFirstPlaceThatKnowsAToggleDecides();
-    void aToggleWordIsReadInEveryForm_data();
-    void aToggleWordIsReadInEveryForm();
-    void anUnreadableToggleWordCountsAsAbsentAndIsReportedOnce();
+    void init()
+    {
+        qunsetenv(multiMixVariable);
+        TGL_ResetToggle(multiMix);
+        TGL_SetToggleFile(m_folder.filePath(QStringLiteral("toggles")));
+        QFile::remove(TGL_ToggleFile());
+    }
 
-    void aFailedCheckReportsItsExpressionAndItsFile();
-    void aCheckEvaluatesItsExpressionOnceAndWorksAsAStatement();
-    void theDefaultHandlerEndsADebugBuildOnly();
+    void rangesAgreeWithAPlainTableUnderRandomChanges()
+    {
+        const quint32 seed = QRandomGenerator::global()->generate();
+        qInfo("seed %u", seed);
+        QRandomGenerator random(seed);
+        for (int round = 0; round < 40; ++round) {
+            const std::unique_ptr<RangeArray> map = RangeArray::New();
+            ReferenceMap reference;
+            for (int step = 0; step < 60; ++step) {
+                const int first = random.bounded(ReferenceMap::Size);
+                const int end = first + random.bounded(ReferenceMap::Size - first + 1);
+                const int value = random.bounded(-1, 3);
+                map->SetRange(first, end, value);
+                reference.set(first, end, value);
+                compare(*map, reference);
+                if (QTest::currentTestFailed())
+                    return;
+            }
+        }
+    }
 
-    void aTextFollowsTheLanguage();
-    void anInstalledLookupComesBeforeTheTranslators();
+    void rangesReachTheEndsOfTheNumbersAndNeverRunBackwards()
+    {
+        using Limits = std::numeric_limits<qint64>;
+        RangeArray map;
+        map.SetRange(Limits::min(), Limits::max(), 7);
+        map.SetRange(0, 10, RangeArray::Unset);
+        map.SetRange(8, 2, 2);
+        QCOMPARE(map.GetRange(Limits::min()), 7);
+        QCOMPARE(map.GetRange(Limits::max() - 1), 7);
+        QCOMPARE(map.GetRange(5), RangeArray::Unset);
+        QCOMPARE(map.count(), 2);
+    }
+
+    void theFirstPlaceThatKnowsAToggleDecides()
+    {
+        QVERIFY(!TGL_GetToggle(multiMix));
+        QVERIFY(!TGL_GetToggle("/Nobody/Knows"));
+        writeFile(TGL_ToggleFile(),
+                  "# comment\n/Stratacut/IMFMultipleAudioMix = off\n#/Stratacut/IMFMultipleAudioMix = off\n"
+                  "/Stratacut/IMFMultipleAudioMix=on\n/Stratacut/IMFMultipleAudioMixer = off\n");
+        QVERIFY(TGL_GetToggle(multiMix));
+        QVERIFY(!TGL_GetToggle("/Stratacut/IMFMCAMetadata"));
+        qputenv(multiMixVariable, "off");
+        QVERIFY(!TGL_GetToggle(multiMix));
+        TGL_SetToggle(multiMix, true);
+        QVERIFY(TGL_GetToggle(multiMix));
+        TGL_ResetToggle(multiMix);
+        QVERIFY(!TGL_GetToggle(multiMix));
+        qunsetenv(multiMixVariable);
+        writeFile(TGL_ToggleFile(), "/Stratacut/IMFMultipleAudioMix = no");
+        QVERIFY(!TGL_GetToggle(multiMix));
+    }
+
+    void aToggleWordIsReadInEveryForm()
+    {
+        const QByteArrayList words{"on", "ON", "True", "yes", " 1 ", "off", "False", "NO", "0"};
+        for (int i = 0; i < words.size(); ++i) {
+            const bool on = i < 5;
+            writeFile(TGL_ToggleFile(), QByteArray(multiMix) + " = " + (on ? "off" : "on"));
+            qputenv(multiMixVariable, words[i]);
+            QVERIFY2(TGL_GetToggle(multiMix) == on, words[i]);
+        }
+    }
+
+    void anUnreadableToggleWordCountsAsAbsentAndIsReportedOnce()
+    {
+        writeFile(TGL_ToggleFile(), "/Stratacut/IMFMultipleAudioMix = on\n");
+        qputenv(multiMixVariable, "perhaps");
+        QTest::ignoreMessage(QtWarningMsg, "Toggle /Stratacut/IMFMultipleAudioMix: \"perhaps\" in "
+                                           "TGL_Stratacut_IMFMultipleAudioMix is not a value; write on or off");
+        QVERIFY(TGL_GetToggle(multiMix));
+
+        static int warnings = 0;
+        const QtMessageHandler former =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
+        const bool again = TGL_GetToggle(multiMix);
+        qInstallMessageHandler(former);
+        QVERIFY(again);
+        QCOMPARE(warnings, 0);
+    }
+
+    void aFailedCheckReportsItsExpressionAndItsFile()
+    {
+        QVector<Report> reports;
+        const NvAssertHandler former = nvSetAssertHandler([&](const QByteArray& expression, const QByteArray& source) {
+            reports << Report{expression, source};
+        });
+        const int* mime = nullptr;
+        NV_ASSERT(mime != nullptr);
+        NV_ASSERT(mime == nullptr);
+        NV_ASSERT(std::is_same<int, long>::value);
+        nvAssertFailed("x", "C:\\source\\IMF_CPL.test.cpp");
+        nvSetAssertHandler(former);
+        QCOMPARE(reports.size(), 3);
+        QCOMPARE(reports[0].expression, QByteArray("mime != nullptr"));
+        QCOMPARE(reports[0].source, QByteArray("tst_nvcore"));
+        QCOMPARE(reports[1].expression, QByteArray("std::is_same<int, long>::value"));
+        QCOMPARE(reports[2].source, QByteArray("IMF_CPL"));
+    }
+
+    void aCheckEvaluatesItsExpressionOnceAndWorksAsAStatement()
+    {
+        int reports = 0;
+        const NvAssertHandler former = nvSetAssertHandler([&](const QByteArray&, const QByteArray&) { ++reports; });
+        int evaluations = 0;
+        if (evaluations == 0)
+            NV_ASSERT(++evaluations == 2);
+        else
+            QFAIL("the check swallowed the branch");
+        nvSetAssertHandler(former);
+        QCOMPARE(evaluations, 1);
+        QCOMPARE(reports, 1);
+    }
+
+    void theDefaultHandlerEndsADebugBuildOnly()
+    {
+        QProcess probe;
+        probe.start(QStringLiteral(ASSERT_PROBE), QStringList());
+        QVERIFY(probe.waitForFinished());
+        const QByteArray errors = probe.readAllStandardError();
+#if defined(STRATACUT_DEBUG)
+        QCOMPARE(probe.exitStatus(), QProcess::CrashExit);
+        QVERIFY2(errors.contains("Assertion failed in assert_probe: 1 + 1 == 3"), errors.constData());
+        QVERIFY(!probe.readAllStandardOutput().contains("went on"));
+#else
+        QCOMPARE(probe.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(errors, QByteArray());
+        QCOMPARE(probe.readAllStandardOutput(), QByteArray("went on\n"));
+#endif
+    }
+
+    void aTextFollowsTheLanguage()
+    {
+        const NvText text = stx_func("Select Delivery Folder");
+        QCOMPARE(QString(text), QStringLiteral("Select Delivery Folder"));
+        UpperCaseTranslator translator;
+        QVERIFY(QCoreApplication::installTranslator(&translator));
+        QCOMPARE(text.toQString(), QStringLiteral("SELECT DELIVERY FOLDER"));
+        QCOMPARE(text.key(), QByteArray("Select Delivery Folder"));
+        QCOMPARE(NvText().toQString(), QString());
+        QCoreApplication::removeTranslator(&translator);
+    }
+
+    void anInstalledLookupComesBeforeTheTranslators()
+    {
+        NvTextTranslation::install(
+            [](const QByteArray& key) { return key == "Cancel" ? QStringLiteral("Annuler") : QString(); });
+        const QString known = stx_func("Cancel");
+        const QString unknown = stx_func("Original");
+        NvTextTranslation::install({});
+        QCOMPARE(known, QStringLiteral("Annuler"));
+        QCOMPARE(unknown, QStringLiteral("Original"));
+        QCOMPARE(stx_func("Cancel").toQString(), QStringLiteral("Cancel"));
+    }
 
 private:
     QTemporaryDir m_folder;
 };
-
-void tst_nvcore::init()
-{
-    qunsetenv(multiMixVariable);
-    TGL_ResetToggle(multiMix);
-    TGL_SetToggleFile(m_folder.filePath(QStringLiteral("toggles")));
-    QFile::remove(TGL_ToggleFile());
-}
-
-void tst_nvcore::rangesAgreeWithAPlainTableUnderRandomChanges()
-{
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
-    for (int round = 0; round < 40; ++round) {
-        const std::unique_ptr<RangeArray> map = RangeArray::New();
-        ReferenceMap reference;
-        for (int step = 0; step < 60; ++step) {
-            const int first = random.bounded(ReferenceMap::Size);
-            const int end = first + random.bounded(ReferenceMap::Size - first + 1);
-            const int value = random.bounded(-1, 3);
-            map->SetRange(first, end, value);
-            reference.set(first, end, value);
-            compare(*map, reference);
-            if (QTest::currentTestFailed())
-                return;
-        }
-    }
-}
-
-void tst_nvcore::rangesReachTheEndsOfTheNumbers()
-{
-    using Limits = std::numeric_limits<qint64>;
-    RangeArray map;
-    map.SetRange(Limits::min(), Limits::max(), 7);
-    map.SetRange(0, 10, RangeArray::Unset);
-    QCOMPARE(map.GetRange(Limits::min()), 7);
-    QCOMPARE(map.GetRange(Limits::max() - 1), 7);
-    QCOMPARE(map.GetRange(5), RangeArray::Unset);
-    QCOMPARE(map.count(), 2);
-}
-
-void tst_nvcore::aReversedOrEmptySpanChangesNothing()
-{
-    RangeArray map;
-    map.SetRange(0, 10, 1);
-    map.SetRange(5, 5, 2);
-    map.SetRange(8, 2, 2);
-    QCOMPARE(map.count(), 1);
-    QCOMPARE(map.rangeAt(3).end, qint64(10));
-}
-
-void tst_nvcore::theFirstPlaceThatKnowsAToggleDecides()
-{
-    QVERIFY(!TGL_GetToggle(multiMix));
-    QVERIFY(!TGL_GetToggle("/Nobody/Knows"));
-    writeFile(TGL_ToggleFile(),
-              "# comment\n/Stratacut/IMFMultipleAudioMix = off\n#/Stratacut/IMFMultipleAudioMix = off\n"
-              "/Stratacut/IMFMultipleAudioMix=on\n/Stratacut/IMFMultipleAudioMixer = off\n");
-    QVERIFY(TGL_GetToggle(multiMix));
-    QVERIFY(!TGL_GetToggle("/Stratacut/IMFMCAMetadata"));
-    qputenv(multiMixVariable, "off");
-    QVERIFY(!TGL_GetToggle(multiMix));
-    TGL_SetToggle(multiMix, true);
-    QVERIFY(TGL_GetToggle(multiMix));
-    TGL_ResetToggle(multiMix);
-    QVERIFY(!TGL_GetToggle(multiMix));
-    qunsetenv(multiMixVariable);
-    writeFile(TGL_ToggleFile(), "/Stratacut/IMFMultipleAudioMix = no");
-    QVERIFY(!TGL_GetToggle(multiMix));
-}
-
-void tst_nvcore::aToggleWordIsReadInEveryForm_data()
-{
-    QTest::addColumn<QByteArray>("word");
-    QTest::addColumn<bool>("on");
-    for (const char* word : {"on", "ON", "True", "yes", " 1 "})
-        QTest::newRow(word) << QByteArray(word) << true;
-    for (const char* word : {"off", "False", "NO", "0"})
-        QTest::newRow(word) << QByteArray(word) << false;
-}
-
-void tst_nvcore::aToggleWordIsReadInEveryForm()
-{
-    QFETCH(const QByteArray, word);
-    QFETCH(const bool, on);
-    writeFile(TGL_ToggleFile(), QByteArray(multiMix) + " = " + (on ? "off" : "on"));
-    qputenv(multiMixVariable, word);
-    QCOMPARE(TGL_GetToggle(multiMix), on);
-}
-
-void tst_nvcore::anUnreadableToggleWordCountsAsAbsentAndIsReportedOnce()
-{
-    writeFile(TGL_ToggleFile(), "/Stratacut/IMFMultipleAudioMix = on\n");
-    qputenv(multiMixVariable, "perhaps");
-    QTest::ignoreMessage(QtWarningMsg, "Toggle /Stratacut/IMFMultipleAudioMix: \"perhaps\" in "
-                                       "TGL_Stratacut_IMFMultipleAudioMix is not a value; write on or off");
-    QVERIFY(TGL_GetToggle(multiMix));
-
-    static int warnings = 0;
-    const QtMessageHandler former =
-        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
-    const bool again = TGL_GetToggle(multiMix);
-    qInstallMessageHandler(former);
-    QVERIFY(again);
-    QCOMPARE(warnings, 0);
-}
-
-void tst_nvcore::aFailedCheckReportsItsExpressionAndItsFile()
-{
-    QVector<Report> reports;
-    const NvAssertHandler former = nvSetAssertHandler([&](const QByteArray& expression, const QByteArray& source) {
-        reports << Report{expression, source};
-    });
-    const int* mime = nullptr;
-    NV_ASSERT(mime != nullptr);
-    NV_ASSERT(mime == nullptr);
-    NV_ASSERT(std::is_same<int, long>::value);
-    nvAssertFailed("x", "C:\\source\\IMF_CPL.test.cpp");
-    nvSetAssertHandler(former);
-    QCOMPARE(reports.size(), 3);
-    QCOMPARE(reports[0].expression, QByteArray("mime != nullptr"));
-    QCOMPARE(reports[0].source, QByteArray("tst_nvcore"));
-    QCOMPARE(reports[1].expression, QByteArray("std::is_same<int, long>::value"));
-    QCOMPARE(reports[2].source, QByteArray("IMF_CPL"));
-}
-
-void tst_nvcore::aCheckEvaluatesItsExpressionOnceAndWorksAsAStatement()
-{
-    int reports = 0;
-    const NvAssertHandler former = nvSetAssertHandler([&](const QByteArray&, const QByteArray&) { ++reports; });
-    int evaluations = 0;
-    if (evaluations == 0)
-        NV_ASSERT(++evaluations == 2);
-    else
-        QFAIL("the check swallowed the branch");
-    nvSetAssertHandler(former);
-    QCOMPARE(evaluations, 1);
-    QCOMPARE(reports, 1);
-}
-
-void tst_nvcore::theDefaultHandlerEndsADebugBuildOnly()
-{
-    QProcess probe;
-    probe.start(QStringLiteral(ASSERT_PROBE), QStringList());
-    QVERIFY(probe.waitForFinished());
-    const QByteArray errors = probe.readAllStandardError();
-#if defined(STRATACUT_DEBUG)
-    QCOMPARE(probe.exitStatus(), QProcess::CrashExit);
-    QVERIFY2(errors.contains("Assertion failed in assert_probe: 1 + 1 == 3"), errors.constData());
-    QVERIFY(!probe.readAllStandardOutput().contains("went on"));
-#else
-    QCOMPARE(probe.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(errors, QByteArray());
-    QCOMPARE(probe.readAllStandardOutput(), QByteArray("went on\n"));
-#endif
-}
-
-void tst_nvcore::aTextFollowsTheLanguage()
-{
-    const NvText text = stx_func("Select Delivery Folder");
-    QCOMPARE(QString(text), QStringLiteral("Select Delivery Folder"));
-    UpperCaseTranslator translator;
-    QVERIFY(QCoreApplication::installTranslator(&translator));
-    QCOMPARE(text.toQString(), QStringLiteral("SELECT DELIVERY FOLDER"));
-    QCOMPARE(text.key(), QByteArray("Select Delivery Folder"));
-    QCOMPARE(NvText().toQString(), QString());
-    QCoreApplication::removeTranslator(&translator);
-}
-
-void tst_nvcore::anInstalledLookupComesBeforeTheTranslators()
-{
-    NvTextTranslation::install(
-        [](const QByteArray& key) { return key == "Cancel" ? QStringLiteral("Annuler") : QString(); });
-    const QString known = stx_func("Cancel");
-    const QString unknown = stx_func("Original");
-    NvTextTranslation::install({});
-    QCOMPARE(known, QStringLiteral("Annuler"));
-    QCOMPARE(unknown, QStringLiteral("Original"));
-    QCOMPARE(stx_func("Cancel").toQString(), QStringLiteral("Cancel"));
-}
 
 QTEST_GUILESS_MAIN(tst_nvcore)
 #include "tst_nvcore.moc"

@@ -2,6 +2,7 @@
 #include "ViewDeckQt/ManagedDialog.h"
 #include "ViewDeckQt/ManagedMessageBox.h"
 #include "ViewDeckQt/PaletteManager.h"
+#include "support/Rows.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -23,7 +24,6 @@ using Palette::Skin;
 using ViewDeckQt::ManagedDialog;
 using ViewDeckQt::ManagedWindow;
 using Answer = std::function<void(QMessageBox&)>;
-Q_DECLARE_METATYPE(Answer)
 
 namespace
 {
@@ -102,205 +102,185 @@ class tst_viewdeck : public QObject
     Q_OBJECT
 
 private slots:
-    void aMessageBoxAnswersWhatTheUserDid_data();
-    void aMessageBoxAnswersWhatTheUserDid();
-    void aMessageBoxSurvivesTheEndOfItsParent();
-    void aMessageBoxShowsItsTextVerbatimAndIsRegistered();
-    void theWindowUsedLastComesFirstUntilItIsHidden();
-    void aManagedTitleFollowsTheLanguage();
-    void aNewSkinReachesEveryWidget();
-    void textIsReadableInBothSkins();
-    void anUnknownColourIsReportedOnce();
-    void aDefaultNameTakesTheLowestFreeNumber_data();
-    void aDefaultNameTakesTheLowestFreeNumber();
-};
 
-void tst_viewdeck::aMessageBoxAnswersWhatTheUserDid_data()
-{
-    QTest::addColumn<int>("buttons");
-    QTest::addColumn<int>("byDefault");
-    QTest::addColumn<Answer>("act");
-    QTest::addColumn<int>("expected");
-    using Box = QMessageBox;
-    const int yesNo = Box::Yes | Box::No;
-    QTest::newRow("click Yes") << yesNo << int(Box::No) << clickOn(Box::Yes) << int(Box::Yes);
-    QTest::newRow("click No") << yesNo << int(Box::Yes) << clickOn(Box::No) << int(Box::No);
-    QTest::newRow("Enter takes the default") << yesNo << int(Box::No) << Answer(pressEnter) << int(Box::No);
-    QTest::newRow("Escape means No") << yesNo << int(Box::Yes) << Answer(pressEscape) << int(Box::No);
-    QTest::newRow("closing means No") << yesNo << int(Box::Yes) << Answer(closeWindow) << int(Box::No);
-    QTest::newRow("Cancel before No") << int(yesNo | Box::Cancel) << int(Box::Yes) << Answer(pressEscape)
-                                      << int(Box::Cancel);
-    QTest::newRow("closing a notice") << int(Box::Ok) << int(Box::Ok) << Answer(closeWindow) << int(Box::Ok);
-    QTest::newRow("closing without a way back")
-        << int(Box::Yes | Box::YesToAll) << int(Box::Yes) << Answer(closeWindow) << int(Box::Yes);
-    QTest::newRow("click Ignore") << int(yesNo | Box::Ignore) << int(Box::No) << clickOn(Box::Ignore)
-                                  << int(Box::Ignore);
-}
+    void aMessageBoxAnswersWhatTheUserDid_data()
+    {
+        const support::Rows<int, int, Answer, int> row;
+        using Box = QMessageBox;
+        const int yesNo = Box::Yes | Box::No;
+        row("click Yes", yesNo, int(Box::No), clickOn(Box::Yes), int(Box::Yes));
+        row("click No", yesNo, int(Box::Yes), clickOn(Box::No), int(Box::No));
+        row("Enter takes the default", yesNo, int(Box::No), Answer(pressEnter), int(Box::No));
+        row("Escape means No", yesNo, int(Box::Yes), Answer(pressEscape), int(Box::No));
+        row("closing means No", yesNo, int(Box::Yes), Answer(closeWindow), int(Box::No));
+        row("Cancel before No", int(yesNo | Box::Cancel), int(Box::Yes), Answer(pressEscape), int(Box::Cancel));
+        row("closing a notice", int(Box::Ok), int(Box::Ok), Answer(closeWindow), int(Box::Ok));
+        row("closing without a way back", int(Box::Yes | Box::YesToAll), int(Box::Yes), Answer(closeWindow),
+            int(Box::Yes));
+        row("click Ignore", int(yesNo | Box::Ignore), int(Box::No), clickOn(Box::Ignore), int(Box::Ignore));
+    }
 
-void tst_viewdeck::aMessageBoxAnswersWhatTheUserDid()
-{
-    QFETCH(const int, buttons);
-    QFETCH(const int, byDefault);
-    QFETCH(const Answer, act);
-    QFETCH(const int, expected);
-    whenABoxOpens(act);
-    const int answer = ViewDeckQt::ManagedMessageBox::messageBox(
-        nullptr, QMessageBox::Question, QStringLiteral("Title"), QStringLiteral("Text"),
-        QMessageBox::StandardButtons(buttons), QMessageBox::StandardButton(byDefault));
-    QCOMPARE(answer, expected);
-    QVERIFY(ManagedWindow::openWindows().isEmpty());
-}
+    void aMessageBoxAnswersWhatTheUserDid()
+    {
+        const auto [buttons, byDefault, act, expected] = support::fetched<int, int, Answer, int>();
+        whenABoxOpens(act);
+        const int answer = ViewDeckQt::ManagedMessageBox::messageBox(
+            nullptr, QMessageBox::Question, QStringLiteral("Title"), QStringLiteral("Text"),
+            QMessageBox::StandardButtons(buttons), QMessageBox::StandardButton(byDefault));
+        QCOMPARE(answer, expected);
+        QVERIFY(ManagedWindow::openWindows().isEmpty());
+    }
 
-void tst_viewdeck::aMessageBoxSurvivesTheEndOfItsParent()
-{
-    auto* parent = new QWidget;
-    QPointer<QMessageBox> seen;
-    whenABoxOpens([&](QMessageBox& box) {
-        seen = &box;
-        delete parent;
-    });
-    const auto answer = ViewDeckQt::ManagedMessageBox::messageBox(parent, QMessageBox::Question, QString(), QString(),
-                                                                  QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
-    QCOMPARE(answer, QMessageBox::No);
-    QVERIFY(seen.isNull());
-}
+    void aMessageBoxSurvivesTheEndOfItsParent()
+    {
+        auto* parent = new QWidget;
+        QPointer<QMessageBox> seen;
+        whenABoxOpens([&](QMessageBox& box) {
+            seen = &box;
+            delete parent;
+        });
+        const auto answer = ViewDeckQt::ManagedMessageBox::messageBox(
+            parent, QMessageBox::Question, QString(), QString(), QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
+        QCOMPARE(answer, QMessageBox::No);
+        QVERIFY(seen.isNull());
+    }
 
-void tst_viewdeck::aMessageBoxShowsItsTextVerbatimAndIsRegistered()
-{
-    const QString text = QStringLiteral("Can't remove <b>A & B</b>");
-    QString shown;
-    QString title;
-    Qt::TextFormat format = Qt::RichText;
-    QMessageBox::Icon icon = QMessageBox::NoIcon;
-    bool registered = false;
-    whenABoxOpens([&](QMessageBox& box) {
-        shown = box.text();
-        title = box.windowTitle();
-        format = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))->textFormat();
-        icon = box.icon();
-        registered = ManagedWindow::activeWindow() == &box;
-        box.close();
-    });
-    ViewDeckQt::ManagedMessageBox::messageBox(nullptr, QMessageBox::Warning, QStringLiteral("Norvel Stratacut"), text,
-                                              QMessageBox::Ok, QMessageBox::Ok);
-    QCOMPARE(shown, text);
-    QCOMPARE(title, QStringLiteral("Norvel Stratacut"));
-    QCOMPARE(format, Qt::PlainText);
-    QCOMPARE(icon, QMessageBox::Warning);
-    QVERIFY(registered);
-}
+    void aMessageBoxShowsItsTextVerbatimAndIsRegistered()
+    {
+        const QString text = QStringLiteral("Can't remove <b>A & B</b>");
+        QString shown;
+        QString title;
+        Qt::TextFormat format = Qt::RichText;
+        QMessageBox::Icon icon = QMessageBox::NoIcon;
+        bool registered = false;
+        whenABoxOpens([&](QMessageBox& box) {
+            shown = box.text();
+            title = box.windowTitle();
+            format = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))->textFormat();
+            icon = box.icon();
+            registered = ManagedWindow::activeWindow() == &box;
+            box.close();
+        });
+        ViewDeckQt::ManagedMessageBox::messageBox(nullptr, QMessageBox::Warning, QStringLiteral("Norvel Stratacut"),
+                                                  text, QMessageBox::Ok, QMessageBox::Ok);
+        QCOMPARE(shown, text);
+        QCOMPARE(title, QStringLiteral("Norvel Stratacut"));
+        QCOMPARE(format, Qt::PlainText);
+        QCOMPARE(icon, QMessageBox::Warning);
+        QVERIFY(registered);
+    }
 
-void tst_viewdeck::theWindowUsedLastComesFirstUntilItIsHidden()
-{
-    QWidget owner;
-    ManagedDialog<QDialog> first(&owner);
-    QCOMPARE(first.parentWidget(), &owner);
-    auto second = std::make_unique<ManagedDialog<QMessageBox>>();
-    first.show();
-    second->show();
-    QVERIFY(QTest::qWaitForWindowActive(second.get()));
-    QCOMPARE(ManagedWindow::openWindows(), (QList<QWidget*>{second.get(), &first}));
-    first.activateWindow();
-    QTRY_COMPARE(ManagedWindow::activeWindow(), static_cast<QWidget*>(&first));
-    second.reset();
-    QCOMPARE(ManagedWindow::openWindows(), QList<QWidget*>{&first});
-    first.hide();
-    QVERIFY(!ManagedWindow::activeWindow());
-}
+    void theWindowUsedLastComesFirstUntilItIsHidden()
+    {
+        QWidget owner;
+        ManagedDialog<QDialog> first(&owner);
+        QCOMPARE(first.parentWidget(), &owner);
+        auto second = std::make_unique<ManagedDialog<QMessageBox>>();
+        first.show();
+        second->show();
+        QVERIFY(QTest::qWaitForWindowActive(second.get()));
+        QCOMPARE(ManagedWindow::openWindows(), (QList<QWidget*>{second.get(), &first}));
+        first.activateWindow();
+        QTRY_COMPARE(ManagedWindow::activeWindow(), static_cast<QWidget*>(&first));
+        second.reset();
+        QCOMPARE(ManagedWindow::openWindows(), QList<QWidget*>{&first});
+        first.hide();
+        QVERIFY(!ManagedWindow::activeWindow());
+    }
 
-void tst_viewdeck::aManagedTitleFollowsTheLanguage()
-{
-    ManagedDialog<QDialog> dialog;
-    dialog.setManagedTitle(stx_func("New IMF"));
-    QCOMPARE(dialog.windowTitle(), QStringLiteral("New IMF"));
-    ReversingTranslator translator;
-    QCoreApplication::installTranslator(&translator);
-    QTRY_COMPARE(dialog.windowTitle(), QStringLiteral("FMI weN"));
-    QCoreApplication::removeTranslator(&translator);
-    QTRY_COMPARE(dialog.windowTitle(), QStringLiteral("New IMF"));
-}
+    void aManagedTitleFollowsTheLanguage()
+    {
+        ManagedDialog<QDialog> dialog;
+        dialog.setManagedTitle(stx_func("New IMF"));
+        QCOMPARE(dialog.windowTitle(), QStringLiteral("New IMF"));
+        ReversingTranslator translator;
+        QCoreApplication::installTranslator(&translator);
+        QTRY_COMPARE(dialog.windowTitle(), QStringLiteral("FMI weN"));
+        QCoreApplication::removeTranslator(&translator);
+        QTRY_COMPARE(dialog.windowTitle(), QStringLiteral("New IMF"));
+    }
 
-void tst_viewdeck::aNewSkinReachesEveryWidget()
-{
-    PaletteManager& palette = PaletteManager::Instance();
-    palette.setSkin(Skin::Dark);
-    SkinDialog dialog;
-    QLabel label(QStringLiteral("text"), &dialog);
-    PaletteChanges changes;
-    label.installEventFilter(&changes);
-    dialog.show();
-    const QColor dark = palette.color(QStringLiteral("PanelBackgroundLighterColor"));
-    dialog.skinChanges = changes.count = 0;
-    palette.setSkin(Skin::Light);
-    QTRY_VERIFY(changes.count > 0);
-    QTRY_VERIFY(dialog.skinChanges > 0);
-    QCOMPARE(palette.skin(), Skin::Light);
-    QVERIFY(palette.color(QStringLiteral("PanelBackgroundLighterColor")) != dark);
-    QCOMPARE(label.palette().color(QPalette::WindowText), palette.color(QStringLiteral("AppFontColor")));
-}
+    void aNewSkinReachesEveryWidget()
+    {
+        PaletteManager& palette = PaletteManager::Instance();
+        palette.setSkin(Skin::Dark);
+        SkinDialog dialog;
+        QLabel label(QStringLiteral("text"), &dialog);
+        PaletteChanges changes;
+        label.installEventFilter(&changes);
+        dialog.show();
+        const QColor dark = palette.color(QStringLiteral("PanelBackgroundLighterColor"));
+        dialog.skinChanges = changes.count = 0;
+        palette.setSkin(Skin::Light);
+        QTRY_VERIFY(changes.count > 0);
+        QTRY_VERIFY(dialog.skinChanges > 0);
+        QCOMPARE(palette.skin(), Skin::Light);
+        QVERIFY(palette.color(QStringLiteral("PanelBackgroundLighterColor")) != dark);
+        QCOMPARE(label.palette().color(QPalette::WindowText), palette.color(QStringLiteral("AppFontColor")));
+    }
 
-void tst_viewdeck::textIsReadableInBothSkins()
-{
-    struct Pair {
-        QPalette::ColorRole text;
-        QPalette::ColorRole ground;
-    };
+    void textIsReadableInBothSkins()
+    {
+        struct Pair {
+            QPalette::ColorRole text;
+            QPalette::ColorRole ground;
+        };
 
-    constexpr Pair pairs[] = {{QPalette::WindowText, QPalette::Window},
-                              {QPalette::Text, QPalette::Base},
-                              {QPalette::ButtonText, QPalette::Button},
-                              {QPalette::HighlightedText, QPalette::Highlight},
-                              {QPalette::ToolTipText, QPalette::ToolTipBase}};
-    // Relative luminance and contrast as the Web Content Accessibility Guidelines 2.1 define them; 4.5 is level AA.
-    const auto luminance = [](const QColor& color) {
-        const auto linear = [](double c) { return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); };
-        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-    };
-    for (const Skin skin : {Skin::Dark, Skin::Light}) {
-        const QPalette palette = PaletteManager::paletteOf(skin);
-        for (const Pair& pair : pairs) {
-            const double text = luminance(palette.color(pair.text));
-            const double ground = luminance(palette.color(pair.ground));
-            const double contrast = (qMax(text, ground) + 0.05) / (qMin(text, ground) + 0.05);
-            QVERIFY2(contrast >= 4.5, qPrintable(QStringLiteral("role %1: %2").arg(pair.text).arg(contrast)));
+        constexpr Pair pairs[] = {{QPalette::WindowText, QPalette::Window},
+                                  {QPalette::Text, QPalette::Base},
+                                  {QPalette::ButtonText, QPalette::Button},
+                                  {QPalette::HighlightedText, QPalette::Highlight},
+                                  {QPalette::ToolTipText, QPalette::ToolTipBase}};
+        // Relative luminance and contrast as the Web Content Accessibility Guidelines 2.1 define them; 4.5 is level AA.
+        const auto luminance = [](const QColor& color) {
+            const auto linear = [](double c) { return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); };
+            return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+        };
+        for (const Skin skin : {Skin::Dark, Skin::Light}) {
+            const QPalette palette = PaletteManager::paletteOf(skin);
+            for (const Pair& pair : pairs) {
+                const double text = luminance(palette.color(pair.text));
+                const double ground = luminance(palette.color(pair.ground));
+                const double contrast = (qMax(text, ground) + 0.05) / (qMin(text, ground) + 0.05);
+                QVERIFY2(contrast >= 4.5, qPrintable(QStringLiteral("role %1: %2").arg(pair.text).arg(contrast)));
+            }
         }
     }
-}
 
-void tst_viewdeck::anUnknownColourIsReportedOnce()
-{
-    QTest::ignoreMessage(QtWarningMsg, "Palette: there is no colour named \"Plaid\"");
-    QVERIFY(!PaletteManager::Instance().GetNvRGBColor(QStringLiteral("Plaid")));
-    static int warnings = 0;
-    const QtMessageHandler former =
-        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
-    const QColor fallback = PaletteManager::Instance().color(QStringLiteral("Plaid"));
-    qInstallMessageHandler(former);
-    QCOMPARE(warnings, 0);
-    QCOMPARE(fallback, QApplication::palette().color(QPalette::WindowText));
-}
+    void anUnknownColourIsReportedOnce()
+    {
+        QTest::ignoreMessage(QtWarningMsg, "Palette: there is no colour named \"Plaid\"");
+        QVERIFY(!PaletteManager::Instance().GetNvRGBColor(QStringLiteral("Plaid")));
+        static int warnings = 0;
+        const QtMessageHandler former =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
+        const QColor fallback = PaletteManager::Instance().color(QStringLiteral("Plaid"));
+        qInstallMessageHandler(former);
+        QCOMPARE(warnings, 0);
+        QCOMPARE(fallback, QApplication::palette().color(QPalette::WindowText));
+    }
 
-void tst_viewdeck::aDefaultNameTakesTheLowestFreeNumber_data()
-{
-    QTest::addColumn<QStringList>("taken");
-    QTest::addColumn<QString>("expected");
-    const QString name = QStringLiteral("Untitled IMP");
-    QTest::newRow("free") << QStringList{QStringLiteral("Untitled IMP.1")} << name;
-    QTest::newRow("taken") << QStringList{name} << name + QStringLiteral(".1");
-    QTest::newRow("a gap") << QStringList{name + QStringLiteral(".2"), name, name + QStringLiteral(".1"), name,
-                                          name + QStringLiteral(".4")}
-                           << name + QStringLiteral(".3");
-    QTest::newRow("other case") << QStringList{name.toUpper()} << name;
-}
+    void aDefaultNameTakesTheLowestFreeNumber_data()
+    {
+        const support::Rows<QStringList, QString> row;
+        const QString name = QStringLiteral("Untitled IMP");
+        row("free", QStringList{QStringLiteral("Untitled IMP.1")}, name);
+        row("taken", QStringList{name}, name + QStringLiteral(".1"));
+        row("a gap",
+            QStringList{name + QStringLiteral(".2"), name, name + QStringLiteral(".1"), name,
+                        name + QStringLiteral(".4")},
+            name + QStringLiteral(".3"));
+        row("other case", QStringList{name.toUpper()}, name);
+    }
 
-void tst_viewdeck::aDefaultNameTakesTheLowestFreeNumber()
-{
-    QFETCH(const QStringList, taken);
-    QFETCH(const QString, expected);
-    QString name = QStringLiteral("Untitled IMP");
-    ViewDeckQt::generateDefaultName(name, taken);
-    QCOMPARE(name, expected);
-}
+    void aDefaultNameTakesTheLowestFreeNumber()
+    {
+        const auto [taken, expected] = support::fetched<QStringList, QString>();
+        QString name = QStringLiteral("Untitled IMP");
+        ViewDeckQt::generateDefaultName(name, taken);
+        QCOMPARE(name, expected);
+    }
+};
 
 QTEST_MAIN(tst_viewdeck)
 #include "tst_viewdeck.moc"

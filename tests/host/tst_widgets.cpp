@@ -7,6 +7,7 @@
 #include "ViewDeckQt/PaletteManager.h"
 #include "ViewDeckQt/StyledButton.h"
 #include "host/WidgetWindow.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QAbstractItemView>
@@ -27,23 +28,21 @@ using namespace widgets;
 using Palette::PaletteManager;
 using Palette::Skin;
 using Make = std::function<AbstractParamWidget*(QWidget*)>;
-Q_DECLARE_METATYPE(Make)
 
 namespace
 {
 void everyKind()
 {
-    QTest::addColumn<Make>("make");
-    QTest::newRow("label") << Make([](QWidget* parent) {
+    const support::Rows<Make> row;
+    row("label", [](QWidget* parent) {
         return new PWLabel(parent, QStringLiteral("Creator:"), QStringLiteral("creator"), QString());
     });
-    QTest::newRow("choice") << Make(makeDiscrete);
-    QTest::newRow("text") << Make([](QWidget* parent) { return makeInput(parent); });
-    QTest::newRow("text box") << Make([](QWidget* parent) {
+    row("choice", makeDiscrete);
+    row("text", [](QWidget* parent) { return makeInput(parent); });
+    row("text box", [](QWidget* parent) {
         return new PWMultiLineTextInput(parent, QStringLiteral("Annotation:"), QStringLiteral("annotation"));
     });
-    QTest::newRow("folder") << Make(
-        [](QWidget* parent) { return new PWSetDirectory(parent, QStringLiteral("folder")); });
+    row("folder", [](QWidget* parent) { return new PWSetDirectory(parent, QStringLiteral("folder")); });
 }
 
 } // namespace
@@ -53,313 +52,290 @@ class tst_widgets : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
+
+    void init() { PaletteManager::Instance().setSkin(Skin::Dark); }
 
     void aValueOfTheProgramIsShownAndNotReported_data() { everyKind(); }
 
-    void aValueOfTheProgramIsShownAndNotReported();
+    void aValueOfTheProgramIsShownAndNotReported()
+    {
+        const Make make = std::get<0>(support::fetched<Make>());
+        Window window;
+        AbstractParamWidget* param = window.add(make(&window));
+        QVERIFY(window.open());
+        QSignalSpy reports(param, &AbstractParamWidget::valueChanged);
+        for (const char* value : {"Beta", "Gamma", ""}) {
+            param->setValue(QString::fromLatin1(value));
+            QCOMPARE(param->getValue().toString(), QString::fromLatin1(value));
+        }
+        param->setFocus();
+        QTest::keyClick(param->focusProxy(), Qt::Key_Tab);
+        QVERIFY(reports.isEmpty());
+        QVERIFY(!param->focusProxy()->accessibleName().isEmpty());
+    }
 
     void aReadOnlyParameterRefusesEditsAndGivesItsText_data() { everyKind(); }
 
-    void aReadOnlyParameterRefusesEditsAndGivesItsText();
+    void aReadOnlyParameterRefusesEditsAndGivesItsText()
+    {
+        const Make make = std::get<0>(support::fetched<Make>());
+        Window window;
+        AbstractParamWidget* param = window.add(make(&window));
+        param->setValue(QStringLiteral("Beta"));
+        param->setReadOnly(true);
+        QVERIFY(window.open());
+        QSignalSpy reports(param, &AbstractParamWidget::valueChanged);
+        QTest::keyClick(&window, Qt::Key_Tab);
+        QWidget* field = QApplication::focusWidget();
+        QVERIFY(field && param->isAncestorOf(field));
+        QTest::keyClicks(field, QStringLiteral("Alpha"));
+        QTest::keyClick(field, Qt::Key_Delete);
+        QTest::keyClick(field, Qt::Key_Down);
+        QCOMPARE(param->getValue().toString(), QStringLiteral("Beta"));
+        QVERIFY(reports.isEmpty());
+        QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(field, Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("Beta"));
+    }
 
     void aNewSkinRepaintsEverything_data() { everyKind(); }
 
-    void aNewSkinRepaintsEverything();
-    void anAnswerToAReportDisturbsNoTyping();
-    void anAnswerToAReportDisturbsNoTextBox();
-    void anEditIsReportedAtItsEnd();
-    void aPathIsReportedWhenItIsComplete();
-    void aDroppedFolderIsReported();
-    void keysChooseEntriesAndPassDividingLines();
-    void aClickOnADividingLineChoosesNothing();
-    void theWheelChangesAChoiceOnlyWithTheFocus();
-    void anUnlistedValueIsShownUntilTheNext();
-    void anIndexBesideTheEntriesChoosesNothing();
-};
-
-void tst_widgets::init()
-{
-    PaletteManager::Instance().setSkin(Skin::Dark);
-}
-
-void tst_widgets::aValueOfTheProgramIsShownAndNotReported()
-{
-    QFETCH(const Make, make);
-    Window window;
-    AbstractParamWidget* param = window.add(make(&window));
-    QVERIFY(window.open());
-    QSignalSpy reports(param, &AbstractParamWidget::valueChanged);
-    for (const char* value : {"Beta", "Gamma", ""}) {
-        param->setValue(QString::fromLatin1(value));
-        QCOMPARE(param->getValue().toString(), QString::fromLatin1(value));
+    void aNewSkinRepaintsEverything()
+    {
+        const Make make = std::get<0>(support::fetched<Make>());
+        const auto picture = [&make](Skin first, Skin last) {
+            PaletteManager::Instance().setSkin(first);
+            PWExpandableContainer section(nullptr, QStringLiteral("Section"), QStringLiteral("section"));
+            AbstractParamWidget* param = make(&section);
+            section.addContent(param);
+            section.addContent(new StyledButton(QStringLiteral("Set"), &section));
+            section.resize(300, 200);
+            param->setValue(QStringLiteral("Beta"));
+            if (auto* input = qobject_cast<PWTextInput*>(param))
+                input->hilightTitle(true);
+            section.grab();
+            PaletteManager::Instance().setSkin(last);
+            return section.grab().toImage();
+        };
+        QCOMPARE(picture(Skin::Dark, Skin::Light), picture(Skin::Light, Skin::Light));
+        QVERIFY(picture(Skin::Dark, Skin::Dark) != picture(Skin::Light, Skin::Light));
     }
-    param->setFocus();
-    QTest::keyClick(param->focusProxy(), Qt::Key_Tab);
-    QVERIFY(reports.isEmpty());
-    QVERIFY(!param->focusProxy()->accessibleName().isEmpty());
-}
 
-void tst_widgets::aReadOnlyParameterRefusesEditsAndGivesItsText()
-{
-    QFETCH(const Make, make);
-    Window window;
-    AbstractParamWidget* param = window.add(make(&window));
-    param->setValue(QStringLiteral("Beta"));
-    param->setReadOnly(true);
-    QVERIFY(window.open());
-    QSignalSpy reports(param, &AbstractParamWidget::valueChanged);
-    QTest::keyClick(&window, Qt::Key_Tab);
-    QWidget* field = QApplication::focusWidget();
-    QVERIFY(field && param->isAncestorOf(field));
-    QTest::keyClicks(field, QStringLiteral("Alpha"));
-    QTest::keyClick(field, Qt::Key_Delete);
-    QTest::keyClick(field, Qt::Key_Down);
-    QCOMPARE(param->getValue().toString(), QStringLiteral("Beta"));
-    QVERIFY(reports.isEmpty());
-    QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
-    QTest::keyClick(field, Qt::Key_C, Qt::ControlModifier);
-    QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("Beta"));
-}
+    void anAnswerToAReportDisturbsNoTyping()
+    {
+        Window window;
+        PWTextInput* input = window.add(makeInput(&window));
+        input->setValue(QStringLiteral("one three"));
+        connect(input, &AbstractParamWidget::valueChanged, input, &AbstractParamWidget::setValue);
+        QSignalSpy reports(input, &AbstractParamWidget::valueChanged);
+        QVERIFY(window.open());
+        auto* edit = fieldOf<QLineEdit>(input);
+        edit->setFocus();
+        edit->setCursorPosition(4);
+        QTest::keyClicks(edit, QStringLiteral("two "));
+        QCOMPARE(edit->text(), QStringLiteral("one two three"));
+        QCOMPARE(edit->cursorPosition(), 8);
+        QCOMPARE(reports.size(), 4);
+        QCOMPARE(reports.last().first().toString(), edit->text());
+        edit->setSelection(0, 3);
+        input->setValue(edit->text());
+        QCOMPARE(edit->selectedText(), QStringLiteral("one"));
+        QTest::keySequence(edit, QKeySequence::Undo);
+        QCOMPARE(input->getValue().toString(), QStringLiteral("one three"));
+        QCOMPARE(reports.last().first().toString(), QStringLiteral("one three"));
+        edit->setCursorPosition(3);
+        input->setValue(QStringLiteral("once upon a time"));
+        QCOMPARE(edit->cursorPosition(), 3);
+    }
 
-void tst_widgets::aNewSkinRepaintsEverything()
-{
-    QFETCH(const Make, make);
-    const auto picture = [&make](Skin first, Skin last) {
-        PaletteManager::Instance().setSkin(first);
-        PWExpandableContainer section(nullptr, QStringLiteral("Section"), QStringLiteral("section"));
-        AbstractParamWidget* param = make(&section);
-        section.addContent(param);
-        section.addContent(new StyledButton(QStringLiteral("Set"), &section));
-        section.resize(300, 200);
-        param->setValue(QStringLiteral("Beta"));
-        if (auto* input = qobject_cast<PWTextInput*>(param))
-            input->hilightTitle(true);
-        section.grab();
-        PaletteManager::Instance().setSkin(last);
-        return section.grab().toImage();
-    };
-    QCOMPARE(picture(Skin::Dark, Skin::Light), picture(Skin::Light, Skin::Light));
-    QVERIFY(picture(Skin::Dark, Skin::Dark) != picture(Skin::Light, Skin::Light));
-}
+    void anAnswerToAReportDisturbsNoTextBox()
+    {
+        Window window;
+        auto* input =
+            window.add(new PWMultiLineTextInput(&window, QStringLiteral("Annotation:"), QStringLiteral("annotation")));
+        input->setValue(QStringLiteral("first\nthird"));
+        connect(input, &AbstractParamWidget::valueChanged, input, &AbstractParamWidget::setValue);
+        QSignalSpy reports(input, &AbstractParamWidget::valueChanged);
+        window.add(makeInput(&window));
+        QVERIFY(window.open());
+        auto* box = fieldOf<QPlainTextEdit>(input);
+        box->setFocus();
+        QTest::keyClick(box, Qt::Key_End);
+        QTest::keyClick(box, Qt::Key_Return);
+        QTest::keyClicks(box, QStringLiteral("second"));
+        QCOMPARE(input->getValue().toString(), QStringLiteral("first\nsecond\nthird"));
+        QCOMPARE(reports.size(), 7);
+        QCOMPARE(box->textCursor().position(), 12);
+        QVERIFY(box->document()->isUndoAvailable());
+        QTest::keyClick(box, Qt::Key_Tab);
+        QVERIFY(!box->hasFocus());
+        QCOMPARE(reports.size(), 7);
+    }
 
-void tst_widgets::anAnswerToAReportDisturbsNoTyping()
-{
-    Window window;
-    PWTextInput* input = window.add(makeInput(&window));
-    input->setValue(QStringLiteral("one three"));
-    connect(input, &AbstractParamWidget::valueChanged, input, &AbstractParamWidget::setValue);
-    QSignalSpy reports(input, &AbstractParamWidget::valueChanged);
-    QVERIFY(window.open());
-    auto* edit = fieldOf<QLineEdit>(input);
-    edit->setFocus();
-    edit->setCursorPosition(4);
-    QTest::keyClicks(edit, QStringLiteral("two "));
-    QCOMPARE(edit->text(), QStringLiteral("one two three"));
-    QCOMPARE(edit->cursorPosition(), 8);
-    QCOMPARE(reports.size(), 4);
-    QCOMPARE(reports.last().first().toString(), edit->text());
-    edit->setSelection(0, 3);
-    input->setValue(edit->text());
-    QCOMPARE(edit->selectedText(), QStringLiteral("one"));
-    QTest::keySequence(edit, QKeySequence::Undo);
-    QCOMPARE(input->getValue().toString(), QStringLiteral("one three"));
-    QCOMPARE(reports.last().first().toString(), QStringLiteral("one three"));
-    edit->setCursorPosition(3);
-    input->setValue(QStringLiteral("once upon a time"));
-    QCOMPARE(edit->cursorPosition(), 3);
-}
+    void anEditIsReportedAtItsEnd()
+    {
+        Window window;
+        PWTextInput* input = window.add(makeInput(&window));
+        PWTextInput* next = window.add(makeInput(&window));
+        input->setReporting(PWTextInput::Reporting::EndOfEdit);
+        input->setValue(QStringLiteral("a"));
+        QSignalSpy reports(input, &AbstractParamWidget::valueChanged);
+        QVERIFY(window.open());
+        auto* edit = fieldOf<QLineEdit>(input);
+        edit->setFocus();
+        QTest::keyClick(edit, Qt::Key_End);
+        QTest::keyClicks(edit, QStringLiteral("bc"));
+        QVERIFY(reports.isEmpty());
+        QTest::keyClick(edit, Qt::Key_Return);
+        QCOMPARE(reports.size(), 1);
+        QCOMPARE(reports.last().first().toString(), QStringLiteral("abc"));
+        QTest::keyClicks(edit, QStringLiteral("d"));
+        QTest::keyClick(edit, Qt::Key_Escape);
+        QCOMPARE(edit->text(), QStringLiteral("abc"));
+        QTest::keyClicks(edit, QStringLiteral("e"));
+        QTest::mouseClick(next->focusProxy(), Qt::LeftButton);
+        QCOMPARE(reports.size(), 2);
+        QCOMPARE(reports.last().first().toString(), QStringLiteral("abce"));
+    }
 
-void tst_widgets::anAnswerToAReportDisturbsNoTextBox()
-{
-    Window window;
-    auto* input =
-        window.add(new PWMultiLineTextInput(&window, QStringLiteral("Annotation:"), QStringLiteral("annotation")));
-    input->setValue(QStringLiteral("first\nthird"));
-    connect(input, &AbstractParamWidget::valueChanged, input, &AbstractParamWidget::setValue);
-    QSignalSpy reports(input, &AbstractParamWidget::valueChanged);
-    window.add(makeInput(&window));
-    QVERIFY(window.open());
-    auto* box = fieldOf<QPlainTextEdit>(input);
-    box->setFocus();
-    QTest::keyClick(box, Qt::Key_End);
-    QTest::keyClick(box, Qt::Key_Return);
-    QTest::keyClicks(box, QStringLiteral("second"));
-    QCOMPARE(input->getValue().toString(), QStringLiteral("first\nsecond\nthird"));
-    QCOMPARE(reports.size(), 7);
-    QCOMPARE(box->textCursor().position(), 12);
-    QVERIFY(box->document()->isUndoAvailable());
-    QTest::keyClick(box, Qt::Key_Tab);
-    QVERIFY(!box->hasFocus());
-    QCOMPARE(reports.size(), 7);
-}
+    void aPathIsReportedWhenItIsComplete()
+    {
+        Window window;
+        auto* folder = window.add(new PWSetDirectory(&window, QStringLiteral("folder")));
+        QSignalSpy reports(folder, &AbstractParamWidget::valueChanged);
+        QSignalSpy clicks(folder, &PWSetDirectory::setPathButtonClicked);
+        QVERIFY(window.open());
+        auto* edit = fieldOf<QLineEdit>(folder);
+        auto* button = fieldOf<StyledButton>(folder);
+        QTest::keyClicks(edit, QStringLiteral("/deliveries"));
+        QVERIFY(reports.isEmpty());
+        QTest::keyClick(edit, Qt::Key_Return);
+        QCOMPARE(reports.size(), 1);
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTest::keyClick(button, Qt::Key_Space);
+        QCOMPARE(clicks.size(), 2);
+        folder->setReadOnly(true);
+        QVERIFY(!button->isVisible());
+        QCOMPARE(reports.size(), 1);
+    }
 
-void tst_widgets::anEditIsReportedAtItsEnd()
-{
-    Window window;
-    PWTextInput* input = window.add(makeInput(&window));
-    PWTextInput* next = window.add(makeInput(&window));
-    input->setReporting(PWTextInput::Reporting::EndOfEdit);
-    input->setValue(QStringLiteral("a"));
-    QSignalSpy reports(input, &AbstractParamWidget::valueChanged);
-    QVERIFY(window.open());
-    auto* edit = fieldOf<QLineEdit>(input);
-    edit->setFocus();
-    QTest::keyClick(edit, Qt::Key_End);
-    QTest::keyClicks(edit, QStringLiteral("bc"));
-    QVERIFY(reports.isEmpty());
-    QTest::keyClick(edit, Qt::Key_Return);
-    QCOMPARE(reports.size(), 1);
-    QCOMPARE(reports.last().first().toString(), QStringLiteral("abc"));
-    QTest::keyClicks(edit, QStringLiteral("d"));
-    QTest::keyClick(edit, Qt::Key_Escape);
-    QCOMPARE(edit->text(), QStringLiteral("abc"));
-    QTest::keyClicks(edit, QStringLiteral("e"));
-    QTest::mouseClick(next->focusProxy(), Qt::LeftButton);
-    QCOMPARE(reports.size(), 2);
-    QCOMPARE(reports.last().first().toString(), QStringLiteral("abce"));
-}
+    void aDroppedFolderIsReported()
+    {
+        Window window;
+        auto* folder = window.add(new PWSetDirectory(&window, QStringLiteral("folder")));
+        QSignalSpy reports(folder, &AbstractParamWidget::valueChanged);
+        QVERIFY(window.open());
+        const auto drop = [folder](const QUrl& url) {
+            QMimeData data;
+            data.setUrls({url});
+            QDragEnterEvent enter(QPoint(4, 4), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(fieldOf<QLineEdit>(folder), &enter);
+            QDropEvent event(QPointF(4, 4), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(fieldOf<QLineEdit>(folder), &event);
+        };
+        drop(QUrl::fromLocalFile(QDir::tempPath()));
+        QCOMPARE(folder->getValue().toString(), QDir::tempPath());
+        QCOMPARE(reports.size(), 1);
+        folder->setReadOnly(true);
+        drop(QUrl::fromLocalFile(QDir::rootPath()));
+        QCOMPARE(folder->getValue().toString(), QDir::tempPath());
+    }
 
-void tst_widgets::aPathIsReportedWhenItIsComplete()
-{
-    Window window;
-    auto* folder = window.add(new PWSetDirectory(&window, QStringLiteral("folder")));
-    QSignalSpy reports(folder, &AbstractParamWidget::valueChanged);
-    QSignalSpy clicks(folder, &PWSetDirectory::setPathButtonClicked);
-    QVERIFY(window.open());
-    auto* edit = fieldOf<QLineEdit>(folder);
-    auto* button = fieldOf<StyledButton>(folder);
-    QTest::keyClicks(edit, QStringLiteral("/deliveries"));
-    QVERIFY(reports.isEmpty());
-    QTest::keyClick(edit, Qt::Key_Return);
-    QCOMPARE(reports.size(), 1);
-    QTest::mouseClick(button, Qt::LeftButton);
-    QTest::keyClick(button, Qt::Key_Space);
-    QCOMPARE(clicks.size(), 2);
-    folder->setReadOnly(true);
-    QVERIFY(!button->isVisible());
-    QCOMPARE(reports.size(), 1);
-}
-
-void tst_widgets::aDroppedFolderIsReported()
-{
-    Window window;
-    auto* folder = window.add(new PWSetDirectory(&window, QStringLiteral("folder")));
-    QSignalSpy reports(folder, &AbstractParamWidget::valueChanged);
-    QVERIFY(window.open());
-    const auto drop = [folder](const QUrl& url) {
-        QMimeData data;
-        data.setUrls({url});
-        QDragEnterEvent enter(QPoint(4, 4), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(fieldOf<QLineEdit>(folder), &enter);
-        QDropEvent event(QPointF(4, 4), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(fieldOf<QLineEdit>(folder), &event);
-    };
-    drop(QUrl::fromLocalFile(QDir::tempPath()));
-    QCOMPARE(folder->getValue().toString(), QDir::tempPath());
-    QCOMPARE(reports.size(), 1);
-    folder->setReadOnly(true);
-    drop(QUrl::fromLocalFile(QDir::rootPath()));
-    QCOMPARE(folder->getValue().toString(), QDir::tempPath());
-}
-
-void tst_widgets::keysChooseEntriesAndPassDividingLines()
-{
-    Window window;
-    PWDiscrete* choice = window.add(makeDiscrete(&window));
-    // As the model answers: with the whole list again.
-    connect(choice, &AbstractParamWidget::valueChanged, choice,
-            [choice](const QVariant& value) { choice->setItems(choices(), choices().indexOf(value.toString())); });
-    QSignalSpy reports(choice, &AbstractParamWidget::valueChanged);
-    QVERIFY(window.open());
-    QWidget* box = choice->focusProxy();
-    QCOMPARE(choice->getValue().toString(), QStringLiteral("Alpha"));
-    const QVector<QPair<Qt::Key, QString>> steps{
-        {Qt::Key_Down, QStringLiteral("Beta")}, {Qt::Key_Down, QStringLiteral("Gamma")},
-        {Qt::Key_Up, QStringLiteral("Beta")},   {Qt::Key_Home, QStringLiteral("Alpha")},
-        {Qt::Key_G, QStringLiteral("Gamma")},
-    };
-    for (const auto& step : steps) {
-        QTest::keyClick(box, step.first);
-        QCOMPARE(choice->getValue().toString(), step.second);
-        QCOMPARE(reports.takeFirst().at(0).toString(), step.second);
+    void keysChooseEntriesAndPassDividingLines()
+    {
+        Window window;
+        PWDiscrete* choice = window.add(makeDiscrete(&window));
+        // As the model answers: with the whole list again.
+        connect(choice, &AbstractParamWidget::valueChanged, choice,
+                [choice](const QVariant& value) { choice->setItems(choices(), choices().indexOf(value.toString())); });
+        QSignalSpy reports(choice, &AbstractParamWidget::valueChanged);
+        QVERIFY(window.open());
+        QWidget* box = choice->focusProxy();
+        QCOMPARE(choice->getValue().toString(), QStringLiteral("Alpha"));
+        const QVector<QPair<Qt::Key, QString>> steps{
+            {Qt::Key_Down, QStringLiteral("Beta")}, {Qt::Key_Down, QStringLiteral("Gamma")},
+            {Qt::Key_Up, QStringLiteral("Beta")},   {Qt::Key_Home, QStringLiteral("Alpha")},
+            {Qt::Key_G, QStringLiteral("Gamma")},
+        };
+        for (const auto& step : steps) {
+            QTest::keyClick(box, step.first);
+            QCOMPARE(choice->getValue().toString(), step.second);
+            QCOMPARE(reports.takeFirst().at(0).toString(), step.second);
+            QVERIFY(reports.isEmpty());
+        }
+        QTest::keyClick(box, Qt::Key_Down);
         QVERIFY(reports.isEmpty());
     }
-    QTest::keyClick(box, Qt::Key_Down);
-    QVERIFY(reports.isEmpty());
-}
 
-void tst_widgets::aClickOnADividingLineChoosesNothing()
-{
-    // Qt closes the list after each click.
-    for (int opening = 0; opening < 2; ++opening)
-        support::expectMessage(QtWarningMsg, QStringLiteral("does not support grabbing the keyboard"));
-    Window window;
-    PWDiscrete* choice = window.add(makeDiscrete(&window));
-    QSignalSpy reports(choice, &AbstractParamWidget::valueChanged);
-    QVERIFY(window.open());
-    auto* box = fieldOf<QComboBox>(choice);
-    QTest::mouseClick(box, Qt::LeftButton);
-    QAbstractItemView* list = box->view();
-    QVERIFY(QTest::qWaitForWindowExposed(list->window()));
-    const auto clickOn = [list](int row) {
-        const QPoint at = list->visualRect(list->model()->index(row, 0)).center();
-        QTest::mouseMove(list->viewport(), at);
-        // Qt takes a release soon after the opening for the end of the click that opened the list.
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, at,
-                          QApplication::doubleClickInterval() + 1);
-    };
-    clickOn(1);
-    QVERIFY(reports.isEmpty());
-    QCOMPARE(choice->getValue().toString(), QStringLiteral("Alpha"));
-    QTRY_VERIFY(!list->isVisible());
-    box->showPopup();
-    clickOn(2);
-    QTRY_COMPARE(reports.size(), 1);
-    QCOMPARE(choice->getValue().toString(), QStringLiteral("Beta"));
-}
-
-void tst_widgets::theWheelChangesAChoiceOnlyWithTheFocus()
-{
-    Window window;
-    PWTextInput* first = window.add(makeInput(&window));
-    PWDiscrete* choice = window.add(makeDiscrete(&window));
-    QVERIFY(window.open());
-    first->setFocus();
-    QWidget* box = choice->focusProxy();
-    QVERIFY(!turnWheel(box, -1));
-    QCOMPARE(choice->getValue().toString(), QStringLiteral("Alpha"));
-    QVERIFY(!box->hasFocus());
-    box->setFocus();
-    QVERIFY(turnWheel(box, -1));
-    QCOMPARE(choice->getValue().toString(), QStringLiteral("Beta"));
-}
-
-void tst_widgets::anUnlistedValueIsShownUntilTheNext()
-{
-    Window window;
-    PWDiscrete* choice = window.add(makeDiscrete(&window));
-    choice->setValue(QStringLiteral("Of old"));
-    QCOMPARE(choice->getValue().toString(), QStringLiteral("Of old"));
-    QCOMPARE(choice->items(), choices() + QStringList{QStringLiteral("Of old")});
-    choice->setValue(QStringLiteral("Older"));
-    choice->setValue(QStringLiteral("Gamma"));
-    QCOMPARE(choice->items(), choices());
-    QCOMPARE(choice->currentIndex(), 4);
-}
-
-void tst_widgets::anIndexBesideTheEntriesChoosesNothing()
-{
-    Window window;
-    PWDiscrete* choice = window.add(makeDiscrete(&window));
-    for (const int index : {-1, 1, 3, 5}) {
-        choice->setItems(choices(), 2);
+    void aClickOnADividingLineChoosesNothing()
+    {
+        Window window;
+        PWDiscrete* choice = window.add(makeDiscrete(&window));
+        QSignalSpy reports(choice, &AbstractParamWidget::valueChanged);
+        QVERIFY(window.open());
+        auto* box = fieldOf<QComboBox>(choice);
+        QTest::mouseClick(box, Qt::LeftButton);
+        QAbstractItemView* list = box->view();
+        QVERIFY(QTest::qWaitForWindowExposed(list->window()));
+        const auto clickOn = [list](int row) {
+            const QPoint at = list->visualRect(list->model()->index(row, 0)).center();
+            QTest::mouseMove(list->viewport(), at);
+            // Qt takes a release soon after the opening for the end of the click that opened the list.
+            QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, at,
+                              QApplication::doubleClickInterval() + 1);
+        };
+        clickOn(1);
+        QVERIFY(reports.isEmpty());
+        QCOMPARE(choice->getValue().toString(), QStringLiteral("Alpha"));
+        QTRY_VERIFY(!list->isVisible());
+        box->showPopup();
+        clickOn(2);
+        QTRY_COMPARE(reports.size(), 1);
         QCOMPARE(choice->getValue().toString(), QStringLiteral("Beta"));
-        choice->setItems(choices(), index);
-        QCOMPARE(choice->currentIndex(), -1);
-        QCOMPARE(choice->getValue().toString(), QString());
     }
-}
+
+    void theWheelChangesAChoiceOnlyWithTheFocus()
+    {
+        Window window;
+        PWTextInput* first = window.add(makeInput(&window));
+        PWDiscrete* choice = window.add(makeDiscrete(&window));
+        QVERIFY(window.open());
+        first->setFocus();
+        QWidget* box = choice->focusProxy();
+        QVERIFY(!turnWheel(box, -1));
+        QCOMPARE(choice->getValue().toString(), QStringLiteral("Alpha"));
+        QVERIFY(!box->hasFocus());
+        box->setFocus();
+        QVERIFY(turnWheel(box, -1));
+        QCOMPARE(choice->getValue().toString(), QStringLiteral("Beta"));
+    }
+
+    void anUnlistedValueIsShownUntilTheNext()
+    {
+        Window window;
+        PWDiscrete* choice = window.add(makeDiscrete(&window));
+        choice->setValue(QStringLiteral("Of old"));
+        QCOMPARE(choice->getValue().toString(), QStringLiteral("Of old"));
+        QCOMPARE(choice->items(), choices() + QStringList{QStringLiteral("Of old")});
+        choice->setValue(QStringLiteral("Older"));
+        choice->setValue(QStringLiteral("Gamma"));
+        QCOMPARE(choice->items(), choices());
+        QCOMPARE(choice->currentIndex(), 4);
+    }
+
+    void anIndexBesideTheEntriesChoosesNothing()
+    {
+        Window window;
+        PWDiscrete* choice = window.add(makeDiscrete(&window));
+        for (const int index : {-1, 1, 3, 5}) {
+            choice->setItems(choices(), 2);
+            QCOMPARE(choice->getValue().toString(), QStringLiteral("Beta"));
+            choice->setItems(choices(), index);
+            QCOMPARE(choice->currentIndex(), -1);
+            QCOMPARE(choice->getValue().toString(), QString());
+        }
+    }
+};
 
 STRATACUT_TEST_MAIN(tst_widgets)
 #include "tst_widgets.moc"

@@ -9,6 +9,7 @@
 #include "ViewDeckQt/StyledButton.h"
 #include "ViewDeckQt/StyledIconButton.h"
 #include "host/WidgetWindow.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QComboBox>
@@ -75,266 +76,221 @@ class tst_widgets_form : public QObject
     Q_OBJECT
 
 private slots:
-    void init();
-    void titlesOfAPageShareOneColumn();
-    void pagesHaveColumnsOfTheirOwn();
-    void keysExpandAndCollapse_data();
-    void keysExpandAndCollapse();
-    void collapsingKeepsTheFocusInSight();
-    void tabVisitsFieldsInTheOrderOfTheirAdding();
-    void aMnemonicLeadsToTheField();
-    void titlesWithoutAMarkGetFreeLetters();
-    void aHighlightedTitleDiffersByMoreThanColour();
-    void whatIsElidedIsToldByATooltip();
-    void aTextBoxGrowsWithItsLines();
-    void aDecoratedWindowDecoratesWhatComesLater();
-    void anIconButtonFollowsTheSkinAndHasAName();
+
+    void init() { PaletteManager::Instance().setSkin(Skin::Dark); }
+
+    void titlesOfAPageShareOneColumn()
+    {
+        Window window;
+        auto* box = window.add(new QGroupBox(&window));
+        auto* boxed = new QVBoxLayout(box);
+        boxed->addWidget(makeInput(box));
+        auto* outer = window.add(new PWExpandableContainer(&window, QStringLiteral("Outer"), QStringLiteral("outer")));
+        auto* inner = new PWExpandableContainer(outer, QStringLiteral("Inner"), QStringLiteral("inner"));
+        inner->addContent(makeInput(inner, QStringLiteral("A title that needs room:")));
+        outer->addContent(makeDiscrete(outer));
+        outer->addContent(inner);
+        inner->collapse();
+        QVERIFY(window.open());
+        QTRY_VERIFY(linesUp(window, 3) || linesUp(window, 2));
+        const int start = fieldStarts(window).at(0);
+        inner->expand();
+        QTRY_VERIFY(linesUp(window, 3));
+        QCOMPARE(fieldStarts(window).at(0), start);
+        window.setLayoutDirection(Qt::RightToLeft);
+        QTRY_VERIFY(linesUp(window, 3));
+        window.setFont(QFont(QStringLiteral("DejaVu Sans"), 15));
+        QTRY_VERIFY(linesUp(window, 3) && fieldStarts(window).at(0) < window.width() - start);
+    }
+
+    void pagesHaveColumnsOfTheirOwn()
+    {
+        Window window;
+        auto* area = window.add(new QScrollArea(&window));
+        auto* page = new PWContainer(area, QStringLiteral("root"));
+        PWTextInput* wide = makeInput(page, QStringLiteral("A title that needs room:"));
+        page->addContent(wide);
+        area->setWidget(page);
+        area->setWidgetResizable(true);
+        PWTextInput* narrow = window.add(makeInput(&window, QStringLiteral("A:")));
+        QVERIFY(window.open());
+        QTRY_VERIFY(wide->focusProxy()->x() > narrow->focusProxy()->x() + 60);
+    }
+
+    void keysExpandAndCollapse_data()
+    {
+        const support::Rows<int, int, QVector<bool>> row;
+        const int leftToRight = Qt::LeftToRight;
+        row("Space", int(Qt::Key_Space), leftToRight, QVector<bool>{false, true});
+        row("Enter", int(Qt::Key_Return), leftToRight, QVector<bool>{false, true});
+        row("Left", int(Qt::Key_Left), leftToRight, QVector<bool>{false, false});
+        row("Right", int(Qt::Key_Right), leftToRight, QVector<bool>{true, true});
+        row("Right in a mirrored layout", int(Qt::Key_Right), int(Qt::RightToLeft), QVector<bool>{false, false});
+    }
+
+    void keysExpandAndCollapse()
+    {
+        const auto [key, direction, expanded] = support::fetched<int, int, QVector<bool>>();
+        Window window;
+        window.setLayoutDirection(Qt::LayoutDirection(direction));
+        auto* section =
+            window.add(new PWExpandableContainer(&window, QStringLiteral("Video"), QStringLiteral("video")));
+        PWTextInput* content = makeInput(section);
+        section->addContent(content);
+        QVERIFY(window.open());
+        auto* header = fieldOf<QAbstractButton>(section);
+        QCOMPARE(header->accessibleName(), QStringLiteral("Video"));
+        for (const bool state : expanded) {
+            QTest::keyClick(header, Qt::Key(key));
+            QCOMPARE(section->isExpanded(), state);
+            QCOMPARE(content->isVisible(), state);
+        }
+        QTest::mouseClick(header, Qt::LeftButton);
+        QCOMPARE(section->isExpanded(), !expanded.last());
+    }
+
+    void collapsingKeepsTheFocusInSight()
+    {
+        Window window;
+        auto* section =
+            window.add(new PWExpandableContainer(&window, QStringLiteral("Video"), QStringLiteral("video")));
+        PWTextInput* content = makeInput(section);
+        section->addContent(content);
+        QVERIFY(window.open());
+        content->setFocus();
+        section->collapse();
+        QCOMPARE(QApplication::focusWidget(), fieldOf<QAbstractButton>(section));
+    }
+
+    void aMnemonicLeadsToTheField()
+    {
+        Window window;
+        window.add(makeInput(&window));
+        PWTextInput* input = window.add(makeInput(&window, QStringLiteral("&Issuer:")));
+        PWDiscrete* choice =
+            window.add(new PWDiscrete(&window, QStringLiteral("&Kind:"), QStringLiteral("kind"), choices()));
+        choice->setReadOnly(true);
+        QVERIFY(window.open());
+        QTest::keyClick(&window, Qt::Key_I, Qt::AltModifier);
+        QVERIFY(input->focusProxy()->hasFocus());
+        QCOMPARE(input->focusProxy()->accessibleName(), QStringLiteral("Issuer"));
+        QTest::keyClick(&window, Qt::Key_K, Qt::AltModifier);
+        QVERIFY(choice->focusProxy()->hasFocus());
+    }
+
+    void titlesWithoutAMarkGetFreeLetters()
+    {
+        Window window;
+        PWTextInput* title = window.add(makeInput(&window));
+        PWTextInput* type = window.add(makeInput(&window, QStringLiteral("Issuer Type:")));
+        PWTextInput* issuer = window.add(makeInput(&window, QStringLiteral("&Issuer:")));
+        window.add(new StyledButton(QStringLiteral("&Yes"), &window));
+        QVERIFY(window.open());
+        const QVector<QPair<Qt::Key, PWTextInput*>> expected{
+            {Qt::Key_T, title}, {Qt::Key_I, issuer}, {Qt::Key_S, type}};
+        for (const auto& step : expected) {
+            QTest::keyClick(&window, step.first, Qt::AltModifier);
+            QTRY_VERIFY(step.second->focusProxy()->hasFocus());
+        }
+        QCOMPARE(fieldOf<QLabel>(title)->text(), QStringLiteral("Title:"));
+    }
+
+    void aHighlightedTitleDiffersByMoreThanColour()
+    {
+        Window window;
+        PWTextInput* input = window.add(makeInput(&window));
+        auto* folder = window.add(new PWSetDirectory(&window, QStringLiteral("folder")));
+        QVERIFY(window.open());
+        const auto check = [&window](auto* param) {
+            QTRY_VERIFY(linesUp(window, 2));
+            auto* title = fieldOf<QLabel>(param);
+            const QImage plain = shapeOf(title);
+            const QRect place = title->geometry();
+            param->hilightTitle(true);
+            QVERIFY(param->isTitleHilighted());
+            QVERIFY(shapeOf(title) != plain);
+            QCOMPARE(title->geometry(), place);
+            QVERIFY(!param->focusProxy()->accessibleDescription().isEmpty());
+            param->hilightTitle(false);
+            QCOMPARE(shapeOf(title), plain);
+            QVERIFY(param->focusProxy()->accessibleDescription().isEmpty());
+        };
+        check(input);
+        check(folder);
+    }
+
+    void whatIsElidedIsToldByATooltip()
+    {
+        Window window;
+        PWTextInput* input = window.add(makeInput(&window));
+        PWDiscrete* choice = window.add(makeDiscrete(&window));
+        PWTextInput* titled = window.add(makeInput(&window, longText));
+        QVERIFY(window.open());
+        input->setValue(QStringLiteral("short"));
+        QCOMPARE(toolTipOf(input->focusProxy()), QString());
+        QCOMPARE(toolTipOf(choice->focusProxy()), QString());
+        for (AbstractParamWidget* param :
+             {static_cast<AbstractParamWidget*>(input), static_cast<AbstractParamWidget*>(choice)}) {
+            param->setValue(longText);
+            QCOMPARE(toolTipOf(param->focusProxy()), longText);
+        }
+        QTRY_COMPARE(toolTipOf(fieldOf<QLabel>(titled)), longText);
+        QToolTip::hideText();
+    }
+
+    void aTextBoxGrowsWithItsLines()
+    {
+        Window window;
+        auto* input =
+            window.add(new PWMultiLineTextInput(&window, QStringLiteral("Annotation:"), QStringLiteral("annotation")));
+        QVERIFY(window.open());
+        auto* box = fieldOf<QPlainTextEdit>(input);
+        const int least = box->height();
+        input->setValue(longText.repeated(2));
+        QTRY_VERIFY(box->height() > least);
+        QTRY_COMPARE(box->verticalScrollBar()->maximum(), 0);
+        const int some = box->height();
+        input->setValue(longText.repeated(40));
+        QTRY_VERIFY(box->height() > some && box->verticalScrollBar()->maximum() > 0);
+        QVERIFY(!turnWheel(box->viewport(), -1) || box->hasFocus());
+    }
+
+    void aDecoratedWindowDecoratesWhatComesLater()
+    {
+        Window window;
+        auto* before = window.add(new QComboBox(&window));
+        auto* own = window.add(new QPushButton(&window));
+        const std::unique_ptr<QStyle> ownStyle(QStyleFactory::create(QStringLiteral("Windows")));
+        own->setStyle(ownStyle.get());
+        DecorationManager::decorate(&window);
+        DecorationManager::decorate(&window);
+        QVERIFY(window.open());
+        auto* pane = window.add(new QWidget(&window));
+        auto* later = new QPushButton(QStringLiteral("Later"), pane);
+        pane->show();
+        QCoreApplication::processEvents();
+        QCOMPARE(before->style(), DecorationManager::style());
+        QCOMPARE(later->style(), DecorationManager::style());
+        QCOMPARE(own->style(), ownStyle.get());
+    }
+
+    void anIconButtonFollowsTheSkinAndHasAName()
+    {
+        Window window;
+        auto* button = window.add(new StyledIconButton(&window));
+        button->setImage(QStringLiteral("iconsV2/General"), QStringLiteral("plus_icon.png"));
+        button->setToolTip(QStringLiteral("Add"));
+        QVERIFY(window.open());
+        QSignalSpy clicks(button, &QAbstractButton::clicked);
+        QTest::keyClick(button, Qt::Key_Space);
+        QCOMPARE(clicks.size(), 1);
+        QCOMPARE(button->accessibleName(), QStringLiteral("Add"));
+        const QImage dark = button->grab().toImage();
+        PaletteManager::Instance().setSkin(Skin::Light);
+        const QImage light = button->grab().toImage();
+        QVERIFY(dark.pixelColor(dark.rect().center()) != light.pixelColor(light.rect().center()));
+    }
 };
-
-void tst_widgets_form::init()
-{
-    PaletteManager::Instance().setSkin(Skin::Dark);
-}
-
-void tst_widgets_form::titlesOfAPageShareOneColumn()
-{
-    Window window;
-    auto* box = window.add(new QGroupBox(&window));
-    auto* boxed = new QVBoxLayout(box);
-    boxed->addWidget(makeInput(box));
-    auto* outer = window.add(new PWExpandableContainer(&window, QStringLiteral("Outer"), QStringLiteral("outer")));
-    auto* inner = new PWExpandableContainer(outer, QStringLiteral("Inner"), QStringLiteral("inner"));
-    inner->addContent(makeInput(inner, QStringLiteral("A title that needs room:")));
-    outer->addContent(makeDiscrete(outer));
-    outer->addContent(inner);
-    inner->collapse();
-    QVERIFY(window.open());
-    QTRY_VERIFY(linesUp(window, 3) || linesUp(window, 2));
-    const int start = fieldStarts(window).at(0);
-    inner->expand();
-    QTRY_VERIFY(linesUp(window, 3));
-    QCOMPARE(fieldStarts(window).at(0), start);
-    window.setLayoutDirection(Qt::RightToLeft);
-    QTRY_VERIFY(linesUp(window, 3));
-    window.setFont(QFont(QStringLiteral("DejaVu Sans"), 15));
-    QTRY_VERIFY(linesUp(window, 3) && fieldStarts(window).at(0) < window.width() - start);
-}
-
-void tst_widgets_form::pagesHaveColumnsOfTheirOwn()
-{
-    Window window;
-    auto* area = window.add(new QScrollArea(&window));
-    auto* page = new PWContainer(area, QStringLiteral("root"));
-    PWTextInput* wide = makeInput(page, QStringLiteral("A title that needs room:"));
-    page->addContent(wide);
-    area->setWidget(page);
-    area->setWidgetResizable(true);
-    PWTextInput* narrow = window.add(makeInput(&window, QStringLiteral("A:")));
-    QVERIFY(window.open());
-    QTRY_VERIFY(wide->focusProxy()->x() > narrow->focusProxy()->x() + 60);
-}
-
-void tst_widgets_form::keysExpandAndCollapse_data()
-{
-    QTest::addColumn<int>("key");
-    QTest::addColumn<int>("direction");
-    QTest::addColumn<QVector<bool>>("expanded");
-    const int leftToRight = Qt::LeftToRight;
-    QTest::newRow("Space") << int(Qt::Key_Space) << leftToRight << QVector<bool>{false, true};
-    QTest::newRow("Enter") << int(Qt::Key_Return) << leftToRight << QVector<bool>{false, true};
-    QTest::newRow("Left") << int(Qt::Key_Left) << leftToRight << QVector<bool>{false, false};
-    QTest::newRow("Right") << int(Qt::Key_Right) << leftToRight << QVector<bool>{true, true};
-    QTest::newRow("Right in a mirrored layout")
-        << int(Qt::Key_Right) << int(Qt::RightToLeft) << QVector<bool>{false, false};
-}
-
-void tst_widgets_form::keysExpandAndCollapse()
-{
-    QFETCH(const int, key);
-    QFETCH(const int, direction);
-    QFETCH(const QVector<bool>, expanded);
-    Window window;
-    window.setLayoutDirection(Qt::LayoutDirection(direction));
-    auto* section = window.add(new PWExpandableContainer(&window, QStringLiteral("Video"), QStringLiteral("video")));
-    PWTextInput* content = makeInput(section);
-    section->addContent(content);
-    QVERIFY(window.open());
-    auto* header = fieldOf<QAbstractButton>(section);
-    QCOMPARE(header->accessibleName(), QStringLiteral("Video"));
-    for (const bool state : expanded) {
-        QTest::keyClick(header, Qt::Key(key));
-        QCOMPARE(section->isExpanded(), state);
-        QCOMPARE(content->isVisible(), state);
-    }
-    QTest::mouseClick(header, Qt::LeftButton);
-    QCOMPARE(section->isExpanded(), !expanded.last());
-}
-
-void tst_widgets_form::collapsingKeepsTheFocusInSight()
-{
-    Window window;
-    auto* section = window.add(new PWExpandableContainer(&window, QStringLiteral("Video"), QStringLiteral("video")));
-    PWTextInput* content = makeInput(section);
-    section->addContent(content);
-    QVERIFY(window.open());
-    content->setFocus();
-    section->collapse();
-    QCOMPARE(QApplication::focusWidget(), fieldOf<QAbstractButton>(section));
-}
-
-void tst_widgets_form::tabVisitsFieldsInTheOrderOfTheirAdding()
-{
-    Window window;
-    auto* root = window.add(new PWContainer(&window, QStringLiteral("root")));
-    // Made in another order than they are added in.
-    PWTextInput* second = makeInput(root);
-    PWDiscrete* first = makeDiscrete(root);
-    auto* section = new PWExpandableContainer(root, QStringLiteral("Section"), QStringLiteral("section"));
-    PWTextInput* third = makeInput(section);
-    section->addContent(third);
-    root->addContent(first);
-    root->addContent(second);
-    root->addContent(section);
-    QVERIFY(window.open());
-    const QVector<QWidget*> order{first->focusProxy(), second->focusProxy(), fieldOf<QAbstractButton>(section),
-                                  third->focusProxy()};
-    first->setFocus();
-    for (QWidget* expected : order) {
-        QCOMPARE(QApplication::focusWidget(), expected);
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    }
-    third->setFocus();
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
-    QCOMPARE(QApplication::focusWidget(), order[2]);
-}
-
-void tst_widgets_form::aMnemonicLeadsToTheField()
-{
-    Window window;
-    window.add(makeInput(&window));
-    PWTextInput* input = window.add(makeInput(&window, QStringLiteral("&Issuer:")));
-    PWDiscrete* choice =
-        window.add(new PWDiscrete(&window, QStringLiteral("&Kind:"), QStringLiteral("kind"), choices()));
-    choice->setReadOnly(true);
-    QVERIFY(window.open());
-    QTest::keyClick(&window, Qt::Key_I, Qt::AltModifier);
-    QVERIFY(input->focusProxy()->hasFocus());
-    QCOMPARE(input->focusProxy()->accessibleName(), QStringLiteral("Issuer"));
-    QTest::keyClick(&window, Qt::Key_K, Qt::AltModifier);
-    QVERIFY(choice->focusProxy()->hasFocus());
-}
-
-void tst_widgets_form::titlesWithoutAMarkGetFreeLetters()
-{
-    Window window;
-    PWTextInput* title = window.add(makeInput(&window));
-    PWTextInput* type = window.add(makeInput(&window, QStringLiteral("Issuer Type:")));
-    PWTextInput* issuer = window.add(makeInput(&window, QStringLiteral("&Issuer:")));
-    window.add(new StyledButton(QStringLiteral("&Yes"), &window));
-    QVERIFY(window.open());
-    const QVector<QPair<Qt::Key, PWTextInput*>> expected{{Qt::Key_T, title}, {Qt::Key_I, issuer}, {Qt::Key_S, type}};
-    for (const auto& step : expected) {
-        QTest::keyClick(&window, step.first, Qt::AltModifier);
-        QTRY_VERIFY(step.second->focusProxy()->hasFocus());
-    }
-    QCOMPARE(fieldOf<QLabel>(title)->text(), QStringLiteral("Title:"));
-}
-
-void tst_widgets_form::aHighlightedTitleDiffersByMoreThanColour()
-{
-    Window window;
-    PWTextInput* input = window.add(makeInput(&window));
-    auto* folder = window.add(new PWSetDirectory(&window, QStringLiteral("folder")));
-    QVERIFY(window.open());
-    const auto check = [&window](auto* param) {
-        QTRY_VERIFY(linesUp(window, 2));
-        auto* title = fieldOf<QLabel>(param);
-        const QImage plain = shapeOf(title);
-        const QRect place = title->geometry();
-        param->hilightTitle(true);
-        QVERIFY(param->isTitleHilighted());
-        QVERIFY(shapeOf(title) != plain);
-        QCOMPARE(title->geometry(), place);
-        QVERIFY(!param->focusProxy()->accessibleDescription().isEmpty());
-        param->hilightTitle(false);
-        QCOMPARE(shapeOf(title), plain);
-        QVERIFY(param->focusProxy()->accessibleDescription().isEmpty());
-    };
-    check(input);
-    check(folder);
-}
-
-void tst_widgets_form::whatIsElidedIsToldByATooltip()
-{
-    Window window;
-    PWTextInput* input = window.add(makeInput(&window));
-    PWDiscrete* choice = window.add(makeDiscrete(&window));
-    PWTextInput* titled = window.add(makeInput(&window, longText));
-    QVERIFY(window.open());
-    input->setValue(QStringLiteral("short"));
-    QCOMPARE(toolTipOf(input->focusProxy()), QString());
-    QCOMPARE(toolTipOf(choice->focusProxy()), QString());
-    for (AbstractParamWidget* param :
-         {static_cast<AbstractParamWidget*>(input), static_cast<AbstractParamWidget*>(choice)}) {
-        param->setValue(longText);
-        QCOMPARE(toolTipOf(param->focusProxy()), longText);
-    }
-    QTRY_COMPARE(toolTipOf(fieldOf<QLabel>(titled)), longText);
-    QToolTip::hideText();
-}
-
-void tst_widgets_form::aTextBoxGrowsWithItsLines()
-{
-    Window window;
-    auto* input =
-        window.add(new PWMultiLineTextInput(&window, QStringLiteral("Annotation:"), QStringLiteral("annotation")));
-    QVERIFY(window.open());
-    auto* box = fieldOf<QPlainTextEdit>(input);
-    const int least = box->height();
-    input->setValue(longText.repeated(2));
-    QTRY_VERIFY(box->height() > least);
-    QTRY_COMPARE(box->verticalScrollBar()->maximum(), 0);
-    const int some = box->height();
-    input->setValue(longText.repeated(40));
-    QTRY_VERIFY(box->height() > some && box->verticalScrollBar()->maximum() > 0);
-    QVERIFY(!turnWheel(box->viewport(), -1) || box->hasFocus());
-}
-
-void tst_widgets_form::aDecoratedWindowDecoratesWhatComesLater()
-{
-    Window window;
-    auto* before = window.add(new QComboBox(&window));
-    auto* own = window.add(new QPushButton(&window));
-    const std::unique_ptr<QStyle> ownStyle(QStyleFactory::create(QStringLiteral("Windows")));
-    own->setStyle(ownStyle.get());
-    DecorationManager::decorate(&window);
-    DecorationManager::decorate(&window);
-    QVERIFY(window.open());
-    auto* pane = window.add(new QWidget(&window));
-    auto* later = new QPushButton(QStringLiteral("Later"), pane);
-    pane->show();
-    QCoreApplication::processEvents();
-    QCOMPARE(before->style(), DecorationManager::style());
-    QCOMPARE(later->style(), DecorationManager::style());
-    QCOMPARE(own->style(), ownStyle.get());
-}
-
-void tst_widgets_form::anIconButtonFollowsTheSkinAndHasAName()
-{
-    Window window;
-    auto* button = window.add(new StyledIconButton(&window));
-    button->setImage(QStringLiteral("iconsV2/General"), QStringLiteral("plus_icon.png"));
-    button->setToolTip(QStringLiteral("Add"));
-    QVERIFY(window.open());
-    QSignalSpy clicks(button, &QAbstractButton::clicked);
-    QTest::keyClick(button, Qt::Key_Space);
-    QCOMPARE(clicks.size(), 1);
-    QCOMPARE(button->accessibleName(), QStringLiteral("Add"));
-    const QImage dark = button->grab().toImage();
-    PaletteManager::Instance().setSkin(Skin::Light);
-    const QImage light = button->grab().toImage();
-    QVERIFY(dark.pixelColor(dark.rect().center()) != light.pixelColor(light.rect().center()));
-}
 
 STRATACUT_TEST_MAIN(tst_widgets_form)
 #include "tst_widgets_form.moc"
