@@ -4,6 +4,8 @@
 #include "desk/imf/mxf/TrackFileWriter.h"
 #include "imf/support/Programs.h"
 #include "imf/support/TinyTracks.h"
+#include "support/Rows.h"
+#include "support/ValueOf.h"
 
 #include <QCryptographicHash>
 #include <QTemporaryDir>
@@ -67,274 +69,237 @@ class TestMxfTracks : public QObject
     Q_OBJECT
 
 private slots:
-    void everyRateCountsAndDecodesExactly_data();
-    void everyRateCountsAndDecodesExactly();
-    void lossyPicturesKeepWithinTheirRate();
-    void everySoundfieldComesBackToTheSample_data();
-    void everySoundfieldComesBackToTheSample();
-    void descriptorsAreTheSameFromWriterAndReader();
-    void longTracksAlternateEssenceAndIndex_data();
-    void longTracksAlternateEssenceAndIndex();
-    void announcedSizesGiveTheSameFileHashedInOnePass();
-    void wrongEssenceIsRefused();
-    void failingDisksAreReported();
+
+    void everyRateCountsAndDecodesExactly_data()
+    {
+        const support::Rows<int, int> row;
+        for (const Rational rate : {Rational(24000, 1001), Rational(24, 1), Rational(25, 1), Rational(30000, 1001),
+                                    Rational(30, 1), Rational(50, 1), Rational(60000, 1001), Rational(60, 1)})
+            row(qPrintable(QString::asprintf("%d/%d", int(rate.num), int(rate.den))), int(rate.num), int(rate.den));
+    }
+
+    void everyRateCountsAndDecodesExactly()
+    {
+        const auto [num, den] = support::fetched<int, int>();
+        const QString file = path("rate.mxf");
+        QFile::remove(file);
+        const auto info =
+            support::valueOf(tinytracks::writePicture(file, 3, {J2kSettings::Mode::Reversible, 0}, {num, den}));
+        QCOMPARE(info.sha1, sha1(file));
+
+        QByteArray expected;
+        for (int n = 0; n < 3; ++n)
+            expected += planesAsBytes(tinytracks::picture(tinytracks::format({num, den}), n));
+        auto track = support::valueOf(readTrackFile(file));
+        QCOMPARE(track.facts().id, info.id);
+        QVERIFY(track.facts().editRate == Rational(num, den));
+        QByteArray ours;
+        for (int n = 0; n < 3; ++n)
+            ours += planesAsBytes(*decodeFrame(*track.readFrame(n)));
+        QVERIFY(ours == expected);
+
+        if (!programs::exists(QStringLiteral("ffmpeg")))
+            QSKIP("ffmpeg is not installed");
+        const QByteArray probed = programs::run(
+            QStringLiteral("ffprobe"), {"-v", "warning", "-count_frames", "-show_entries",
+                                        "stream=r_frame_rate,nb_read_frames", "-of", "compact=p=0:nk=1", file});
+        QCOMPARE(probed.trimmed(), QByteArray::number(num) + '/' + QByteArray::number(den) + "|3");
+        const QByteArray theirs = programs::run(
+            QStringLiteral("ffmpeg"), {"-v", "warning", "-i", file, "-f", "rawvideo", "-pix_fmt", "yuv422p10le", "-"});
+        QVERIFY2(theirs == expected, theirs.left(200).constData());
+    }
+
+    void lossyPicturesKeepWithinTheirRate()
+    {
+        const QString file = path("lossy.mxf");
+        QVERIFY(tinytracks::writePicture(file, 3, {J2kSettings::Mode::Lossy, 1.5}));
+        auto track = support::valueOf(readTrackFile(file));
+        QCOMPARE(int(track.facts().j2k.coding), int(J2kFacts::Coding::Lossy));
+        QCOMPARE(track.facts().j2k.rsiz, quint16(0x0411));
+        for (int n = 0; n < 3; ++n) {
+            const QByteArray codestream = *track.readFrame(n);
+            QVERIFY(codestream.size() > 5000 && codestream.size() <= 7812);
+        }
+    }
+
+    void everySoundfieldComesBackToTheSample_data()
+    {
+        const support::Rows<QString> row;
+        for (const McaSoundfield& one : soundfields()) {
+            if (!one.channelSymbols().isEmpty())
+                row(one.symbol, QString::fromLatin1(one.symbol));
+        }
+    }
+
+    void everySoundfieldComesBackToTheSample()
+    {
+        const auto [soundfield] = support::fetched<QString>();
+        const QString file = path("sound.mxf");
+        QFile::remove(file);
+        const qint64 count = 70007;
+        const auto info = support::valueOf(tinytracks::writeSound(file, count, soundfield));
+        QCOMPARE(info.sha1, sha1(file));
+        const SoundFormat written = tinytracks::sound(soundfield);
+        const auto expected = tinytracks::samples(written.channels.size(), 0, count);
+
+        auto track = support::valueOf(readTrackFile(file));
+        const SoundFormat& read = track.facts().sound;
+        QCOMPARE(read.soundfield, soundfield);
+        QCOMPARE(read.language, written.language);
+        QCOMPARE(read.title, written.title);
+        QCOMPARE(read.contentKind, QStringLiteral("PRM"));
+        QCOMPARE(read.channels.size(), written.channels.size());
+        for (int i = 0; i < read.channels.size(); ++i)
+            QCOMPARE(read.channels[i].symbol, written.channels[i].symbol);
+        QVERIFY(*track.readSamples(0, count) == expected);
+        QVERIFY(*track.readSamples(count - 1, 1) == tinytracks::samples(read.channels.size(), count - 1, 1));
+        QVERIFY(!track.readSamples(count - 1, 2));
+
+        if (!programs::exists(QStringLiteral("ffmpeg")))
+            QSKIP("ffmpeg is not installed");
+        const QByteArray theirs = programs::run(QStringLiteral("ffmpeg"),
+                                                {"-v", "error", "-i", file, "-c:a", "pcm_s32le", "-f", "s32le", "-"});
+        QCOMPARE(theirs.size(), int(expected.size() * 4));
+        const auto* words = reinterpret_cast<const std::int32_t*>(theirs.constData());
+        QVERIFY(std::equal(expected.begin(), expected.end(), words,
+                           [](std::int32_t a, std::int32_t b) { return a == b >> 8; }));
+    }
+
+    void descriptorsAreTheSameFromWriterAndReader()
+    {
+        const auto picture = tinytracks::writePicture(path("p.mxf"), 1);
+        const auto sound = tinytracks::writeSound(path("s.mxf"), 4800, QStringLiteral("sg51"));
+        QVERIFY(picture && sound);
+        QCOMPARE(readTrackFile(path("p.mxf"))->descriptorXml(), picture->descriptorXml);
+        QCOMPARE(readTrackFile(path("s.mxf"))->descriptorXml(), sound->descriptorXml);
+        QVERIFY(picture->descriptorXml.contains("<r1:EssenceLength>1</r1:EssenceLength>"));
+        QCOMPARE(sound->descriptorXml.count("<r0:AudioChannelLabelSubDescriptor>"), 6);
+        if (!programs::exists(QStringLiteral("mediainfo")))
+            QSKIP("mediainfo is not installed");
+        for (const QByteArray& xml : {picture->descriptorXml, sound->descriptorXml})
+            QCOMPARE(programs::run(QStringLiteral("xmllint"), {"--nonet", "--noout", "-"}, xml), QByteArray());
+        const QByteArray said = programs::run(
+            QStringLiteral("mediainfo"),
+            {"--Inform=Audio;%ChannelLayout%|%Language%|%SamplingRate%|%BitDepth%|%SamplingCount%", path("s.mxf")});
+        QCOMPARE(said.trimmed(), QByteArray("L R C LFE Ls Rs|en-US|48000|24|4800"));
+    }
+
+    void longTracksAlternateEssenceAndIndex_data()
+    {
+        const support::Rows<int, int, int, int> row;
+        row("just one minute", 24, int(Sampling::YCbCr422), 1440, 4);
+        row("one frame more", 24, int(Sampling::YCbCr422), 1441, 6);
+        row("two segments in a partition", 120, int(Sampling::Rgb444), 7300, 6);
+    }
+
+    void longTracksAlternateEssenceAndIndex()
+    {
+        const auto [rate, sampling, frames, partitions] = support::fetched<int, int, int, int>();
+        const QString file = path("long.mxf");
+        QFile::remove(file);
+        const PictureFormat format = speck({rate, 1}, Sampling(sampling));
+        const auto profile = support::valueOf(chooseProfile(format, {J2kSettings::Mode::Reversible, 0}));
+        const QByteArray even = *encodeFrame(tinytracks::picture(format, 0), format, profile);
+        const QByteArray odd = *encodeFrame(tinytracks::picture(format, 5), format, profile);
+        QVERIFY(even.size() != odd.size());
+        auto writer = support::valueOf(PictureTrackWriter::create({file, {}, frames}, format, profile));
+        for (int n = 0; n < frames; ++n)
+            QVERIFY(writer->append(n % 3 == 0 ? odd : even));
+        const auto info = support::valueOf(writer->finish());
+        QCOMPARE(info.sha1, sha1(file));
+
+        auto track = support::valueOf(readTrackFile(file));
+        QCOMPARE(track.facts().partitions.size(), partitions);
+        for (const Partition& partition : track.facts().partitions)
+            QVERIFY(int(partition.headerByteCount != 0) + int(partition.bodySid != 0) + int(partition.indexSid != 0) <=
+                    1);
+        for (int n = 0; n < frames; ++n)
+            QVERIFY(*track.readFrame(n) == (n % 3 == 0 ? odd : even));
+        if (!programs::exists(QStringLiteral("ffprobe")))
+            QSKIP("ffprobe is not installed");
+        const QByteArray sizes = programs::run(
+            QStringLiteral("ffprobe"), {"-v", "warning", "-show_entries", "packet=size", "-of", "csv=p=0", file});
+        const QList<QByteArray> lines = sizes.trimmed().split('\n');
+        QCOMPARE(lines.size(), frames);
+        for (int n = 0; n < frames; ++n)
+            QCOMPARE(lines[n].toInt(), (n % 3 == 0 ? odd : even).size());
+    }
+
+    void announcedSizesGiveTheSameFileHashedInOnePass()
+    {
+        const PictureFormat format = speck({24, 1}, Sampling::YCbCr422);
+        const auto profile = chooseProfile(format, {J2kSettings::Mode::Reversible, 0});
+        QVector<QByteArray> codestreams;
+        QVector<qint64> sizes;
+        for (int n = 0; n < 1500; ++n) {
+            codestreams.append(n < 8 ? *encodeFrame(tinytracks::picture(format, n), format, *profile)
+                                     : codestreams[n % 8]);
+            sizes.append(codestreams.last().size());
+        }
+        auto writer = support::valueOf(
+            PictureTrackWriter::create({path("sized.mxf"), {}, sizes.size()}, format, *profile, sizes));
+        for (const QByteArray& codestream : qAsConst(codestreams))
+            QVERIFY(writer->append(codestream));
+        const auto info = support::valueOf(writer->finish());
+        QCOMPARE(info.sha1, sha1(path("sized.mxf")));
+        QCOMPARE(info.size, QFileInfo(path("sized.mxf")).size());
+        auto track = support::valueOf(readTrackFile(path("sized.mxf")));
+        QVERIFY(*track.readFrame(1499) == codestreams.last());
+    }
+
+    void wrongEssenceIsRefused()
+    {
+        const PictureFormat format = tinytracks::format();
+        const auto reversible = chooseProfile(format, {J2kSettings::Mode::Reversible, 0});
+        const auto lossy = chooseProfile(format, {J2kSettings::Mode::Lossy, 20});
+        const QByteArray good = *encodeFrame(tinytracks::picture(format, 0), format, *reversible);
+        auto writer = support::valueOf(PictureTrackWriter::create({path("wrong.mxf"), {}, 2}, format, *reversible));
+        QVERIFY(!writer->append("no codestream"));
+        const Status other = writer->append(*encodeFrame(tinytracks::picture(format, 0), format, *lossy));
+        QVERIFY(other.error().what.contains(QStringLiteral("0x0411 instead of 0x0701")));
+        QVERIFY(writer->append(good));
+        const auto early = writer->finish();
+        QVERIFY(early.error().what.contains(QStringLiteral("ends before its 2 frames")));
+        QVERIFY(writer->append(good));
+        QVERIFY(!writer->append(good));
+
+        SoundFormat sound = tinytracks::sound();
+        const std::int32_t sample[2] = {1, 2};
+        auto soundWriter = support::valueOf(SoundTrackWriter::create({path("wrong-sound.mxf"), {}, 1}, sound));
+        QVERIFY(!soundWriter->finish());
+        QVERIFY(soundWriter->append(sample, 1));
+        QVERIFY(!soundWriter->append(sample, 1));
+        sound.language = QStringLiteral("not a tag");
+        QVERIFY(!SoundTrackWriter::create({path("never.mxf"), {}, 1}, sound));
+        QVERIFY(!QFile::exists(path("never.mxf")));
+    }
+
+    void failingDisksAreReported()
+    {
+        QVERIFY(tinytracks::writeSound(path("there.mxf"), 10));
+        QVERIFY(tinytracks::writeSound(path("there.mxf"), 10).error().what.contains(QStringLiteral("exists already")));
+        QVERIFY(tinytracks::writeSound(path("no/such/folder.mxf"), 10)
+                    .error()
+                    .what.contains(QStringLiteral("folder is gone")));
+        {
+            const FileSizeLimit limit(100000);
+            const Error error = tinytracks::writeSound(path("full.mxf"), 48000).error();
+            QVERIFY2(error.sentence().contains(QStringLiteral("does not take a file of this size")),
+                     qPrintable(error.sentence()));
+            QCOMPARE(error.where, QStringLiteral("offset 100000"));
+        }
+        auto writer = support::valueOf(SoundTrackWriter::create({path("vanishing.mxf"), {}, 1}, tinytracks::sound()));
+        const std::int32_t sample[2] = {1, 2};
+        QVERIFY(writer->append(sample, 1));
+        QVERIFY(QFile::remove(path("vanishing.mxf")));
+        QVERIFY(writer->finish().error().what.contains(QStringLiteral("folder is gone")));
+    }
 
 private:
     QString path(const char* name) const { return m_folder.filePath(QString::fromLatin1(name)); }
 
     QTemporaryDir m_folder;
 };
-
-void TestMxfTracks::everyRateCountsAndDecodesExactly_data()
-{
-    QTest::addColumn<int>("num");
-    QTest::addColumn<int>("den");
-    for (const Rational rate : {Rational(24000, 1001), Rational(24, 1), Rational(25, 1), Rational(30000, 1001),
-                                Rational(30, 1), Rational(50, 1), Rational(60000, 1001), Rational(60, 1)})
-        QTest::addRow("%d/%d", int(rate.num), int(rate.den)) << int(rate.num) << int(rate.den);
-}
-
-void TestMxfTracks::everyRateCountsAndDecodesExactly()
-{
-    QFETCH(int, num);
-    QFETCH(int, den);
-    const QString file = path("rate.mxf");
-    QFile::remove(file);
-    const auto info = tinytracks::writePicture(file, 3, {J2kSettings::Mode::Reversible, 0}, {num, den});
-    QVERIFY2(info, qPrintable(info ? QString() : info.error().sentence()));
-    QCOMPARE(info->sha1, sha1(file));
-
-    QByteArray expected;
-    for (int n = 0; n < 3; ++n)
-        expected += planesAsBytes(tinytracks::picture(tinytracks::format({num, den}), n));
-    auto track = readTrackFile(file);
-    QVERIFY2(track, qPrintable(track ? QString() : track.error().sentence()));
-    QCOMPARE(track->facts().id, info->id);
-    QVERIFY(track->facts().editRate == Rational(num, den));
-    QByteArray ours;
-    for (int n = 0; n < 3; ++n)
-        ours += planesAsBytes(*decodeFrame(*track->readFrame(n)));
-    QVERIFY(ours == expected);
-
-    if (!programs::exists(QStringLiteral("ffmpeg")))
-        QSKIP("ffmpeg is not installed");
-    const QByteArray probed = programs::run(QStringLiteral("ffprobe"),
-                                            {"-v", "warning", "-count_frames", "-show_entries",
-                                             "stream=r_frame_rate,nb_read_frames", "-of", "compact=p=0:nk=1", file});
-    QCOMPARE(probed.trimmed(), QByteArray::number(num) + '/' + QByteArray::number(den) + "|3");
-    const QByteArray theirs = programs::run(
-        QStringLiteral("ffmpeg"), {"-v", "warning", "-i", file, "-f", "rawvideo", "-pix_fmt", "yuv422p10le", "-"});
-    QVERIFY2(theirs == expected, theirs.left(200).constData());
-}
-
-void TestMxfTracks::lossyPicturesKeepWithinTheirRate()
-{
-    const QString file = path("lossy.mxf");
-    const auto info = tinytracks::writePicture(file, 3, {J2kSettings::Mode::Lossy, 1.5});
-    QVERIFY2(info, qPrintable(info ? QString() : info.error().sentence()));
-    auto track = readTrackFile(file);
-    QVERIFY(track);
-    QCOMPARE(int(track->facts().j2k.coding), int(J2kFacts::Coding::Lossy));
-    QCOMPARE(track->facts().j2k.rsiz, quint16(0x0411));
-    for (int n = 0; n < 3; ++n) {
-        const QByteArray codestream = *track->readFrame(n);
-        QVERIFY(codestream.size() > 5000 && codestream.size() <= 7812);
-    }
-    if (!programs::exists(QStringLiteral("mediainfo")))
-        QSKIP("mediainfo is not installed");
-    const QByteArray said = programs::run(
-        QStringLiteral("mediainfo"), {"--Inform=Video;%Format_Profile%|%ChromaSubsampling%|%BitDepth%|%FrameCount%|"
-                                      "%colour_primaries%",
-                                      file});
-    QCOMPARE(said.trimmed(), QByteArray("IMFS2k@ML1SL1|4:2:2|10|3|BT.709"));
-}
-
-void TestMxfTracks::everySoundfieldComesBackToTheSample_data()
-{
-    QTest::addColumn<QString>("soundfield");
-    for (const McaSoundfield& row : soundfields()) {
-        if (!row.channelSymbols().isEmpty())
-            QTest::addRow("%s", row.symbol) << QString::fromLatin1(row.symbol);
-    }
-}
-
-void TestMxfTracks::everySoundfieldComesBackToTheSample()
-{
-    QFETCH(QString, soundfield);
-    const QString file = path("sound.mxf");
-    QFile::remove(file);
-    const qint64 count = 70007;
-    const auto info = tinytracks::writeSound(file, count, soundfield);
-    QVERIFY2(info, qPrintable(info ? QString() : info.error().sentence()));
-    QCOMPARE(info->sha1, sha1(file));
-    const SoundFormat written = tinytracks::sound(soundfield);
-    const auto expected = tinytracks::samples(written.channels.size(), 0, count);
-
-    auto track = readTrackFile(file);
-    QVERIFY2(track, qPrintable(track ? QString() : track.error().sentence()));
-    const SoundFormat& read = track->facts().sound;
-    QCOMPARE(read.soundfield, soundfield);
-    QCOMPARE(read.language, written.language);
-    QCOMPARE(read.title, written.title);
-    QCOMPARE(read.contentKind, QStringLiteral("PRM"));
-    QCOMPARE(read.channels.size(), written.channels.size());
-    for (int i = 0; i < read.channels.size(); ++i)
-        QCOMPARE(read.channels[i].symbol, written.channels[i].symbol);
-    QVERIFY(*track->readSamples(0, count) == expected);
-    QVERIFY(*track->readSamples(count - 1, 1) == tinytracks::samples(read.channels.size(), count - 1, 1));
-    QVERIFY(!track->readSamples(count - 1, 2));
-
-    if (!programs::exists(QStringLiteral("ffmpeg")))
-        QSKIP("ffmpeg is not installed");
-    const QByteArray theirs =
-        programs::run(QStringLiteral("ffmpeg"), {"-v", "error", "-i", file, "-c:a", "pcm_s32le", "-f", "s32le", "-"});
-    QCOMPARE(theirs.size(), int(expected.size() * 4));
-    const auto* words = reinterpret_cast<const std::int32_t*>(theirs.constData());
-    QVERIFY(std::equal(expected.begin(), expected.end(), words,
-                       [](std::int32_t a, std::int32_t b) { return a == b >> 8; }));
-}
-
-void TestMxfTracks::descriptorsAreTheSameFromWriterAndReader()
-{
-    const auto picture = tinytracks::writePicture(path("p.mxf"), 1);
-    const auto sound = tinytracks::writeSound(path("s.mxf"), 4800, QStringLiteral("sg51"));
-    QVERIFY(picture && sound);
-    QCOMPARE(readTrackFile(path("p.mxf"))->descriptorXml(), picture->descriptorXml);
-    QCOMPARE(readTrackFile(path("s.mxf"))->descriptorXml(), sound->descriptorXml);
-    QVERIFY(picture->descriptorXml.contains("<r1:EssenceLength>1</r1:EssenceLength>"));
-    QCOMPARE(sound->descriptorXml.count("<r0:AudioChannelLabelSubDescriptor>"), 6);
-    if (!programs::exists(QStringLiteral("xmllint")) || !programs::exists(QStringLiteral("mediainfo")))
-        QSKIP("xmllint or mediainfo is not installed");
-    for (const QByteArray& xml : {picture->descriptorXml, sound->descriptorXml})
-        QCOMPARE(programs::run(QStringLiteral("xmllint"), {"--nonet", "--noout", "-"}, xml), QByteArray());
-    const QByteArray said = programs::run(
-        QStringLiteral("mediainfo"),
-        {"--Inform=Audio;%ChannelLayout%|%Language%|%SamplingRate%|%BitDepth%|%SamplingCount%", path("s.mxf")});
-    QCOMPARE(said.trimmed(), QByteArray("L R C LFE Ls Rs|en-US|48000|24|4800"));
-}
-
-void TestMxfTracks::longTracksAlternateEssenceAndIndex_data()
-{
-    QTest::addColumn<int>("rate");
-    QTest::addColumn<int>("sampling");
-    QTest::addColumn<int>("frames");
-    QTest::addColumn<int>("partitions");
-    QTest::addRow("just one minute") << 24 << int(Sampling::YCbCr422) << 1440 << 4;
-    QTest::addRow("one frame more") << 24 << int(Sampling::YCbCr422) << 1441 << 6;
-    QTest::addRow("two segments in a partition") << 120 << int(Sampling::Rgb444) << 7300 << 6;
-}
-
-void TestMxfTracks::longTracksAlternateEssenceAndIndex()
-{
-    QFETCH(int, rate);
-    QFETCH(int, sampling);
-    QFETCH(int, frames);
-    QFETCH(int, partitions);
-    const QString file = path("long.mxf");
-    QFile::remove(file);
-    const PictureFormat format = speck({rate, 1}, Sampling(sampling));
-    const auto profile = chooseProfile(format, {J2kSettings::Mode::Reversible, 0});
-    QVERIFY(profile);
-    const QByteArray even = *encodeFrame(tinytracks::picture(format, 0), format, *profile);
-    const QByteArray odd = *encodeFrame(tinytracks::picture(format, 5), format, *profile);
-    QVERIFY(even.size() != odd.size());
-    auto writer = PictureTrackWriter::create({file, {}, frames}, format, *profile);
-    QVERIFY(writer);
-    for (int n = 0; n < frames; ++n)
-        QVERIFY((*writer)->append(n % 3 == 0 ? odd : even));
-    const auto info = (*writer)->finish();
-    QVERIFY(info);
-    QCOMPARE(info->sha1, sha1(file));
-
-    auto track = readTrackFile(file);
-    QVERIFY2(track, qPrintable(track ? QString() : track.error().sentence()));
-    QCOMPARE(track->facts().partitions.size(), partitions);
-    for (const Partition& partition : track->facts().partitions)
-        QVERIFY(int(partition.headerByteCount != 0) + int(partition.bodySid != 0) + int(partition.indexSid != 0) <= 1);
-    for (int n = 0; n < frames; ++n)
-        QVERIFY(*track->readFrame(n) == (n % 3 == 0 ? odd : even));
-    if (!programs::exists(QStringLiteral("ffprobe")))
-        QSKIP("ffprobe is not installed");
-    const QByteArray sizes = programs::run(QStringLiteral("ffprobe"),
-                                           {"-v", "warning", "-show_entries", "packet=size", "-of", "csv=p=0", file});
-    const QList<QByteArray> lines = sizes.trimmed().split('\n');
-    QCOMPARE(lines.size(), frames);
-    for (int n = 0; n < frames; ++n)
-        QCOMPARE(lines[n].toInt(), (n % 3 == 0 ? odd : even).size());
-}
-
-void TestMxfTracks::announcedSizesGiveTheSameFileHashedInOnePass()
-{
-    const PictureFormat format = speck({24, 1}, Sampling::YCbCr422);
-    const auto profile = chooseProfile(format, {J2kSettings::Mode::Reversible, 0});
-    QVector<QByteArray> codestreams;
-    QVector<qint64> sizes;
-    for (int n = 0; n < 1500; ++n) {
-        codestreams.append(n < 8 ? *encodeFrame(tinytracks::picture(format, n), format, *profile) : codestreams[n % 8]);
-        sizes.append(codestreams.last().size());
-    }
-    auto writer = PictureTrackWriter::create({path("sized.mxf"), {}, sizes.size()}, format, *profile, sizes);
-    QVERIFY(writer);
-    for (const QByteArray& codestream : qAsConst(codestreams))
-        QVERIFY((*writer)->append(codestream));
-    const auto info = (*writer)->finish();
-    QVERIFY(info);
-    QCOMPARE(info->sha1, sha1(path("sized.mxf")));
-    QCOMPARE(info->size, QFileInfo(path("sized.mxf")).size());
-    auto track = readTrackFile(path("sized.mxf"));
-    QVERIFY2(track, qPrintable(track ? QString() : track.error().sentence()));
-    QVERIFY(*track->readFrame(1499) == codestreams.last());
-}
-
-void TestMxfTracks::wrongEssenceIsRefused()
-{
-    const PictureFormat format = tinytracks::format();
-    const auto reversible = chooseProfile(format, {J2kSettings::Mode::Reversible, 0});
-    const auto lossy = chooseProfile(format, {J2kSettings::Mode::Lossy, 20});
-    const QByteArray good = *encodeFrame(tinytracks::picture(format, 0), format, *reversible);
-    auto writer = PictureTrackWriter::create({path("wrong.mxf"), {}, 2}, format, *reversible);
-    QVERIFY(writer);
-    QVERIFY(!(*writer)->append("no codestream"));
-    const Status other = (*writer)->append(*encodeFrame(tinytracks::picture(format, 0), format, *lossy));
-    QVERIFY(other.error().what.contains(QStringLiteral("0x0411 instead of 0x0701")));
-    QVERIFY((*writer)->append(good));
-    const auto early = (*writer)->finish();
-    QVERIFY(early.error().what.contains(QStringLiteral("ends before its 2 frames")));
-    QVERIFY((*writer)->append(good));
-    QVERIFY(!(*writer)->append(good));
-
-    SoundFormat sound = tinytracks::sound();
-    const std::int32_t sample[2] = {1, 2};
-    auto soundWriter = SoundTrackWriter::create({path("wrong-sound.mxf"), {}, 1}, sound);
-    QVERIFY(soundWriter);
-    QVERIFY(!(*soundWriter)->finish());
-    QVERIFY((*soundWriter)->append(sample, 1));
-    QVERIFY(!(*soundWriter)->append(sample, 1));
-    sound.language = QStringLiteral("not a tag");
-    QVERIFY(!SoundTrackWriter::create({path("never.mxf"), {}, 1}, sound));
-    QVERIFY(!QFile::exists(path("never.mxf")));
-}
-
-void TestMxfTracks::failingDisksAreReported()
-{
-    QVERIFY(tinytracks::writeSound(path("there.mxf"), 10));
-    QVERIFY(tinytracks::writeSound(path("there.mxf"), 10).error().what.contains(QStringLiteral("exists already")));
-    QVERIFY(
-        tinytracks::writeSound(path("no/such/folder.mxf"), 10).error().what.contains(QStringLiteral("folder is gone")));
-    {
-        const FileSizeLimit limit(100000);
-        const Error error = tinytracks::writeSound(path("full.mxf"), 48000).error();
-        QVERIFY2(error.sentence().contains(QStringLiteral("does not take a file of this size")),
-                 qPrintable(error.sentence()));
-        QCOMPARE(error.where, QStringLiteral("offset 100000"));
-    }
-    auto writer = SoundTrackWriter::create({path("vanishing.mxf"), {}, 1}, tinytracks::sound());
-    QVERIFY(writer);
-    const std::int32_t sample[2] = {1, 2};
-    QVERIFY((*writer)->append(sample, 1));
-    QVERIFY(QFile::remove(path("vanishing.mxf")));
-    QVERIFY((*writer)->finish().error().what.contains(QStringLiteral("folder is gone")));
-}
 
 QTEST_GUILESS_MAIN(TestMxfTracks)
 #include "tst_mxf_tracks.moc"

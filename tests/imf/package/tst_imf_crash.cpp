@@ -1,4 +1,5 @@
 #include "imf/package/Deliveries.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -123,14 +124,14 @@ private slots:
 
     void aCrashBeforeAnyChangeOfTheDiskLeavesAWholeDelivery_data()
     {
-        QTest::addColumn<QString>("kind");
-        QTest::newRow("into a new folder") << "first";
-        QTest::newRow("into a delivery") << "second";
+        const support::Rows<QString> row;
+        row("into a new folder", "first");
+        row("into a delivery", "second");
     }
 
     void aCrashBeforeAnyChangeOfTheDiskLeavesAWholeDelivery()
     {
-        QFETCH(QString, kind);
+        const auto [kind] = support::fetched<QString>();
         int call = 0;
         bool isComplete = false;
         while (!isComplete) {

@@ -1,4 +1,5 @@
 #include "imf/package/Deliveries.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -11,9 +12,6 @@ using namespace desk;
 using namespace desk::imf;
 
 using Damage = std::function<void(const QString& folder)>;
-
-Q_DECLARE_METATYPE(Damage)
-Q_DECLARE_METATYPE(deliveries::Change)
 
 namespace
 {
@@ -110,13 +108,9 @@ private slots:
 
     void aDamagedFileIsFound_data()
     {
-        QTest::addColumn<Damage>("damage");
-        QTest::addColumn<QStringList>("findings");
+        const support::Rows<Damage, QStringList> row;
         const QString map = QStringLiteral("ASSETMAP.xml");
         const QString index = QStringLiteral("VOLINDEX.xml");
-        const auto row = [](const char* name, const Damage& damage, const QStringList& findings) {
-            QTest::newRow(name) << damage << findings;
-        };
         const QByteArray mapLength = QByteArray::number(m_tracks.sound.size);
         row("no map", removed(map), {"asset-map-unreadable ASSETMAP.xml"});
         row("cut map", cut(map, 700), {"asset-map-unreadable ASSETMAP.xml"});
@@ -157,8 +151,7 @@ private slots:
 
     void aDamagedFileIsFound()
     {
-        QFETCH(Damage, damage);
-        QFETCH(QStringList, findings);
+        const auto [damage, findings] = support::fetched<Damage, QStringList>();
         QCOMPARE(findingsAfter(damage), findings);
     }
 
@@ -174,11 +167,7 @@ private slots:
 
     void aRuleThatTheCompositionBreaksIsFound_data()
     {
-        QTest::addColumn<deliveries::Change>("change");
-        QTest::addColumn<QStringList>("findings");
-        const auto row = [](const char* name, const deliveries::Change& change, const QStringList& findings) {
-            QTest::newRow(name) << change << findings;
-        };
+        const support::Rows<deliveries::Change, QStringList> row;
         row("shorter sound", [](Composition& c) { firstResource(c, 1).sourceDuration = 8000; },
             {"duration-unequal CPL.xml"});
         row("part of a frame", [](Composition& c) { firstResource(c, 1).sourceDuration = 8001; },
@@ -245,8 +234,7 @@ private slots:
 
     void aRuleThatTheCompositionBreaksIsFound()
     {
-        QFETCH(deliveries::Change, change);
-        QFETCH(QStringList, findings);
+        const auto [change, findings] = support::fetched<deliveries::Change, QStringList>();
         QTemporaryDir dir{deliveries::scratch()};
         const Status done = deliveries::commitFirst(dir.filePath("d"), m_tracks, change);
         QVERIFY2(done, qPrintable(done.error().sentence()));
@@ -288,18 +276,16 @@ private slots:
 
     void samplesOfOtherProgramsGiveTheirKnownFaults_data()
     {
-        QTest::addColumn<QString>("sample");
-        QTest::addColumn<QStringList>("findings");
+        const support::Rows<QString, QStringList> row;
         const QStringList wrongHash{"hash-mismatch CPL.xml", "size-mismatch CPL.xml"};
-        QTest::newRow("countdown") << "countdown" << wrongHash + QStringList{"sound-none CPL.xml"};
-        QTest::newRow("countdown-audio") << "countdown-audio" << wrongHash;
-        QTest::newRow("uhd-reversible") << "uhd-reversible" << QStringList();
+        row("countdown", "countdown", wrongHash + QStringList{"sound-none CPL.xml"});
+        row("countdown-audio", "countdown-audio", wrongHash);
+        row("uhd-reversible", "uhd-reversible", QStringList());
     }
 
     void samplesOfOtherProgramsGiveTheirKnownFaults()
     {
-        QFETCH(QString, sample);
-        QFETCH(QStringList, findings);
+        const auto [sample, findings] = support::fetched<QString, QStringList>();
         const QString samples = qEnvironmentVariable("STRATACUT_IMF_SAMPLES");
         if (samples.isEmpty())
             QSKIP("STRATACUT_IMF_SAMPLES is not set: other programs' deliveries are not verified");

@@ -4,7 +4,9 @@
 #include "desk/imf/xml/XmlElement.h"
 
 #include "imf/xml/Schema.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
+#include "support/ValueOf.h"
 
 #include <QTest>
 #include <QTextCodec>
@@ -162,14 +164,13 @@ private slots:
     void everythingSurvivesARoundTrip()
     {
         const QByteArray composition = writeComposition(fullComposition());
-        const Result<Composition> read = readComposition(composition, QStringLiteral("c"));
-        QVERIFY2(read, read ? "" : qPrintable(read.error().sentence()));
-        compareLines(writeComposition(*read), composition);
-        QCOMPARE(read->contentTitle.text, fullComposition().contentTitle.text);
-        QCOMPARE(read->annotation, fullComposition().annotation);
+        const auto read = support::valueOf(readComposition(composition, QStringLiteral("c")));
+        compareLines(writeComposition(read), composition);
+        QCOMPARE(read.contentTitle.text, fullComposition().contentTitle.text);
+        QCOMPARE(read.annotation, fullComposition().annotation);
         // The writer puts markers first.
-        QCOMPARE(read->segments[0].sequences[0].resources[0].markers[0].offset, 4);
-        QCOMPARE(read->segments[0].sequences[2].resources[0].hash, QByteArray(20, char(20)));
+        QCOMPARE(read.segments[0].sequences[0].resources[0].markers[0].offset, 4);
+        QCOMPARE(read.segments[0].sequences[2].resources[0].hash, QByteArray(20, char(20)));
         QVERIFY(composition.contains("<x:note xmlns:x=\"urn:x\">kept</x:note>"));
         const QByteArray list = writePackingList(fullPackingList());
         QCOMPARE(writePackingList(*readPackingList(list, {})), list);
@@ -185,9 +186,8 @@ private slots:
         const QByteArray signature = "<Signer/><s:Signature xmlns:s=\"http://www.w3.org/2000/09/xmldsig#\"/>";
         const QByteArray extension = "<ExtensionProperties xmlns:z=\"urn:z\"><z:deep z:k=\"v\"><z:in xmlns:q=\"urn:q\" "
                                      "q:a=\"1\">text <q:em>mixed</q:em> tail</z:in></z:deep></ExtensionProperties>";
-        const Result<Composition> read = readComposition(smallComposition(locales + extension + signature), {});
-        QVERIFY(read);
-        const QByteArray again = writeComposition(*read);
+        const auto read = support::valueOf(readComposition(smallComposition(locales + extension + signature), {}));
+        const QByteArray again = writeComposition(read);
         QVERIFY(again.contains("<Rating>12</Rating>"));
         QVERIFY(again.contains("text <q:em xmlns:q=\"urn:q\">mixed</q:em> tail") ||
                 again.contains("text <q:em>mixed</q:em> tail"));
@@ -200,10 +200,9 @@ private slots:
         QByteArray xml = writeComposition(fullComposition());
         xml.replace("http://www.smpte-ra.org/schemas/2067-3/2016", "http://www.smpte-ra.org/schemas/2067-3/2013");
         xml.replace("http://www.smpte-ra.org/ns/2067-2/2020", "http://www.smpte-ra.org/schemas/2067-2/2013");
-        const Result<Composition> old = readComposition(xml, {});
-        QVERIFY(old);
-        QCOMPARE(int(old->segments[0].sequences[1].kind), int(SequenceKind::MainImage));
-        compareLines(writeComposition(*old), xml);
+        const auto old = support::valueOf(readComposition(xml, {}));
+        QCOMPARE(int(old.segments[0].sequences[1].kind), int(SequenceKind::MainImage));
+        compareLines(writeComposition(old), xml);
 
         QByteArray list = writePackingList(fullPackingList());
         list.replace("<", "<p:").replace("<p:/", "</p:").replace("<p:?", "<?").replace("xmlns=", "xmlns:p=");
@@ -224,39 +223,35 @@ private slots:
 
     void hostileDocumentsAreRefused_data()
     {
-        QTest::addColumn<QByteArray>("xml");
-        QTest::addColumn<QString>("reason");
+        const support::Rows<QByteArray, QString> row;
         const QByteArray entities = "<!DOCTYPE r [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;\">]>";
         QByteArray manyAttributes = "<CompositionPlaylist";
         for (int i = 0; i < 5000; ++i)
             manyAttributes += " a" + QByteArray::number(i) + "=\"\"";
-        QTest::newRow("empty") << QByteArray() << "the file is empty";
-        QTest::newRow("not XML") << QByteArray("\x89PNG\r\n\x1a\n") << "not well-formed";
-        QTest::newRow("cut") << smallComposition().chopped(5) << "not well-formed";
-        QTest::newRow("doctype") << "<!DOCTYPE CompositionPlaylist>" + smallComposition() << "document type";
-        QTest::newRow("entities") << entities + smallComposition("<Creator>&b;</Creator>") << "document type";
-        QTest::newRow("unknown entity") << smallComposition("<Creator>&b;</Creator>") << "not well-formed";
-        QTest::newRow("deep") << nested(1000000) << "nested more than";
-        QTest::newRow("deep inside") << smallComposition(nested(100)) << "nested more than";
-        QTest::newRow("wide") << smallComposition(QByteArray("<a/>").repeated(1000000)) << "elements";
-        QTest::newRow("attributes") << manyAttributes + "/>"
-                                    << "attributes";
-        QTest::newRow("long attribute") << smallComposition("<Creator language=\"" + QByteArray(2 << 20, 'e') + "\"/>")
-                                        << "attribute is longer";
-        QTest::newRow("broken UTF-8") << smallComposition("<Creator>\xff\xfe</Creator>") << "not well-formed";
-        QTest::newRow("NUL") << smallComposition(QByteArray("<Creator>\0</Creator>", 20)) << "not well-formed";
-        QTest::newRow("another kind") << QByteArray("<html/>") << "not a CompositionPlaylist";
-        QTest::newRow("another namespace")
-            << smallComposition().replace("2067-3/2016", "2067-3/1999") << "not a CompositionPlaylist";
-        QTest::newRow("no UUID") << smallComposition().replace("urn:uuid:", "uuid:") << "is no UUID";
-        QTest::newRow("no rate") << smallComposition().replace("24 1", "24 0") << "is no rate";
-        QTest::newRow("no segments") << smallComposition().replace("<SegmentList/>", "") << "has no SegmentList";
+        row("empty", QByteArray(), "the file is empty");
+        row("not XML", QByteArray("\x89PNG\r\n\x1a\n"), "not well-formed");
+        row("cut", smallComposition().chopped(5), "not well-formed");
+        row("doctype", "<!DOCTYPE CompositionPlaylist>" + smallComposition(), "document type");
+        row("entities", entities + smallComposition("<Creator>&b;</Creator>"), "document type");
+        row("unknown entity", smallComposition("<Creator>&b;</Creator>"), "not well-formed");
+        row("deep", nested(1000000), "nested more than");
+        row("deep inside", smallComposition(nested(100)), "nested more than");
+        row("wide", smallComposition(QByteArray("<a/>").repeated(1000000)), "elements");
+        row("attributes", manyAttributes + "/>", "attributes");
+        row("long attribute", smallComposition("<Creator language=\"" + QByteArray(2 << 20, 'e') + "\"/>"),
+            "attribute is longer");
+        row("broken UTF-8", smallComposition("<Creator>\xff\xfe</Creator>"), "not well-formed");
+        row("NUL", smallComposition(QByteArray("<Creator>\0</Creator>", 20)), "not well-formed");
+        row("another kind", QByteArray("<html/>"), "not a CompositionPlaylist");
+        row("another namespace", smallComposition().replace("2067-3/2016", "2067-3/1999"), "not a CompositionPlaylist");
+        row("no UUID", smallComposition().replace("urn:uuid:", "uuid:"), "is no UUID");
+        row("no rate", smallComposition().replace("24 1", "24 0"), "is no rate");
+        row("no segments", smallComposition().replace("<SegmentList/>", ""), "has no SegmentList");
     }
 
     void hostileDocumentsAreRefused()
     {
-        QFETCH(QByteArray, xml);
-        QFETCH(QString, reason);
+        const auto [xml, reason] = support::fetched<QByteArray, QString>();
         const Result<Composition> read = readComposition(xml, QStringLiteral("bad.xml"));
         QVERIFY(!read);
         QCOMPARE(read.error().file, QStringLiteral("bad.xml"));
@@ -266,57 +261,49 @@ private slots:
 
     void pathsOutsideTheRulesAreRefused_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<bool>("isLawful");
-        QTest::newRow("plain") << "CPL_1.xml" << true;
-        QTest::newRow("ten segments") << "a/b/c/d/e/f/g/h/i/j" << true;
-        QTest::newRow("dots inside") << "a..b/...c" << true;
-        QTest::newRow("100 characters") << QString(100, 'a') << true;
-        QTest::newRow("101 characters") << QString(101, 'a') << false;
-        QTest::newRow("eleven segments") << "a/b/c/d/e/f/g/h/i/j/k" << false;
-        QTest::newRow("absolute") << "/etc/passwd" << false;
-        QTest::newRow("upwards") << "../x.mxf" << false;
-        QTest::newRow("upwards inside") << "a/../../x.mxf" << false;
-        QTest::newRow("same") << "./x.mxf" << false;
-        QTest::newRow("empty segment") << "a//x.mxf" << false;
-        QTest::newRow("empty") << "" << false;
-        QTest::newRow("blank") << "a b.mxf" << false;
-        QTest::newRow("escape") << "a%20b.mxf" << false;
-        QTest::newRow("URL") << "file:///etc/passwd" << false;
-        QTest::newRow("backslash") << "..\\x" << false;
-        QTest::newRow("letter beyond ASCII") << QString(QChar(0xe4)) << false;
-        QTest::newRow("line end") << "x.mxf\n" << false;
+        const support::Rows<QString, bool> row;
+        row("plain", "CPL_1.xml", true);
+        row("ten segments", "a/b/c/d/e/f/g/h/i/j", true);
+        row("dots inside", "a..b/...c", true);
+        row("100 characters", QString(100, 'a'), true);
+        row("101 characters", QString(101, 'a'), false);
+        row("eleven segments", "a/b/c/d/e/f/g/h/i/j/k", false);
+        row("absolute", "/etc/passwd", false);
+        row("upwards", "../x.mxf", false);
+        row("upwards inside", "a/../../x.mxf", false);
+        row("same", "./x.mxf", false);
+        row("empty segment", "a//x.mxf", false);
+        row("empty", "", false);
+        row("blank", "a b.mxf", false);
+        row("escape", "a%20b.mxf", false);
+        row("URL", "file:///etc/passwd", false);
+        row("backslash", "..\\x", false);
+        row("letter beyond ASCII", QString(QChar(0xe4)), false);
+        row("line end", "x.mxf\n", false);
     }
 
     void pathsOutsideTheRulesAreRefused()
     {
-        QFETCH(QString, path);
-        QFETCH(bool, isLawful);
+        const auto [path, isLawful] = support::fetched<QString, bool>();
         QCOMPARE(checkAssetPath(path, QStringLiteral("ASSETMAP.xml")).ok(), isLawful);
     }
 
     void durationsAreExact_data()
     {
-        QTest::addColumn<int>("rateNum");
-        QTest::addColumn<int>("rateDen");
-        QTest::addColumn<QVector<qint64>>("samples");
-        QTest::addColumn<qint64>("frames");
+        const support::Rows<int, int, QVector<qint64>, qint64> row;
         const QVector<qint64> fiveFrames{8008};
-        QTest::newRow("five frames at 29.97") << 30000 << 1001 << fiveFrames << qint64(5);
-        QTest::newRow("four frames at 29.97") << 30000 << 1001 << QVector<qint64>{6406} << qint64(-1);
-        QTest::newRow("parts that only fit together") << 30000 << 1001 << QVector<qint64>{6406, 1602} << qint64(5);
-        QTest::newRow("five frames at 59.94") << 60000 << 1001 << QVector<qint64>{4004} << qint64(5);
-        QTest::newRow("one frame at 23.976") << 24000 << 1001 << QVector<qint64>{2002} << qint64(1);
-        QTest::newRow("a sample too much") << 25 << 1 << QVector<qint64>{1921} << qint64(-1);
-        QTest::newRow("beyond 64 bits") << 240000 << 1 << QVector<qint64>{Q_INT64_C(9000000000000000000)} << qint64(-1);
+        row("five frames at 29.97", 30000, 1001, fiveFrames, qint64(5));
+        row("four frames at 29.97", 30000, 1001, QVector<qint64>{6406}, qint64(-1));
+        row("parts that only fit together", 30000, 1001, QVector<qint64>{6406, 1602}, qint64(5));
+        row("five frames at 59.94", 60000, 1001, QVector<qint64>{4004}, qint64(5));
+        row("one frame at 23.976", 24000, 1001, QVector<qint64>{2002}, qint64(1));
+        row("a sample too much", 25, 1, QVector<qint64>{1921}, qint64(-1));
+        row("beyond 64 bits", 240000, 1, QVector<qint64>{Q_INT64_C(9000000000000000000)}, qint64(-1));
     }
 
     void durationsAreExact()
     {
-        QFETCH(int, rateNum);
-        QFETCH(int, rateDen);
-        QFETCH(QVector<qint64>, samples);
-        QFETCH(qint64, frames);
+        const auto [rateNum, rateDen, samples, frames] = support::fetched<int, int, QVector<qint64>, qint64>();
         Sequence sound;
         for (const qint64 count : samples) {
             sound.resources.append(Resource());
@@ -331,9 +318,8 @@ private slots:
         Composition composition = fullComposition();
         composition.contentTitle =
             QStringLiteral("a\x01") + QChar(0xd800) + QStringLiteral("b\r\nc\td") + QChar(0xffff);
-        const Result<Composition> read = readComposition(writeComposition(composition), {});
-        QVERIFY(read);
-        QCOMPARE(read->contentTitle.text, QStringLiteral("ab\nc\td"));
+        const auto read = support::valueOf(readComposition(writeComposition(composition), {}));
+        QCOMPARE(read.contentTitle.text, QStringLiteral("ab\nc\td"));
     }
 };
 
