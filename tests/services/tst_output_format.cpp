@@ -2,6 +2,7 @@
 #include "desk/services/ExportJob.h"
 #include "desk/services/FolderName.h"
 #include "desk/services/FormatBuilder.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QJsonDocument>
@@ -78,18 +79,16 @@ private slots:
 
     void lengthsThatNoWholeNumberOfSamplesFitsAreRefusedOrPadded_data()
     {
-        QTest::addColumn<QString>("rate");
-        QTest::addColumn<int>("multiple");
+        const support::Rows<QString, int> row;
         const QMap<QString, int> multiples{{"23.976", 1}, {"24", 1}, {"25", 1},    {"29.97", 5},
                                            {"30", 1},     {"50", 1}, {"59.94", 5}, {"60", 1}};
         for (auto one = multiples.begin(); one != multiples.end(); ++one)
-            QTest::newRow(qPrintable(one.key())) << one.key() << one.value();
+            row(qPrintable(one.key()), one.key(), one.value());
     }
 
     void lengthsThatNoWholeNumberOfSamplesFitsAreRefusedOrPadded()
     {
-        QFETCH(QString, rate);
-        QFETCH(int, multiple);
+        const auto [rate, multiple] = support::fetched<QString, int>();
         for (qint64 frames = 1; frames <= 11; ++frames) {
             const Rational exact = words::frameRate(rate);
             const auto plain = compositionFrames(frames, exact, Padding::Refuse, QStringLiteral("clip"));
@@ -112,8 +111,7 @@ private slots:
 
     void namesThatNoFolderCanHaveAreRefused_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("fit");
+        const support::Rows<QString, bool> row;
         const QStringList good{"Feature", "Große Übersicht", "a.b", "...a", "con1", "影片"};
         const QStringList bad{"",
                               " ",
@@ -133,15 +131,14 @@ private slots:
                               QString(256, 'a'),
                               QString(100, QChar(0x5f71))};
         for (const QString& name : good)
-            QTest::newRow(qPrintable("good " + name)) << name << true;
+            row(qPrintable("good " + name), name, true);
         for (const QString& name : bad)
-            QTest::newRow(qPrintable(QStringLiteral("bad %1").arg(bad.indexOf(name)))) << name << false;
+            row(qPrintable(QStringLiteral("bad %1").arg(bad.indexOf(name))), name, false);
     }
 
     void namesThatNoFolderCanHaveAreRefused()
     {
-        QFETCH(QString, name);
-        QFETCH(bool, fit);
+        const auto [name, fit] = support::fetched<QString, bool>();
         QCOMPARE(checkFolderName(name).ok(), fit);
     }
 };

@@ -1,4 +1,5 @@
 #include "desk/services/SettingsStorage.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -51,18 +52,18 @@ private slots:
 
     void aDamagedFileIsSetAsideAndNeverOverwritten_data()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::newRow("no JSON") << QByteArray("{\"A\": [1,");
-        QTest::newRow("half a document") << QByteArray("{\"UNBURNED_ITEMS_KEY\":[{\"Name\":\"x\"");
-        QTest::newRow("an array") << QByteArray("[1, 2]");
-        QTest::newRow("wrong type below a key") << QByteArray("{\"UNBURNED_ITEMS_KEY\": \"x\"}");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("bytes") << QByteArray("\0\xff\xfe\x01", 4);
+        const support::Rows<QByteArray> row;
+        row("no JSON", QByteArray("{\"A\": [1,"));
+        row("half a document", QByteArray("{\"UNBURNED_ITEMS_KEY\":[{\"Name\":\"x\""));
+        row("an array", QByteArray("[1, 2]"));
+        row("wrong type below a key", QByteArray("{\"UNBURNED_ITEMS_KEY\": \"x\"}"));
+        row("empty", QByteArray());
+        row("bytes", QByteArray("\0\xff\xfe\x01", 4));
     }
 
     void aDamagedFileIsSetAsideAndNeverOverwritten()
     {
-        QFETCH(QByteArray, text);
+        const auto [text] = support::fetched<QByteArray>();
         write(text);
         SettingsStorage storage(file());
         const QStringList notices = storage.takeNotices();

@@ -1,4 +1,5 @@
 #include "desk/services/SoundPlan.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QJsonObject>
@@ -44,7 +45,7 @@ class TestSoundPlan : public QObject
         return files.join(QStringLiteral(" | "));
     }
 
-    static QJsonObject row(int out, const QString& mode, const QJsonArray& in)
+    static QJsonObject mapped(int out, const QString& mode, const QJsonArray& in)
     {
         return {{"Out", out},
                 {"AudioMixdownSettings", mode},
@@ -57,44 +58,28 @@ private slots:
 
     void unmappedTracksGoWhereTheirLabelsAndTheModeSay_data()
     {
-        QTest::addColumn<QStringList>("labels");
-        QTest::addColumn<QString>("mode");
-        QTest::addColumn<QString>("expected");
+        const support::Rows<QStringList, QString, QString> row;
         const QString m = QStringLiteral("Mono");
-        QTest::newRow("none") << QStringList() << "Stereo"
-                              << "";
-        QTest::newRow("one") << QStringList{m} << "Mono"
-                             << "sgM 100";
-        QTest::newRow("one to stereo") << QStringList{m} << "Stereo"
-                                       << "sgST 100 100";
-        QTest::newRow("pair") << QStringList{m, m} << "Stereo"
-                              << "sgST 100 200";
-        QTest::newRow("pair the wrong way round") << QStringList{"R", "L"} << "Stereo"
-                                                  << "sgST 200 100";
-        QTest::newRow("pair to mono") << QStringList{"L", "R"} << "Mono"
-                                      << "sgM 150";
-        QTest::newRow("two monos") << QStringList{m, m} << "Mono"
-                                   << "sgM 100 | sgM 200";
-        QTest::newRow("three") << QStringList{m, m, m} << "Stereo"
-                               << "sgST 100 200 | sgM 300";
-        QTest::newRow("film order") << QStringList{"L", "C", "R", "Ls", "Rs", "LFE"} << "5.1"
-                                    << "sg51 100 300 200 600 400 500";
-        QTest::newRow("eight") << QStringList{m, m, m, m, m, m, m, m} << "5.1"
-                               << "sg51 100 200 300 400 500 600 | sgST 700 800";
-        QTest::newRow("stereo, then 5.1") << QStringList{"L", "R", "L", "R", "C", "LFE", "Ls", "Rs"} << "5.1"
-                                          << "sgST 100 200 | sg51 300 400 500 600 700 800";
+        row("none", QStringList(), "Stereo", "");
+        row("one", QStringList{m}, "Mono", "sgM 100");
+        row("one to stereo", QStringList{m}, "Stereo", "sgST 100 100");
+        row("pair", QStringList{m, m}, "Stereo", "sgST 100 200");
+        row("pair the wrong way round", QStringList{"R", "L"}, "Stereo", "sgST 200 100");
+        row("pair to mono", QStringList{"L", "R"}, "Mono", "sgM 150");
+        row("two monos", QStringList{m, m}, "Mono", "sgM 100 | sgM 200");
+        row("three", QStringList{m, m, m}, "Stereo", "sgST 100 200 | sgM 300");
+        row("film order", QStringList{"L", "C", "R", "Ls", "Rs", "LFE"}, "5.1", "sg51 100 300 200 600 400 500");
+        row("eight", QStringList{m, m, m, m, m, m, m, m}, "5.1", "sg51 100 200 300 400 500 600 | sgST 700 800");
+        row("stereo, then 5.1", QStringList{"L", "R", "L", "R", "C", "LFE", "Ls", "Rs"}, "5.1",
+            "sgST 100 200 | sg51 300 400 500 600 700 800");
         // L + 0.707 (C + Ls), lowered so that the sum of the gains is one.
-        QTest::newRow("5.1 to stereo") << QStringList{"L", "R", "C", "LFE", "Ls", "Rs"} << "Stereo"
-                                       << "sgST 276 346";
-        QTest::newRow("pair to 5.1") << QStringList{"L", "R"} << "5.1"
-                                     << "sg51 100 200 0 0 0 0";
+        row("5.1 to stereo", QStringList{"L", "R", "C", "LFE", "Ls", "Rs"}, "Stereo", "sgST 276 346");
+        row("pair to 5.1", QStringList{"L", "R"}, "5.1", "sg51 100 200 0 0 0 0");
     }
 
     void unmappedTracksGoWhereTheirLabelsAndTheModeSay()
     {
-        QFETCH(QStringList, labels);
-        QFETCH(QString, mode);
-        QFETCH(QString, expected);
+        const auto [labels, mode, expected] = support::fetched<QStringList, QString, QString>();
         OutputFormat format;
         format.audioMix = mode;
         QCOMPARE(mixed(sequenceOf(labels), format), expected);
@@ -108,25 +93,14 @@ private slots:
         OutputFormat format;
         format.audioMix = QStringLiteral("Stereo");
         QCOMPARE(mixed(sequence, format), QStringLiteral("sgM 100 | sgST 200 300 | sgM 400"));
-        format.mapping = {row(1, "Stereo", {1, 2})};
+        format.mapping = {mapped(1, "Stereo", {1, 2})};
         QCOMPARE(mixed(sequence, format), QStringLiteral("sgST 100 200"));
-    }
-
-    void tracksThatAreHeardNowhereAreKnown()
-    {
-        const media::Sequence sequence = sequenceOf({"L", "R", "LFE"});
-        OutputFormat format;
-        format.audioMix = QStringLiteral("Stereo");
-        QCOMPARE(silentTracks(sequence, *planSound(sequence, format)), QVector<int>{2});
-        format.mapping = {row(1, "Stereo", {2, 1}), row(2, "Mono", {3})};
-        QCOMPARE(silentTracks(sequence, *planSound(sequence, format)), QVector<int>());
-        QCOMPARE(silentTracks(sequence, {}), (QVector<int>{0, 1, 2}));
     }
 
     void eachRowOfTheMappingBecomesATrackFile()
     {
         OutputFormat format;
-        format.mapping = {row(1, "Stereo", {3, 1}), row(2, "Mono", {2})};
+        format.mapping = {mapped(1, "Stereo", {3, 1}), mapped(2, "Mono", {2})};
         const media::Sequence sequence = sequenceOf({"Mono", "Mono", "Mono"});
         QCOMPARE(mixed(sequence, format), QStringLiteral("sgST 300 100 | sgM 200"));
         QCOMPARE(planSound(sequence, format)->first().format.language, QStringLiteral("fr"));
@@ -136,18 +110,18 @@ private slots:
 
     void aRowThatCannotBeMadeIsNamed_data()
     {
-        QTest::addColumn<QJsonObject>("entry");
-        QTest::newRow("unknown mode") << row(2, "7.1", {1});
-        QTest::newRow("no source") << row(2, "Mono", {});
-        QTest::newRow("source beyond the last") << row(2, "Mono", {3});
-        QTest::newRow("source zero") << row(2, "Mono", {0});
+        const support::Rows<QJsonObject> row;
+        row("unknown mode", mapped(2, "7.1", {1}));
+        row("no source", mapped(2, "Mono", {}));
+        row("source beyond the last", mapped(2, "Mono", {3}));
+        row("source zero", mapped(2, "Mono", {0}));
     }
 
     void aRowThatCannotBeMadeIsNamed()
     {
-        QFETCH(QJsonObject, entry);
+        const auto [entry] = support::fetched<QJsonObject>();
         OutputFormat format;
-        format.mapping = {row(1, "Mono", {1}), entry};
+        format.mapping = {mapped(1, "Mono", {1}), entry};
         const auto plans = planSound(sequenceOf({"Mono", "Mono"}), format);
         QVERIFY(!plans);
         QCOMPARE(plans.error().item, QStringLiteral("IMF track A2"));
