@@ -106,18 +106,18 @@ void ManagerFixture::type(const QString& id, const QString& text)
     QTest::keyClick(field, Qt::Key_Tab);
 }
 
-bool ManagerFixture::drop(const QStringList& mobIds, const QModelIndex& target, Qt::DropAction action)
+bool ManagerFixture::drop(const QStringList& mobIds, const QModelIndex& target)
 {
     const std::unique_ptr<QMimeData> mime = support::RecordingMediaEngine::dragOf(mobIds);
     QWidget* pane = tree().isVisible() ? tree().viewport() : tree().parentWidget()->parentWidget();
     const QPoint point = target.isValid() ? tree().visualRect(target).center() : pane->rect().center();
-    QDragEnterEvent enter(point, action, mime.get(), Qt::LeftButton, Qt::NoModifier);
+    QDragEnterEvent enter(point, Qt::MoveAction, mime.get(), Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(pane, &enter);
-    QDragMoveEvent move(point, action, mime.get(), Qt::LeftButton, Qt::NoModifier);
+    QDragMoveEvent move(point, Qt::MoveAction, mime.get(), Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(pane, &move);
     if (!enter.isAccepted() || !move.isAccepted())
         return false;
-    QDropEvent dropped(point, action, mime.get(), Qt::LeftButton, Qt::NoModifier);
+    QDropEvent dropped(point, Qt::MoveAction, mime.get(), Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(pane, &dropped);
     return dropped.isAccepted();
 }

@@ -74,7 +74,7 @@ public:
     /// Clicks a parameter's field, replaces its text and leaves it.
     void type(const QString& id, const QString& text);
     /// What a drag of these sequences meets over an item; over the empty part for an invalid index.
-    bool drop(const QStringList& mobIds, const QModelIndex& target, Qt::DropAction action = Qt::MoveAction);
+    bool drop(const QStringList& mobIds, const QModelIndex& target);
     std::unique_ptr<IMF_ManagerWindow> window;
 };
 

@@ -51,6 +51,17 @@ struct Shelf {
     QModelIndex imp;
     QModelIndex cpl;
 };
+
+/// How many rows of the model are in expanded items.
+int expandedRows(const QTreeView& tree, const QModelIndex& parent = {})
+{
+    int rows = tree.model()->rowCount(parent);
+    for (int row = tree.model()->rowCount(parent) - 1; row >= 0; --row) {
+        const QModelIndex index = tree.model()->index(row, 0, parent);
+        rows += tree.isExpanded(index) ? expandedRows(tree, index) : 0;
+    }
+    return rows;
+}
 } // namespace
 
 /// Sequences dropped into the item model, and CPLs dragged out of it.
@@ -88,6 +99,7 @@ private slots:
         add("on a deliverable", OnDelivery, -1, {"a", "b"}, Qt::MoveAction, inNewImp);
         add("below an IMP", OnDelivery, 1, {"a", "b"}, Qt::MoveAction, inNewImp);
         add("committed deliverable", OnDelivery, -1, {"a", "b"}, Qt::MoveAction, "Film(I(X title),Untitled IMP(A,B))");
+        add("clip first", OnImp, -1, {"clip", "a"}, Qt::MoveAction, "Film(Untitled IMP(Sequence x,,A))");
         add("on a CPL", OnCpl, -1, {"a"}, Qt::MoveAction, "");
         add("clips", OnImp, -1, {"clip", "clip2"}, Qt::MoveAction, "");
         add("no media", OnImp, -1, {}, Qt::MoveAction, "");
@@ -219,7 +231,10 @@ private slots:
                 QCOMPARE(entry.index.internalPointer(), const_cast<void*>(entry.item));
                 QCOMPARE(entry.index.row(), f.model->FromInternalPointer(entry.index.internalPointer())->row());
             }
-            f.tree().grab();
+            int shown = 0;
+            for (QModelIndex index = f.model->index(0, 0); index.isValid(); index = f.tree().indexBelow(index))
+                ++shown;
+            QCOMPARE(shown, expandedRows(f.tree()));
         }
     }
 };

@@ -75,10 +75,31 @@ private slots:
         QVERIFY(!f.param<PWTextInput>("id_name"));
         f.tree().selectionModel()->clearSelection();
         f.click(fresh);
+        emit f.params().valueChanged(cpl);
+        QVERIFY(!f.button("m_burn").isEnabled());
+        emit f.params().valueChanged(fresh);
         QSignalSpy wanted(f.window.get(), &IMF_ManagerWindow::commitSelectedItems);
         QTest::mouseClick(&f.button("m_burn"), Qt::LeftButton);
         QCOMPARE(wanted[0][0].value<QList<QModelIndex>>(), QList<QModelIndex>{fresh});
         QCOMPARE(f.bridge.commits.size(), 1);
+        f.putOnDisk("/out/New", "New#1", documents::delivery("New", "/out/New"));
+        f.bridge.commits[0].onDone({});
+        QTRY_VERIFY(!f.button("m_burn").isEnabled());
+    }
+
+    void aRowThatIsReplacedUnderTheSelectionIsShownAnew()
+    {
+        ManagerFixture f;
+        f.click(f.newDelivery("Film"));
+        f.putOnDisk("/out/Film", "d", documents::delivery("Written", "/out/Film", {documents::imp("I")}));
+        const auto refresh = [&f] { f.controller().onRefreshIMFItem(f.model->index(0, 0)); };
+        f.withoutTester(refresh);
+        QCOMPARE(f.param<PWTextInput>("id_name")->getValue().toString(), QString("Written"));
+        QVERIFY(!f.button("m_burn").isEnabled());
+        f.click(f.model->index(0, 0, f.model->index(0, 0)));
+        QCOMPARE(f.param<PWTextInput>("id_name")->getValue().toString(), QString("I"));
+        f.withoutTester(refresh);
+        QVERIFY(!f.param<PWTextInput>("id_name"));
     }
 
     void clickingBelowTheRowsSelectsNothing()
@@ -231,8 +252,6 @@ private slots:
         f.bridge.commits[0].onDone({});
         QTRY_VERIFY(title->isReadOnly());
         QCOMPARE(title->getValue().toString(), QString("As written"));
-        f.click(delivery);
-        QVERIFY(!f.button("m_burn").isEnabled());
     }
 
     void invalidItemsLookDifferent()
