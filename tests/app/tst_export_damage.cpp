@@ -1,10 +1,12 @@
 #include "app/Desk.h"
 #include "desk/imf/package/PackageTransaction.h"
 #include "desk/imf/package/Verifier.h"
+#include "desk/services/Profile.h"
 #include "services/Clip.h"
 #include "support/TestMain.h"
 
 #include <QElapsedTimer>
+#include <QLockFile>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 
@@ -257,14 +259,26 @@ private slots:
         QVERIFY(::desk::imf::verifyDelivery(path(QStringLiteral("out/made"))).isEmpty());
     }
 
-    void savedStateThatCannotBeKeptIsTold()
+    void aProfileThatCannotBeHadIsToldBeforeTheWork_data()
     {
-        const QString profile = write(QStringLiteral("profile"), "a file");
+        QTest::addColumn<bool>("taken");
+        QTest::newRow("a file") << false;
+        QTest::newRow("another process works with it") << true;
+    }
+
+    void aProfileThatCannotBeHadIsToldBeforeTheWork()
+    {
+        QFETCH(bool, taken);
+        const QString profile = taken ? path(QStringLiteral("profile")) : write(QStringLiteral("profile"), "a file");
+        const ::desk::services::Profile kept(profile);
+        QLockFile lock(kept.lockFile());
+        if (taken)
+            QVERIFY(QDir().mkpath(profile) && lock.tryLock());
         const auto run =
             support::desk({"export", clip(), "--to", m_folder->path(), "--name", "made", "--profile", profile});
-        QCOMPARE(run.exitCode, 0);
-        for (const char* file : {"/bin.json", "/packages.json"})
-            QVERIFY2(run.errors.contains(profile + QLatin1String(file)), qPrintable(run.errors));
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY2(run.errors.contains(profile + QLatin1String(": ")), qPrintable(run.errors));
+        QVERIFY(!QFileInfo::exists(path(QStringLiteral("made"))));
     }
 
     void aKilledExportLeavesAWholeDeliveryOrNone()
