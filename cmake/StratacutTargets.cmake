@@ -59,5 +59,10 @@ endfunction()
 
 set(STRATACUT_TEST_ENV
     "QT_QPA_PLATFORM=offscreen;TZ=UTC;LC_ALL=C.UTF-8;QT_LOGGING_RULES=;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime")
+if(STRATACUT_SANITIZE)
+  list(APPEND STRATACUT_TEST_ENV
+       "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/leaks.supp:print_suppressions=0"
+       "UBSAN_OPTIONS=print_stacktrace=1")
+endif()
 file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/runtime")
 file(CHMOD "${CMAKE_BINARY_DIR}/runtime" DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
