@@ -13,6 +13,7 @@
 #include "desk/services/MediaEngine.h"
 #include "desk/services/OutputFormat.h"
 #include "desk/services/SettingsStorage.h"
+#include "desk/services/SoundPlan.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -64,6 +65,7 @@ Status ExportSession::openMedia()
         if (!sequence)
             return sequence.error();
         m_library.add(*sequence);
+        m_opened += *sequence;
         m_sequences += sequence->id;
         if (sequence->picture && services::words::frameRate(sequence->frameRate).isEmpty())
             console::note(QStringLiteral("%1 has %2 frames a second and is written at the nearest rate of the output.")
@@ -203,6 +205,23 @@ Status ExportSession::applySettings()
     return {};
 }
 
+void ExportSession::tellSilentTracks() const
+{
+    for (int row = 0; row < m_opened.size(); ++row) {
+        const QModelIndex cpl = m_model->index(row, 0, imp());
+        const auto format = services::OutputFormat::fromJson(IMF_PackageMgrQtModel::CommitSettingsJsonFromIndex(cpl));
+        const auto plans = services::planSound(m_opened[row], format);
+        if (!plans)
+            continue;
+        for (int track : services::silentTracks(m_opened[row], *plans))
+            console::note(QStringLiteral("%1, track A%2 (%3): it is left out of the mix; give a \"Multiple Audio Mix\" "
+                                         "to keep it.")
+                              .arg(m_opened[row].path)
+                              .arg(track + 1)
+                              .arg(m_opened[row].audio[track].label));
+    }
+}
+
 int ExportSession::commit()
 {
     CommitWait wait(&m_output, IMF_PackageMgrQtModel::ComponentIDFromIndex(delivery()));
@@ -233,6 +252,8 @@ int ExportSession::run()
     }
     if (!done)
         console::error(worded(done.error()));
+    else
+        tellSilentTracks();
     const int code = done ? commit() : exitCode::failure;
     if (code != exitCode::success) {
         removeMadeFolders();

@@ -2,6 +2,7 @@
 
 #include "StratacutUI/IMF_PackageMgrQtModel.h"
 #include "desk/base/Result.h"
+#include "desk/media/Sequence.h"
 #include "desk/services/MediaLibrary.h"
 #include "desk/services/PackageOutput.h"
 #include "desk/services/Profile.h"
@@ -65,6 +66,8 @@ private:
     void removeMadeFolders() const;
     void saveState();
     void tell(const QStringList& notices) const;
+    /// Sound that the user has not asked to lose.
+    void tellSilentTracks() const;
     void write(const QModelIndex& index, const char* key, const QString& value);
 
     QModelIndex delivery() const { return m_model->index(m_model->rowCount() - 1, 0); }
@@ -79,6 +82,8 @@ private:
     std::unique_ptr<IMF_PackageMgrQtModel> m_model;
     /// Owned by the model's controller.
     services::SettingsStorage* m_settings = nullptr;
+    /// One a composition.
+    QVector<media::Sequence> m_opened;
     QStringList m_sequences;
     /// What message boxes have said.
     QStringList m_messages;

@@ -296,6 +296,25 @@ Result<QVector<SoundPlan>> planSound(const media::Sequence& sequence, const Outp
     return plans;
 }
 
+QVector<int> silentTracks(const media::Sequence& sequence, const QVector<SoundPlan>& plans)
+{
+    QSet<int> sounding;
+    for (const SoundPlan& plan : plans) {
+        for (const std::vector<double>& channel : plan.gains) {
+            for (int source = 0; source < plan.sources.size(); ++source) {
+                if (channel[std::size_t(source)] != 0)
+                    sounding.insert(plan.sources[source]);
+            }
+        }
+    }
+    QVector<int> silent;
+    for (int track = 0; track < sequence.audio.size(); ++track) {
+        if (!sounding.contains(track))
+            silent += track;
+    }
+    return silent;
+}
+
 QString defaultMixMode(int tracks)
 {
     const int mode = tracks <= 1 ? 0 : tracks < 6 ? 1 : 2;

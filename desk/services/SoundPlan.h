@@ -38,6 +38,9 @@ struct SoundPlan {
 /// sequence does not have.
 Result<QVector<SoundPlan>> planSound(const media::Sequence& sequence, const OutputFormat& format);
 
+/// Places in Sequence::audio of the tracks that sound in none of these.
+QVector<int> silentTracks(const media::Sequence& sequence, const QVector<SoundPlan>& plans);
+
 /// The mix mode that suits a number of tracks: "Mono" for one, "5.1" from six on, otherwise "Stereo".
 QString defaultMixMode(int tracks);
 

@@ -97,6 +97,17 @@ private slots:
         QCOMPARE(mixed(sequence, format), QStringLiteral("sgST 100 200"));
     }
 
+    void tracksThatAreHeardNowhereAreKnown()
+    {
+        const media::Sequence sequence = sequenceOf({"L", "R", "LFE"});
+        OutputFormat format;
+        format.audioMix = QStringLiteral("Stereo");
+        QCOMPARE(silentTracks(sequence, *planSound(sequence, format)), QVector<int>{2});
+        format.mapping = {row(1, "Stereo", {2, 1}), row(2, "Mono", {3})};
+        QCOMPARE(silentTracks(sequence, *planSound(sequence, format)), QVector<int>());
+        QCOMPARE(silentTracks(sequence, {}), (QVector<int>{0, 1, 2}));
+    }
+
     void eachRowOfTheMappingBecomesATrackFile()
     {
         OutputFormat format;
