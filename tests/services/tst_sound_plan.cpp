@@ -103,7 +103,7 @@ private slots:
         OutputFormat format;
         format.audioMix = QStringLiteral("Stereo");
         QCOMPARE(silentTracks(sequence, *planSound(sequence, format)), QVector<int>{2});
-        format.mapping = {row(1, "Stereo", {2, 1}), row(2, "Mono", {3})};
+        format.mapping = {mapped(1, "Stereo", {2, 1}), mapped(2, "Mono", {3})};
         QCOMPARE(silentTracks(sequence, *planSound(sequence, format)), QVector<int>());
         QCOMPARE(silentTracks(sequence, {}), (QVector<int>{0, 1, 2}));
     }
