@@ -2,6 +2,7 @@
 #include "NvCore/NvText.h"
 #include "NvCore/RangeArray.h"
 #include "NvCore/Toggles.h"
+#include "support/Files.h"
 
 #include <QFile>
 #include <QProcess>
@@ -17,13 +18,6 @@ namespace
 {
 constexpr const char* multiMix = "/Stratacut/IMFMultipleAudioMix";
 constexpr const char* multiMixVariable = "TGL_Stratacut_IMFMultipleAudioMix";
-
-void writeFile(const QString& name, const QByteArray& text)
-{
-    QFile file(name);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(text), qint64(text.size()));
-}
 
 class UpperCaseTranslator : public QTranslator
 {
@@ -138,9 +132,9 @@ private slots:
     {
         QVERIFY(!TGL_GetToggle(multiMix));
         QVERIFY(!TGL_GetToggle("/Nobody/Knows"));
-        writeFile(TGL_ToggleFile(),
-                  "# comment\n/Stratacut/IMFMultipleAudioMix = off\n#/Stratacut/IMFMultipleAudioMix = off\n"
-                  "/Stratacut/IMFMultipleAudioMix=on\n/Stratacut/IMFMultipleAudioMixer = off\n");
+        support::writeFile(TGL_ToggleFile(),
+                           "# comment\n/Stratacut/IMFMultipleAudioMix = off\n#/Stratacut/IMFMultipleAudioMix = off\n"
+                           "/Stratacut/IMFMultipleAudioMix=on\n/Stratacut/IMFMultipleAudioMixer = off\n");
         QVERIFY(TGL_GetToggle(multiMix));
         QVERIFY(!TGL_GetToggle("/Stratacut/IMFMCAMetadata"));
         qputenv(multiMixVariable, "off");
@@ -150,7 +144,7 @@ private slots:
         TGL_ResetToggle(multiMix);
         QVERIFY(!TGL_GetToggle(multiMix));
         qunsetenv(multiMixVariable);
-        writeFile(TGL_ToggleFile(), "/Stratacut/IMFMultipleAudioMix = no");
+        support::writeFile(TGL_ToggleFile(), "/Stratacut/IMFMultipleAudioMix = no");
         QVERIFY(!TGL_GetToggle(multiMix));
     }
 
@@ -159,7 +153,7 @@ private slots:
         const QByteArrayList words{"on", "ON", "True", "yes", " 1 ", "off", "False", "NO", "0"};
         for (int i = 0; i < words.size(); ++i) {
             const bool on = i < 5;
-            writeFile(TGL_ToggleFile(), QByteArray(multiMix) + " = " + (on ? "off" : "on"));
+            support::writeFile(TGL_ToggleFile(), QByteArray(multiMix) + " = " + (on ? "off" : "on"));
             qputenv(multiMixVariable, words[i]);
             QVERIFY2(TGL_GetToggle(multiMix) == on, words[i]);
         }
@@ -167,7 +161,7 @@ private slots:
 
     void anUnreadableToggleWordCountsAsAbsentAndIsReportedOnce()
     {
-        writeFile(TGL_ToggleFile(), "/Stratacut/IMFMultipleAudioMix = on\n");
+        support::writeFile(TGL_ToggleFile(), "/Stratacut/IMFMultipleAudioMix = on\n");
         qputenv(multiMixVariable, "perhaps");
         QTest::ignoreMessage(QtWarningMsg, "Toggle /Stratacut/IMFMultipleAudioMix: \"perhaps\" in "
                                            "TGL_Stratacut_IMFMultipleAudioMix is not a value; write on or off");

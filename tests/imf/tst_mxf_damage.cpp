@@ -3,11 +3,11 @@
 #include "desk/imf/mxf/TrackFileReader.h"
 #include "imf/support/Programs.h"
 #include "imf/support/TinyTracks.h"
+#include "support/Files.h"
 #include "support/Rows.h"
 
 #include <QTemporaryDir>
 #include <QTest>
-#include <QtEndian>
 
 #include <functional>
 #include <random>
@@ -176,8 +176,8 @@ private slots:
         const QString sound = m_folder.filePath(QStringLiteral("s.mxf"));
         QVERIFY(tinytracks::writePicture(picture, 3));
         QVERIFY(tinytracks::writeSound(sound, 2000));
-        m_picture = programs::fileBytes(picture);
-        m_sound = programs::fileBytes(sound);
+        m_picture = support::fileBytes(picture);
+        m_sound = support::fileBytes(sound);
         QCOMPARE(complaint(picture), QString());
         QCOMPARE(complaint(sound), QString());
     }
@@ -255,9 +255,7 @@ private:
     QString write(const QByteArray& bytes)
     {
         const QString path = m_folder.filePath(QStringLiteral("damaged.mxf"));
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("cannot write %s", qPrintable(path));
+        support::writeFile(path, bytes);
         return path;
     }
 

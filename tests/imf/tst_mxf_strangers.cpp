@@ -1,11 +1,11 @@
 #include "desk/imf/j2k/J2kEncoder.h"
 #include "desk/imf/mxf/TrackFileReader.h"
 #include "imf/support/Programs.h"
+#include "support/Files.h"
 #include "support/Rows.h"
 #include "support/ValueOf.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTest>
 #include <QXmlStreamReader>
 
@@ -79,7 +79,7 @@ private slots:
         const QStringList compositions = dir.entryList({QStringLiteral("CPL*.xml")});
         QCOMPARE(compositions.size(), 1);
         const QStringList ours = leaves(track.descriptorXml(), group);
-        const QStringList theirs = leaves(programs::fileBytes(dir.filePath(compositions.first())), group);
+        const QStringList theirs = leaves(support::fileBytes(dir.filePath(compositions.first())), group);
         QVERIFY(ours.size() > 20);
         QCOMPARE(ours.join('\n'), theirs.join('\n'));
     }

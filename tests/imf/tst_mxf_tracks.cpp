@@ -4,6 +4,7 @@
 #include "desk/imf/mxf/TrackFileWriter.h"
 #include "imf/support/Programs.h"
 #include "imf/support/TinyTracks.h"
+#include "support/Files.h"
 #include "support/Rows.h"
 #include "support/ValueOf.h"
 
@@ -30,7 +31,7 @@ QByteArray planesAsBytes(const Picture& picture)
 
 QByteArray sha1(const QString& path)
 {
-    return QCryptographicHash::hash(programs::fileBytes(path), QCryptographicHash::Sha1);
+    return QCryptographicHash::hash(support::fileBytes(path), QCryptographicHash::Sha1);
 }
 
 /// A picture small enough for tracks of thousands of frames.

@@ -1,6 +1,5 @@
 #include "media/MediaMaker.h"
 
-#include <QFile>
 #include <QProcess>
 #include <QtEndian>
 
@@ -29,18 +28,6 @@ bool MediaMaker::numberedPicture(int frames, const QString& rate, const QString&
                       .arg(name));
 }
 
-bool MediaMaker::write(const QString& name, const QByteArray& bytes) const
-{
-    QFile file(path(name));
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-QByteArray MediaMaker::bytes(const QString& name) const
-{
-    QFile file(path(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 namespace
 {
 
@@ -52,7 +39,7 @@ QByteArray little(quint32 value, int bytes)
 
 } // namespace
 
-bool MediaMaker::writeWav(const QString& name, const std::vector<std::int32_t>& samples, int bits, int sampleRate) const
+void MediaMaker::writeWav(const QString& name, const std::vector<std::int32_t>& samples, int bits, int sampleRate) const
 {
     const int width = bits / 8;
     QByteArray data;
@@ -62,7 +49,7 @@ bool MediaMaker::writeWav(const QString& name, const std::vector<std::int32_t>& 
                             little(quint32(sampleRate), 4) + little(quint32(sampleRate * width), 4) +
                             little(quint32(width), 2) + little(quint32(bits), 2) + "data" +
                             little(quint32(data.size()), 4);
-    return write(name, "RIFF" + little(quint32(head.size() + data.size()), 4) + head + data);
+    write(name, "RIFF" + little(quint32(head.size() + data.size()), 4) + head + data);
 }
 
 int spelledNumber(const Frame& frame)

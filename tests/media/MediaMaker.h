@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desk/media/PictureReader.h"
+#include "support/Files.h"
 
 #include <QByteArray>
 #include <QString>
@@ -23,11 +24,12 @@ public:
     bool numberedPicture(int frames, const QString& rate, const QString& name) const;
 
     /// A WAV file of the given bits (16 or 24).
-    bool writeWav(const QString& name, const std::vector<std::int32_t>& samples, int bits,
+    void writeWav(const QString& name, const std::vector<std::int32_t>& samples, int bits,
                   int sampleRate = 48000) const;
 
-    QByteArray bytes(const QString& name) const;
-    bool write(const QString& name, const QByteArray& bytes) const;
+    QByteArray bytes(const QString& name) const { return support::fileBytes(path(name)); }
+
+    void write(const QString& name, const QByteArray& bytes) const { support::writeFile(path(name), bytes); }
 
 private:
     QTemporaryDir m_folder;

@@ -2,12 +2,12 @@
 #include "StratacutUI/ImfDict.h"
 #include "StratacutUI/TargetFormatBuilder.h"
 #include "desk/services/MediaEngine.h"
+#include "support/Files.h"
 #include "support/TestMain.h"
 
 #include <QFile>
 #include <QFont>
 #include <QMimeData>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 
 using namespace desk;
@@ -61,15 +61,11 @@ private slots:
     void aDamagedBinIsToldAndLeftAlone()
     {
         const QString path = m_folder.filePath(QStringLiteral("damaged.json"));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("{\"sequences\": 3}");
-        file.close();
+        support::writeFile(path, "{\"sequences\": 3}");
         MediaLibrary library(path);
         QCOMPARE(library.takeNotices().size(), 1);
         library.add(sequence());
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray("{\"sequences\": 3}"));
+        QCOMPARE(support::fileBytes(path), QByteArray("{\"sequences\": 3}"));
     }
 
     void anUnknownSequenceIsNothing()

@@ -1,4 +1,5 @@
 #include "desk/services/SettingsStorage.h"
+#include "support/Files.h"
 #include "support/Rows.h"
 #include "support/TestMain.h"
 
@@ -17,19 +18,6 @@ class TestSettingsStorage : public QObject
     QString file() const { return m_folder.filePath(QStringLiteral("packages.json")); }
 
     QStringList files() const { return QDir(m_folder.path()).entryList(QDir::Files); }
-
-    static QByteArray read(const QString& path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-    void write(const QByteArray& text) const
-    {
-        QFile target(file());
-        QVERIFY(target.open(QIODevice::WriteOnly));
-        target.write(text);
-    }
 
 private slots:
 
@@ -64,7 +52,7 @@ private slots:
     void aDamagedFileIsSetAsideAndNeverOverwritten()
     {
         const auto [text] = support::fetched<QByteArray>();
-        write(text);
+        support::writeFile(file(), text);
         SettingsStorage storage(file());
         const QStringList notices = storage.takeNotices();
         QCOMPARE(notices.size(), 1);
@@ -74,18 +62,18 @@ private slots:
         QVERIFY(aside.removeOne(QStringLiteral("packages.json")));
         QCOMPARE(aside.size(), 1);
         QVERIFY(notices.first().contains(aside.first()));
-        QCOMPARE(read(m_folder.filePath(aside.first())), text);
+        QCOMPARE(support::fileBytes(m_folder.filePath(aside.first())), text);
         QCOMPARE(*SettingsStorage(file()).get("KEY"), QJsonArray{1});
     }
 
     void theStateOfTheLastRunOutlivesTheChangesOfThisOne()
     {
         SettingsStorage(file()).set("WORK", {"the user's work"});
-        const QByteArray before = read(file());
+        const QByteArray before = support::fileBytes(file());
         SettingsStorage storage(file());
         storage.set("WORK", {});
         storage.set("WORK", {"something else"});
-        QCOMPARE(read(file() + QStringLiteral(".previous")), before);
+        QCOMPARE(support::fileBytes(file() + QStringLiteral(".previous")), before);
     }
 
     void aFolderThatCannotBeWrittenIsToldAndTheValueKept()

@@ -3,6 +3,7 @@
 #include "desk/imf/mxf/TrackFileReader.h"
 #include "desk/imf/package/Digest.h"
 #include "imf/support/TinyTracks.h"
+#include "support/Files.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -184,7 +185,7 @@ QMap<QString, QByteArray> contents(const QString& folder)
     QDirIterator files(folder, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         const QString path = files.next();
-        result.insert(path.mid(folder.size() + 1), readFile(path));
+        result.insert(path.mid(folder.size() + 1), support::fileBytes(path));
     }
     return result;
 }
@@ -197,20 +198,6 @@ QStringList brief(const QVector<Finding>& findings)
         result.append(QString(one.code + QLatin1Char(' ') + one.file).remove(identifier));
     result.sort();
     return result;
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    file.open(QIODevice::ReadOnly);
-    return file.readAll();
-}
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    file.open(QIODevice::WriteOnly | QIODevice::Truncate);
-    file.write(bytes);
 }
 
 } // namespace deliveries

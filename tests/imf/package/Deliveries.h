@@ -53,7 +53,4 @@ QMap<QString, QByteArray> contents(const QString& folder);
 /// Findings as "code file", sorted; identifiers in file names are left out: "hash-mismatch CPL.xml".
 QStringList brief(const QVector<desk::imf::Finding>& findings);
 
-QByteArray readFile(const QString& path);
-void writeFile(const QString& path, const QByteArray& bytes);
-
 } // namespace deliveries

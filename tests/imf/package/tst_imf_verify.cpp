@@ -1,4 +1,5 @@
 #include "imf/package/Deliveries.h"
+#include "support/Files.h"
 #include "support/Rows.h"
 #include "support/TestMain.h"
 
@@ -30,10 +31,10 @@ Damage replaced(const QString& file, const QByteArray& from, const QByteArray& t
 {
     return [=](const QString& folder) {
         const QString path = folder + QLatin1Char('/') + file;
-        QByteArray bytes = deliveries::readFile(path);
+        QByteArray bytes = support::fileBytes(path);
         const int at = bytes.indexOf(from);
         if (at >= 0)
-            deliveries::writeFile(path, bytes.replace(at, from.size(), to));
+            support::writeFile(path, bytes.replace(at, from.size(), to));
     };
 }
 
@@ -46,7 +47,7 @@ Damage cut(const QString& file, int bytes)
 {
     return [=](const QString& folder) {
         const QString path = folder + QLatin1Char('/') + file;
-        deliveries::writeFile(path, deliveries::readFile(path).left(bytes));
+        support::writeFile(path, support::fileBytes(path).left(bytes));
     };
 }
 
@@ -59,11 +60,11 @@ Resource& firstResource(Composition& composition, int sequence)
 void makeStrange(const QString& folder)
 {
     const QString path = folder + "/ASSETMAP.xml";
-    AssetMap map = *readAssetMap(deliveries::readFile(path), path);
+    AssetMap map = *readAssetMap(support::fileBytes(path), path);
     map.annotation = UserText();
     for (MappedAsset& asset : map.assets)
         asset.annotation = UserText();
-    deliveries::writeFile(path, writeAssetMap(map));
+    support::writeFile(path, writeAssetMap(map));
 }
 
 } // namespace
@@ -139,12 +140,12 @@ private slots:
         row("cut track file", cut("sound.mxf", 20000),
             {"hash-mismatch sound.mxf", "length-mismatch sound.mxf", "resource-hash-mismatch CPL.xml",
              "size-mismatch sound.mxf", "track-file-unreadable sound.mxf"});
-        row("further file", [](const QString& folder) { deliveries::writeFile(folder + "/notes.txt", "x"); },
+        row("further file", [](const QString& folder) { support::writeFile(folder + "/notes.txt", "x"); },
             {"file-unlisted notes.txt"});
         row("broken-off commit",
             [](const QString& folder) {
                 QDir(folder).mkdir(".stratacut-commit-1");
-                deliveries::writeFile(folder + "/.stratacut-commit-1/track-1.mxf", "x");
+                support::writeFile(folder + "/.stratacut-commit-1/track-1.mxf", "x");
             },
             {"leftover .stratacut-commit-1"});
     }
@@ -255,11 +256,11 @@ private slots:
                 const int at = isSoak && tries == file->size() ? i : random.bounded(file->size());
                 QByteArray bad = *file;
                 bad[at] = char(bad[at] ^ (1 << random.bounded(8)));
-                deliveries::writeFile(folder + QLatin1Char('/') + file.key(), bad);
+                support::writeFile(folder + QLatin1Char('/') + file.key(), bad);
                 QVERIFY2(hasErrors(verifyDelivery(folder)),
                          qPrintable(QStringLiteral("%1, byte %2").arg(file.key()).arg(at)));
             }
-            deliveries::writeFile(folder + QLatin1Char('/') + file.key(), *file);
+            support::writeFile(folder + QLatin1Char('/') + file.key(), *file);
         }
         QCOMPARE(deliveries::brief(verifyDelivery(folder)), QStringList());
     }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QString>
@@ -27,12 +26,6 @@ inline QByteArray run(const QString& program, const QStringList& arguments, cons
         return "FAILED: " + process.readAllStandardError();
     const QByteArray complaints = process.readAllStandardError();
     return complaints.isEmpty() ? process.readAllStandardOutput() : "COMPLAINED: " + complaints;
-}
-
-inline QByteArray fileBytes(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace programs
