@@ -7,7 +7,6 @@
 #include "support/TestMain.h"
 
 #include <QJsonDocument>
-#include <QPointer>
 #include <QSignalSpy>
 
 #include <thread>
@@ -96,26 +95,21 @@ private slots:
         QCOMPARE(int(info.version), int(IMF_PackageMgr::Original));
     }
 
-    void anyRefusalStopsTheCommit_data()
-    {
-        const support::Rows<QString> row;
-        row("settings", "applyCommitSettings(Film#1/Untitled IMP/Sequence m1)");
-        row("metadata of the IMP", "applyDescriptiveMetadata(Film#1/Untitled IMP)");
-        row("metadata of the deliverable", "applyDescriptiveMetadata(Film#1)");
-        row("commit", "commit(Film#1/Untitled IMP)");
-    }
-
     void anyRefusalStopsTheCommit()
     {
-        const auto [refused] = support::fetched<QString>();
-        Film film;
-        film.f.bridge.failCall(refused, 32, "No.");
-        ModalAnswer answer(QMessageBox::Ok);
-        film.commit(film.imp);
-        QCOMPARE(answer.text, QString("No."));
-        QCOMPARE(answer.icon, QMessageBox::Critical);
-        QCOMPARE(film.f.bridge.takeCalls().constLast(), refused);
-        QVERIFY(film.f.bridge.commits.isEmpty());
+        const QStringList refusals{"applyCommitSettings(Film#1/Untitled IMP/Sequence m1)",
+                                   "applyDescriptiveMetadata(Film#1/Untitled IMP)", "applyDescriptiveMetadata(Film#1)",
+                                   "commit(Film#1/Untitled IMP)"};
+        for (const QString& refused : refusals) {
+            Film film;
+            film.f.bridge.failCall(refused, 32, "No.");
+            ModalAnswer answer(QMessageBox::Ok);
+            film.commit(film.imp);
+            QCOMPARE(answer.text, QString("No."));
+            QCOMPARE(answer.icon, QMessageBox::Critical);
+            QCOMPARE(film.f.bridge.takeCalls().constLast(), refused);
+            QVERIFY(film.f.bridge.commits.isEmpty());
+        }
     }
 
     void aCommittedDeliverableIsReadBackInPlace()
@@ -199,27 +193,21 @@ private slots:
         QCOMPARE(film.delivery.data().toString(), QString("Film"));
     }
 
-    void aFailedCommitIsShownAndChangesNothing_data()
-    {
-        const support::Rows<int, int> row;
-        row("warning", 32, int(QMessageBox::Warning));
-        row("error", 1, int(QMessageBox::Critical));
-    }
-
     void aFailedCommitIsShownAndChangesNothing()
     {
-        const auto [code, icon] = support::fetched<int, int>();
-        Film film;
-        QSignalSpy completed(&film.f.controller(), &IMF_Controller::commitCompleted);
-        film.commit(film.delivery);
-        film.f.bridge.takeCalls();
-        ModalAnswer answer(QMessageBox::Ok);
-        film.finish({quint8(code), "Stopped."});
-        QCOMPARE(int(answer.icon), icon);
-        QCOMPARE(answer.title, QString("Norvel Stratacut"));
-        QCOMPARE(answer.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
-        QCOMPARE(answer.text, QString("Stopped."));
-        QVERIFY(completed.isEmpty() && film.f.bridge.takeCalls().isEmpty() && !isCommitted(film.delivery));
+        for (const auto& [code, icon] : {std::pair(32, QMessageBox::Warning), std::pair(1, QMessageBox::Critical)}) {
+            Film film;
+            QSignalSpy completed(&film.f.controller(), &IMF_Controller::commitCompleted);
+            film.commit(film.delivery);
+            film.f.bridge.takeCalls();
+            ModalAnswer answer(QMessageBox::Ok);
+            film.finish({quint8(code), "Stopped."});
+            QCOMPARE(answer.icon, icon);
+            QCOMPARE(answer.title, QString("Norvel Stratacut"));
+            QCOMPARE(answer.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+            QCOMPARE(answer.text, QString("Stopped."));
+            QVERIFY(completed.isEmpty() && film.f.bridge.takeCalls().isEmpty() && !isCommitted(film.delivery));
+        }
     }
 
     void aCompletionFindsItsRowAfterOthersMoved()

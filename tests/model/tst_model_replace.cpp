@@ -5,7 +5,6 @@
 #include "support/TestMain.h"
 
 #include <QItemSelectionModel>
-#include <QSignalSpy>
 #include <QSortFilterProxyModel>
 #include <QTreeView>
 

@@ -6,7 +6,6 @@
 #include "support/TestMain.h"
 
 #include <QEvent>
-#include <QJsonDocument>
 #include <QPalette>
 #include <QPixmap>
 
@@ -176,20 +175,6 @@ private slots:
         QCOMPARE(f.model->IsBurnable({}), QVariant(false));
         QCOMPARE(f.model->getUnBurnedIndexes({}), QModelIndexList{committed});
         QCOMPARE(f.model->getUnBurnedIndexes(committed), QModelIndexList{added});
-    }
-
-    void dropsAreRefusedOnCommittedImpsAndCplsAlone()
-    {
-        ModelFixture f;
-        const QModelIndex delivery =
-            f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I", {documents::cpl("C")})}));
-        const QModelIndex imp = f.model->index(0, 0, delivery);
-        QVERIFY(!f.model->IsDroppingOnCommitedItem(-1, -1, {}));
-        QVERIFY(!f.model->IsDroppingOnCommitedItem(-1, -1, delivery));
-        QVERIFY(f.model->IsDroppingOnCommitedItem(0, 0, delivery));
-        QVERIFY(f.model->IsDroppingOnCommitedItem(-1, -1, imp));
-        QVERIFY(f.model->IsDroppingOnCommitedItem(0, 0, imp));
-        QVERIFY(!f.model->IsDroppingOnCommitedItem(-1, -1, f.newImp(delivery)));
     }
 
     void anAmbiguousFolderMeansTheRowJustAppendedThenTheCommittedOne()

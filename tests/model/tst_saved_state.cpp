@@ -5,8 +5,6 @@
 #include "support/Rows.h"
 #include "support/TestMain.h"
 
-#include <QJsonDocument>
-
 using Model = IMF_PackageMgrQtModel;
 using support::ModalAnswer;
 

@@ -18,11 +18,6 @@ public:
         return key == "Audio Mix" ? QStringList{"Direct", "Stereo", "5.1"} : QStringList();
     }
 };
-
-QString described(const QAbstractItemModel* trackModel)
-{
-    return trackModel ? QStringLiteral("model") : QStringLiteral("null");
-}
 } // namespace
 
 namespace support
@@ -72,27 +67,9 @@ QStringList RecordingMediaEngine::mobIdsFromMimeData(const QMimeData* mime)
     return QString::fromUtf8(mime->data(dragFormat)).split('\n', Qt::SkipEmptyParts);
 }
 
-QString RecordingMediaEngine::sequenceName(const QString& mobId)
-{
-    calls += QStringLiteral("sequenceName(%1)").arg(mobId);
-    return sequences.value(mobId).name;
-}
-
-void RecordingMediaEngine::sequenceToken(std::string& token, const QString& mobId)
-{
-    calls += QStringLiteral("sequenceToken(%1)").arg(mobId);
-    token = sequences.value(mobId).token;
-}
-
-void RecordingMediaEngine::sequenceFrameRate(std::string& frameRate, const QString& mobId)
-{
-    calls += QStringLiteral("sequenceFrameRate(%1)").arg(mobId);
-    frameRate = sequences.value(mobId).frameRate;
-}
-
 bool RecordingMediaEngine::isSequence(const QString& mobId)
 {
-    calls += QStringLiteral("isSequence(%1)").arg(mobId);
+    note("isSequence", mobId);
     return sequences.contains(mobId);
 }
 
@@ -113,11 +90,6 @@ QAbstractItemModel* RecordingMediaEngine::createTrackDataModel(QAbstractItemMode
     return new QStandardItemModel(0, 3, packageModel);
 }
 
-bool RecordingMediaEngine::isSequenceTrackModel(const QAbstractItemModel* trackModel)
-{
-    return sequences.contains(sequenceOf(trackModel));
-}
-
 void RecordingMediaEngine::fillAudioGroupingModel(QAbstractItemModel* trackModel, const QString& mobId)
 {
     calls += QStringLiteral("fillAudioGroupingModel(%1, %2)").arg(described(trackModel), mobId);
@@ -133,23 +105,8 @@ void RecordingMediaEngine::fillAudioGroupingModel(QAbstractItemModel* trackModel
 
 bool RecordingMediaEngine::isAudioGroupingModelPopulated(const QAbstractItemModel* trackModel)
 {
-    calls += QStringLiteral("isAudioGroupingModelPopulated(%1)").arg(described(trackModel));
+    note("isAudioGroupingModelPopulated", described(trackModel));
     return m_filled.contains(trackModel);
-}
-
-void RecordingMediaEngine::prepareTrackData(QAbstractItemModel* trackModel)
-{
-    calls += QStringLiteral("prepareTrackData(%1)").arg(described(trackModel));
-}
-
-void RecordingMediaEngine::prepareAudioGroupingData(QAbstractItemModel* trackModel)
-{
-    calls += QStringLiteral("prepareAudioGroupingData(%1)").arg(described(trackModel));
-}
-
-QStringList RecordingMediaEngine::activeTracks(const QAbstractItemModel* trackModel)
-{
-    return sequences.value(sequenceOf(trackModel)).tracks;
 }
 
 const IAudioMixDescription* RecordingMediaEngine::audioMixDescription(const QAbstractItemModel* trackModel)

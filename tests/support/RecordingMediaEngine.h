@@ -3,7 +3,6 @@
 #include "StratacutUI/MXE_Bridge.h"
 
 #include <QHash>
-#include <QSet>
 
 #include <functional>
 #include <memory>
@@ -56,14 +55,23 @@ public:
     void reserved2() override {}
 
     QStringList mobIdsFromMimeData(const QMimeData* mime) override;
-    QString sequenceName(const QString& mobId) override;
+
+    QString sequenceName(const QString& mobId) override { return asked("sequenceName", mobId).name; }
 
     QString creator() override { return creatorText; }
 
     void reserved6() override {}
 
-    void sequenceToken(std::string& token, const QString& mobId) override;
-    void sequenceFrameRate(std::string& frameRate, const QString& mobId) override;
+    void sequenceToken(std::string& token, const QString& mobId) override
+    {
+        token = asked("sequenceToken", mobId).token;
+    }
+
+    void sequenceFrameRate(std::string& frameRate, const QString& mobId) override
+    {
+        frameRate = asked("sequenceFrameRate", mobId).frameRate;
+    }
+
     bool isSequence(const QString& mobId) override;
 
     void projectName(QString& name) override { name = project; }
@@ -74,15 +82,29 @@ public:
 
     std::shared_ptr<TargetFormatBuilder> createTargetFormatBuilder(const QString& cplId, const QString& mobId) override;
     QAbstractItemModel* createTrackDataModel(QAbstractItemModel* packageModel, const QFont& font) override;
-    bool isSequenceTrackModel(const QAbstractItemModel* trackModel) override;
+
+    bool isSequenceTrackModel(const QAbstractItemModel* tracks) override
+    {
+        return sequences.contains(sequenceOf(tracks));
+    }
+
     void fillAudioGroupingModel(QAbstractItemModel* trackModel, const QString& mobId) override;
     bool isAudioGroupingModelPopulated(const QAbstractItemModel* trackModel) override;
-    void prepareTrackData(QAbstractItemModel* trackModel) override;
-    void prepareAudioGroupingData(QAbstractItemModel* trackModel) override;
+
+    void prepareTrackData(QAbstractItemModel* tracks) override { note("prepareTrackData", described(tracks)); }
+
+    void prepareAudioGroupingData(QAbstractItemModel* tracks) override
+    {
+        note("prepareAudioGroupingData", described(tracks));
+    }
 
     void reserved20() override {}
 
-    QStringList activeTracks(const QAbstractItemModel* trackModel) override;
+    QStringList activeTracks(const QAbstractItemModel* tracks) override
+    {
+        return sequences.value(sequenceOf(tracks)).tracks;
+    }
+
     const IAudioMixDescription* audioMixDescription(const QAbstractItemModel* trackModel) override;
 
     QString trackLabel(const QAbstractItemModel*, int) override { return QStringLiteral("Mono"); }
@@ -92,6 +114,16 @@ public:
     bool isTrackColumnShown(const QAbstractItemModel*, int) override { return true; }
 
 private:
+    void note(const char* call, const QString& arguments) { calls += QString("%1(%2)").arg(call, arguments); }
+
+    Sequence asked(const char* call, const QString& mobId)
+    {
+        note(call, mobId);
+        return sequences.value(mobId);
+    }
+
+    static QString described(const QAbstractItemModel* trackModel) { return trackModel ? "model" : "null"; }
+
     QString sequenceOf(const QAbstractItemModel* trackModel) const { return m_filled.value(trackModel); }
 
     QHash<const QAbstractItemModel*, QString> m_filled;
