@@ -266,18 +266,21 @@ private slots:
         QVERIFY(f.tree().viewport()->grab(row).toImage() != valid);
     }
 
-    void thePanesFollowTheSkin()
+    void thePanesAndIconsFollowTheSkin()
     {
         const QPalette former = QApplication::palette();
         ManagerFixture f;
         f.click(f.newDelivery("Film"));
+        QSet<qint64> icons;
         Palette::PaletteManager& palette = Palette::PaletteManager::Instance();
         for (const Palette::Skin skin : {Palette::Skin::Light, Palette::Skin::Dark}) {
             palette.setSkin(skin);
+            icons.insert(f.model->index(0, 0).data(Qt::DecorationRole).value<QIcon>().cacheKey());
             const QColor pane = palette.color("PanelBackgroundLighterColor");
             QCOMPARE(f.tree().viewport()->grab().toImage().pixelColor(5, 300), pane);
             QCOMPARE(f.params().findChild<QStackedWidget*>()->currentWidget()->palette().base().color(), pane);
         }
+        QCOMPARE(icons.size(), 2);
         QApplication::setPalette(former);
     }
 };
