@@ -9,7 +9,6 @@
 
 #include <QComboBox>
 #include <QIdentityProxyModel>
-#include <QLineEdit>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
