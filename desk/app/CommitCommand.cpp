@@ -35,8 +35,7 @@ int runCommit(const QCommandLineParser& parser, const QStringList& arguments)
                          arguments[0],
                          {},
                          QStringLiteral("this cannot be written"),
-                         QStringLiteral("name a delivery or an IMP that is not written, with an issuer, and with a "
-                                        "composition whose media is there")};
+                         QStringLiteral("name a delivery or an IMP that is not written and misses nothing")};
         if (parser.isSet(QStringLiteral("pad")))
             session.host().output().setPadding(services::Padding::BlackAndSilence);
         const QPersistentModelIndex row = *item;

@@ -58,8 +58,11 @@ void ExportSession::tell(const QStringList& notices) const
 Status ExportSession::openMedia()
 {
     Status claimed = m_request.profile.isEmpty() ? Status() : m_lock.claim();
-    if (!claimed)
+    if (!claimed && m_lock.isHeldElsewhere())
         return claimed;
+    // What cannot be kept is no reason not to export.
+    if (!claimed)
+        console::note(claimed.error().sentence());
     for (const QString& path : qAsConst(m_request.media)) {
         const auto sequence = media::openSequence(path);
         if (!sequence)

@@ -1,0 +1,142 @@
+#include "app/Desk.h"
+#include "services/Clip.h"
+#include "support/TestMain.h"
+
+#include <QFileInfo>
+#include <QLockFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+/// The commands on saved state, each in a process of its own, as a script calls them.
+class TestDeskCommands : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QTemporaryDir m_media;
+    QString m_clip;
+
+    QString path(const QString& name) const { return m_folder->filePath(name); }
+
+    support::DeskRun run(const QStringList& arguments) const
+    {
+        return support::desk(arguments + QStringList{"--profile", path(QStringLiteral("profile"))});
+    }
+
+    /// The last line of a command that must succeed; its errors where it does not.
+    QString done(const QStringList& arguments) const
+    {
+        const auto result = run(arguments);
+        return result.exitCode == 0 ? result.output.trimmed().section('\n', -1) : QStringLiteral("!") + result.errors;
+    }
+
+    /// The tree as "list" shows it, a line an item, without folders and indents.
+    QStringList listed() const
+    {
+        QStringList lines;
+        for (const QString& line : run({"list"}).output.split('\n', Qt::SkipEmptyParts))
+            lines += line.trimmed().remove(QRegularExpression(QStringLiteral(", /.*$")));
+        return lines;
+    }
+
+private slots:
+
+    void initTestCase() { m_clip = support::makeClip(m_media.filePath(QStringLiteral("reel.mov")), support::Clip()); }
+
+    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+
+    void aDeliveryIsMadeStepByStep()
+    {
+        QCOMPARE(done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()}), "1");
+        QCOMPARE(done({"add", "Harbour/Main", m_clip}), "1.1.1");
+        QCOMPARE(done({"set", "1.1.1", "Issuer=Somebody", "Audio Mix=Stereo", "ContentTitle=Reel One"}), "");
+        QCOMPARE(done({"rename", "Harbour", "Harbour/II"}).at(0), '!');
+        QCOMPARE(done({"rename", "Harbour", "Harbour II"}), "");
+        QCOMPARE(listed(), (QStringList{"1  IMF Original \"Harbour II\", not written", "1.1  IMP \"Main\", not written",
+                                        "1.1.1  CPL \"Reel One\", not written"}));
+        // The issuer of the composition was that of all above it, too.
+        QVERIFY(run({"list", "1", "--json"}).output.count(QLatin1String("\"Issuer\": \"Somebody\"")) == 3);
+        QCOMPARE(done({"commit", "1"}), path(QStringLiteral("Harbour II")));
+        QCOMPARE(listed().filter(QRegularExpression(", written$")).size(), 3);
+    }
+
+    void aNewImpOfAWrittenDeliveryIsWrittenAlone()
+    {
+        done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()});
+        done({"add", "1.1", m_clip});
+        done({"set", "1", "Issuer=Somebody"});
+        QCOMPARE(done({"commit", "1"}), path(QStringLiteral("Harbour")));
+        QCOMPARE(done({"new", "imp", "Extra", "--in", "Harbour"}), "1.2");
+        QCOMPARE(done({"add", "Harbour/Extra", "reel"}), "1.2.1");
+        QCOMPARE(listed().filter(QRegularExpression("not written$")).size(), 2);
+        QCOMPARE(done({"commit", "1.2"}), path(QStringLiteral("Harbour")));
+        QCOMPARE(listed().filter(QRegularExpression(", written$")).size(), 5);
+        QCOMPARE(QDir(path(QStringLiteral("Harbour"))).entryList({"PKL_*.xml"}).size(), 2);
+        // Forgotten, it is found again where it lies.
+        QCOMPARE(done({"remove", "1"}), "");
+        QCOMPARE(listed(), QStringList());
+        QCOMPARE(done({"explore", path(QStringLiteral("Harbour"))}), "");
+        QCOMPARE(listed().size(), 5);
+    }
+
+    void deliveriesInOneFolderKeepTheirOwnImps()
+    {
+        for (const char* name : {"One", "Two", "Three"})
+            done({"new", "supplemental", name, "--imp", QLatin1String("IMP of ") + name, "--to", m_folder->path()});
+        done({"add", "Two", m_clip});
+        QCOMPARE(listed(),
+                 (QStringList{"1  IMF Supplemental \"One\", not written", "1.1  IMP \"IMP of One\", not written",
+                              "2  IMF Supplemental \"Two\", not written", "2.1  IMP \"IMP of Two\", not written",
+                              "2.2  IMP \"Untitled IMP\", not written", "2.2.1  CPL \"reel\", not written",
+                              "3  IMF Supplemental \"Three\", not written", "3.1  IMP \"IMP of Three\", not written"}));
+    }
+
+    void aRefusedCommandSaysWhyAndChangesNothing_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("no item") << QStringList{"rename", "Quay", "Pier"} << 1 << "no such item";
+        QTest::newRow("an ambiguous name") << QStringList{"rename", "Twin", "Pier"} << 1 << "2, 3";
+        QTest::newRow("no key") << QStringList{"set", "1", "Colour=blue"} << 1 << "Issuer";
+        QTest::newRow("no value") << QStringList{"set", "1", "Issuer"} << 2 << "KEY=VALUE";
+        QTest::newRow("no choice") << QStringList{"set", "1.1.1", "Audio Mix=22.2"} << 1 << "Stereo";
+        QTest::newRow("no media") << QStringList{"add", "1", "/nowhere.mov"} << 1 << "/nowhere.mov";
+        QTest::newRow("onto a composition") << QStringList{"add", "1.1.1", "reel"} << 1 << "another item";
+        QTest::newRow("an empty IMP") << QStringList{"commit", "2"} << 1 << "no composition";
+        QTest::newRow("no delivery") << QStringList{"explore", "/proc"} << 1 << "/proc";
+        QTest::newRow("no kind") << QStringList{"new", "copy", "X"} << 2 << "original, supplemental, imp";
+        QTest::newRow("no delivery for an IMP") << QStringList{"new", "imp", "X"} << 2 << "--in";
+        QTest::newRow("a folder for an IMP") << QStringList{"folder", "1.1", "/tmp"} << 1 << "only a delivery";
+    }
+
+    void aRefusedCommandSaysWhyAndChangesNothing()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, code);
+        QFETCH(QString, said);
+        done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()});
+        done({"add", "1.1", m_clip});
+        QVERIFY(QDir().mkpath(path(QStringLiteral("a"))) && QDir().mkpath(path(QStringLiteral("b"))));
+        done({"new", "original", "Twin", "--to", path(QStringLiteral("a"))});
+        done({"new", "original", "Twin", "--to", path(QStringLiteral("b"))});
+        const QString before = run({"list", "--json"}).output;
+        const auto result = run(arguments);
+        QCOMPARE(result.exitCode, code);
+        QVERIFY2(result.errors.contains(said), qPrintable(result.errors));
+        QCOMPARE(run({"list", "--json"}).output, before);
+    }
+
+    void aProfileInUseIsLeftAlone()
+    {
+        done({"new", "original", "Harbour"});
+        QLockFile held(path(QStringLiteral("profile/lock")));
+        QVERIFY(held.tryLock());
+        const auto result = run({"rename", "Harbour", "Quay"});
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY2(result.errors.contains(QLatin1String("already works with this profile")), qPrintable(result.errors));
+    }
+};
+
+STRATACUT_TEST_MAIN(TestDeskCommands)
+#include "tst_desk_commands.moc"

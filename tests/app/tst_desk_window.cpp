@@ -1,0 +1,328 @@
+#include "app/Desk.h"
+#include "services/Clip.h"
+#include "support/ModalAnswer.h"
+#include "support/TestMain.h"
+
+#include "StratacutUI/IMF_TreeView.h"
+#include "desk/app/Host.h"
+#include "desk/app/walk/Hand.h"
+#include "desk/app/window/BinPane.h"
+#include "desk/app/window/DeskWindow.h"
+#include "desk/app/window/JobPane.h"
+
+#include <QAction>
+#include <QDesktopServices>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QSplitter>
+#include <QTemporaryDir>
+#include <QUrl>
+
+using desk::app::DeskWindow;
+using desk::app::Hand;
+using desk::app::Host;
+using desk::app::JobRow;
+using support::Clip;
+using support::ModalAnswer;
+using Model = IMF_PackageMgrQtModel;
+
+/// The desk's window over one profile; every test has a window of its own and deliveries that it makes itself.
+class TestDeskWindow : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_folder;
+    QString m_clip;
+    std::unique_ptr<Host> m_host;
+    std::unique_ptr<DeskWindow> m_window;
+    QUrl m_openedUrl;
+
+    QString path(const QString& name) const { return m_folder.filePath(name); }
+
+    QString profile() const { return path(QStringLiteral("profile")); }
+
+    Model& model() const { return m_host->model(); }
+
+    QAbstractItemModel& bin() const { return *m_window->bin().view().model(); }
+
+    void trigger(const char* action) const { m_window->action(QLatin1String(action))->trigger(); }
+
+    QPushButton& button(const QObject& parent, const char* name) const
+    {
+        return *parent.findChild<QPushButton*>(QLatin1String(name));
+    }
+
+    void openWindow()
+    {
+        m_window = std::make_unique<DeskWindow>(m_host.get());
+        m_window->show();
+        QApplication::setActiveWindow(m_window.get());
+    }
+
+    /// A delivery with that sequence of the bin in it; selected.
+    QPersistentModelIndex delivery(const QString& name, const QString& sequence = QStringLiteral("reel"))
+    {
+        trigger("newOriginal");
+        const QPersistentModelIndex made = model().index(model().rowCount() - 1, 0);
+        model().setData(made, name);
+        model().setData(made, QVariant::fromValue(qMakePair(QStringLiteral("Issuer"), QStringLiteral("Me"))),
+                        Model::IssuerRole);
+        Hand::click(&m_window->bin().view(), bin().index(rowOf(sequence), 0));
+        Hand::drag(&m_window->bin().view(), &m_window->tree(), made);
+        Hand::click(&m_window->tree(), made);
+        return made;
+    }
+
+    void addMedia(const QString& file)
+    {
+        const int before = bin().rowCount();
+        m_window->addMedia({file});
+        QTRY_COMPARE(bin().rowCount(), before + 1);
+    }
+
+    QString slowClip(const QString& name) const
+    {
+        Clip slow;
+        slow.frames = 24;
+        slow.picture = QStringLiteral("testsrc2");
+        return support::makeClip(path(name), slow);
+    }
+
+    int rowOf(const QString& name) const
+    {
+        return bin().match(bin().index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly).value(0).row();
+    }
+
+public slots:
+
+    void takeUrl(const QUrl& url) { m_openedUrl = url; }
+
+private slots:
+
+    void initTestCase()
+    {
+        m_clip = support::makeClip(path(QStringLiteral("reel.mov")), Clip());
+        const auto made = support::desk({"new", "original", "From the shell", "--profile", profile()});
+        QCOMPARE(made.exitCode, 0);
+        QCOMPARE(support::desk({"add", "1.1", m_clip, "--profile", profile()}).exitCode, 0);
+        m_host = std::make_unique<Host>(profile());
+        QVERIFY(m_host->claim().ok());
+        DeskWindow::prepareLook(m_host->profile());
+        m_host->load();
+        m_host->output().setDefaultFolder(m_folder.path());
+    }
+
+    void init() { openWindow(); }
+
+    void cleanup() { m_window.reset(); }
+
+    void theWindowShowsWhatTheCommandLineHasMade()
+    {
+        QCOMPARE(model().index(0, 0).data().toString(), QStringLiteral("From the shell"));
+        QCOMPARE(bin().rowCount(), 1);
+        QTRY_VERIFY(!bin().index(0, 0).data(Qt::DecorationRole).value<QImage>().isNull());
+        // The clip is even grey: its picture is.
+        const QColor middle = bin().index(0, 0).data(Qt::DecorationRole).value<QImage>().pixelColor(100, 60);
+        QVERIFY(std::abs(middle.red() - middle.blue()) <= 2 && std::abs(middle.red() - 126) < 8);
+    }
+
+    void droppedFilesFillTheBinAndOthersAreToldOf()
+    {
+        const QString good = support::makeClip(path(QStringLiteral("another.mov")), Clip());
+        QFile bad(path(QStringLiteral("letter.txt")));
+        QVERIFY(bad.open(QIODevice::WriteOnly) && bad.write("no media") > 0);
+        bad.close();
+        QMimeData files;
+        files.setUrls({QUrl::fromLocalFile(bad.fileName()), QUrl::fromLocalFile(good)});
+        ModalAnswer told(QMessageBox::Ok);
+        // A file manager that offers to move its files keeps them.
+        QVERIFY(Hand::drop(&m_window->bin(), files, QPoint(50, 200), Qt::CopyAction));
+        QTRY_VERIFY(told.answered);
+        QVERIFY2(told.text.contains(bad.fileName()), qPrintable(told.text));
+        QCOMPARE(bin().rowCount(), 2);
+        Hand::click(&m_window->bin().view(), bin().index(rowOf(QStringLiteral("another")), 0));
+        QTest::keyClick(&m_window->bin().view(), Qt::Key_Delete);
+        QCOMPARE(bin().rowCount(), 1);
+        QVERIFY(QFileInfo::exists(good));
+    }
+
+    void aDragLeavesTheBinAsItIs()
+    {
+        const QPersistentModelIndex made = delivery(QStringLiteral("Dragged"));
+        QCOMPARE(model().rowCount(made), 1);
+        QCOMPARE(model().rowCount(model().index(0, 0, made)), 1);
+        QCOMPARE(bin().rowCount(), 1);
+        QVERIFY(m_host->library().exists(bin().index(0, 0).data(Qt::UserRole + 1).toString()));
+    }
+
+    void theKeyboardAddsWhatTheMouseDrags()
+    {
+        const QPersistentModelIndex made = delivery(QStringLiteral("Typed"));
+        const QModelIndex imp = model().index(0, 0, made);
+        m_window->tree().select(model().index(0, 0, imp));
+        QTest::keyClick(&m_window->bin().view(), Qt::Key_Return);
+        QCOMPARE(model().rowCount(imp), 2);
+        m_window->tree().select(made);
+        trigger("addSequence");
+        QCOMPARE(model().rowCount(made), 2);
+        trigger("newImp");
+        QCOMPARE(model().rowCount(made), 3);
+    }
+
+    void noTwoActionsShareAKey()
+    {
+        QStringList keys;
+        for (const QAction* action : m_window->findChildren<QAction*>()) {
+            if (!action->shortcut().isEmpty())
+                keys += action->shortcut().toString();
+        }
+        QVERIFY(keys.size() > 12);
+        QCOMPARE(keys.removeDuplicates(), 0);
+    }
+
+    void aChangeIsKeptBeforeAnybodyQuits()
+    {
+        QSignalSpy saved(m_window.get(), &DeskWindow::saved);
+        delivery(QStringLiteral("Kept meanwhile"));
+        QVERIFY(saved.wait(2 * DeskWindow::saveDelay + 5000));
+        // What a crash at this moment would leave.
+        const QString copy = path(QStringLiteral("copy"));
+        QVERIFY(QDir().mkpath(copy));
+        for (const char* file : {"/packages.json", "/bin.json"})
+            QVERIFY(QFile::copy(profile() + QLatin1String(file), copy + QLatin1String(file)));
+        const auto listed = support::desk({"list", "--profile", copy});
+        QVERIFY2(listed.output.contains(QLatin1String("\"Kept meanwhile\"")), qPrintable(listed.output));
+        const auto refused = support::desk({"list", "--profile", profile()});
+        QCOMPARE(refused.exitCode, 1);
+    }
+
+    void aKilledDeskLeavesItsBinAndItsProfileFree()
+    {
+        const QStringList killed{"--profile", path(QStringLiteral("killed"))};
+        QProcess process;
+        process.start(QStringLiteral(STRATACUT_DESK), QStringList{"window", m_clip} + killed);
+        const auto isKept = [this] {
+            QFile file(path(QStringLiteral("killed/bin.json")));
+            return file.open(QIODevice::ReadOnly) && file.readAll().contains("reel.mov");
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isKept(), 20000);
+        QCOMPARE(process.state(), QProcess::Running);
+        process.kill();
+        QVERIFY(process.waitForFinished());
+        const auto bin = support::desk(QStringList{"bin"} + killed);
+        QCOMPARE(bin.exitCode, 0);
+        QVERIFY(bin.output.startsWith(QLatin1String("reel")));
+    }
+
+    void anExportThatEndsWellOffersItsFolder()
+    {
+        const QPersistentModelIndex made = delivery(QStringLiteral("Written"));
+        Hand::click(&button(*m_window, "m_burn"));
+        QCOMPARE(m_window->jobs().rows().size(), 1);
+        JobRow* job = m_window->jobs().rows().first();
+        QTRY_COMPARE_WITH_TIMEOUT(job->state(), JobRow::State::Done, 30000);
+        QCOMPARE(Model::StatusFromIndex(made), IMF_PackageMgr::Committed);
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "takeUrl");
+        Hand::click(&button(*job, "m_openFolder"));
+        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+        QCOMPARE(m_openedUrl.toLocalFile(), path(QStringLiteral("Written")));
+        // A written IMP takes no more, and the desk says where sequences can go.
+        m_window->tree().select(model().index(0, 0, made));
+        ModalAnswer told(QMessageBox::Ok);
+        trigger("addSequence");
+        QVERIFY(told.text.contains(QLatin1String("takes no sequences")));
+        Hand::click(&button(m_window->jobs(), "m_clearJobs"));
+        QCOMPARE(m_window->jobs().rows().size(), 0);
+    }
+
+    void anExportThatFailsShowsWhy()
+    {
+        const QString file = support::makeClip(path(QStringLiteral("broken.mov")), Clip());
+        addMedia(file);
+        const QPersistentModelIndex made = delivery(QStringLiteral("Failing"), QStringLiteral("broken"));
+        QFile media(file);
+        QVERIFY(media.open(QIODevice::WriteOnly) && media.write("gone bad") > 0);
+        media.close();
+        ModalAnswer told(QMessageBox::Ok);
+        Hand::click(&button(*m_window, "m_burn"));
+        JobRow* job = m_window->jobs().rows().value(0);
+        QVERIFY(job);
+        QTRY_COMPARE(job->state(), JobRow::State::Failed);
+        QTRY_VERIFY(told.answered);
+        QVERIFY2(told.text.contains(file), qPrintable(told.text));
+        QCOMPARE(Model::StatusFromIndex(made), IMF_PackageMgr::Uncommitted);
+        QVERIFY(!QFileInfo::exists(path(QStringLiteral("Failing"))));
+    }
+
+    void quittingDuringAnExportCancelsItWhenAsked()
+    {
+        addMedia(slowClip(QStringLiteral("slow.mov")));
+        const QPersistentModelIndex made = delivery(QStringLiteral("Cancelled"), QStringLiteral("slow"));
+        Hand::click(&button(*m_window, "m_burn"));
+        JobRow* job = m_window->jobs().rows().value(0);
+        QVERIFY(job);
+        {
+            ModalAnswer stay(QStringLiteral("Do Not Quit"));
+            QVERIFY(!m_window->close());
+        }
+        QVERIFY(!job->isOver());
+        ModalAnswer quit(QStringLiteral("Cancel and Quit"));
+        ModalAnswer told(QMessageBox::Ok);
+        m_window->close();
+        QTRY_VERIFY(!m_window->isVisible());
+        QCOMPARE(job->state(), JobRow::State::Cancelled);
+        QCOMPARE(Model::StatusFromIndex(made), IMF_PackageMgr::Uncommitted);
+        QVERIFY(!QFileInfo::exists(path(QStringLiteral("Cancelled"))));
+    }
+
+    void aWindowThatGoesBeforeItsExportLosesNothing()
+    {
+        const QPersistentModelIndex made = delivery(QStringLiteral("Left alone"));
+        Hand::click(&button(*m_window, "m_burn"));
+        QCOMPARE(m_window->jobs().active(), 1);
+        m_window.reset();
+        QTRY_COMPARE_WITH_TIMEOUT(Model::StatusFromIndex(made), IMF_PackageMgr::Committed, 30000);
+    }
+
+    void aDeliveryThatNothingKeepsIsNotLetGoInSilence()
+    {
+        trigger("newOriginal");
+        const int rows = model().rowCount();
+        {
+            ModalAnswer stay(QStringLiteral("Do Not Quit"));
+            QVERIFY(!m_window->close());
+            QVERIFY2(stay.text.contains(QLatin1String("holds no IMP")), qPrintable(stay.text));
+        }
+        {
+            ModalAnswer keep(QStringLiteral("Keep"));
+            QTest::keyClick(&m_window->tree(), Qt::Key_Delete);
+            QCOMPARE(model().rowCount(), rows);
+        }
+        ModalAnswer remove(QStringLiteral("Remove"));
+        trigger("remove");
+        QCOMPARE(model().rowCount(), rows - 1);
+        QVERIFY(m_window->close());
+    }
+
+    void theLookSurvivesARestart()
+    {
+        m_window->resize(1100, 700);
+        auto* across = m_window->findChild<QSplitter*>(QStringLiteral("m_acrossSplitter"));
+        across->setSizes({400, 700});
+        trigger("light");
+        const QList<int> sizes = across->sizes();
+        QVERIFY(m_window->close());
+        Palette::PaletteManager::Instance().setSkin(Palette::Skin::Dark);
+        DeskWindow::prepareLook(m_host->profile());
+        openWindow();
+        QCOMPARE(m_window->size(), QSize(1100, 700));
+        QCOMPARE(m_window->findChild<QSplitter*>(QStringLiteral("m_acrossSplitter"))->sizes(), sizes);
+        QCOMPARE(Palette::PaletteManager::Instance().skin(), Palette::Skin::Light);
+        QVERIFY(m_window->action(QStringLiteral("light"))->isChecked());
+        trigger("dark");
+    }
+};
+
+STRATACUT_TEST_MAIN(TestDeskWindow)
+#include "tst_desk_window.moc"
