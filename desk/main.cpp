@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 #include <algorithm>
 #include <sys/stat.h>
@@ -83,9 +84,15 @@ int runCommand(const Command& command, const QStringList& arguments)
     return command.run(parser, parser.positionalArguments());
 }
 
+/// A file manager that opens media with the desk names the files alone.
+bool isMedia(const QString& argument)
+{
+    return !argument.startsWith(QLatin1Char('-')) && QFileInfo(argument).isFile();
+}
+
 bool opensWindow(int argc, char** argv)
 {
-    return argc < 2 || qstrcmp(argv[1], "window") == 0;
+    return argc < 2 || qstrcmp(argv[1], "window") == 0 || isMedia(QFile::decodeName(argv[1]));
 }
 
 bool hasDisplay()
@@ -121,8 +128,8 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("Stratacut Desk"));
     QApplication::setApplicationVersion(QStringLiteral(STRATACUT_VERSION));
     QStringList arguments = QApplication::arguments().mid(1);
-    if (arguments.isEmpty())
-        arguments = QStringList{QStringLiteral("window")};
+    if (arguments.isEmpty() || isMedia(arguments.first()))
+        arguments.prepend(QStringLiteral("window"));
     const QString& first = arguments.first();
     if (first == QLatin1String("--help") || first == QLatin1String("-h") || first == QLatin1String("help")) {
         console::out(overview());

@@ -3,6 +3,7 @@
 #include "support/ModalAnswer.h"
 #include "support/TestMain.h"
 
+#include "StratacutUI/IMF_Controller.h"
 #include "StratacutUI/IMF_TreeView.h"
 #include "desk/app/Host.h"
 #include "desk/app/walk/Hand.h"
@@ -12,6 +13,7 @@
 
 #include <QAction>
 #include <QDesktopServices>
+#include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -26,6 +28,25 @@ using desk::app::JobRow;
 using support::Clip;
 using support::ModalAnswer;
 using Model = IMF_PackageMgrQtModel;
+
+/// Clicks the button with this text in the next box that opens.
+class Choice
+{
+public:
+    explicit Choice(const QString& button)
+    {
+        Hand::whenOpen([this, button](QWidget* open) {
+            text = open->findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))->text();
+            for (QPushButton* one : open->findChildren<QPushButton*>()) {
+                if (one->text() == button)
+                    return QTest::mouseClick(one, Qt::LeftButton);
+            }
+        });
+    }
+
+    /// What the box said; empty before.
+    QString text;
+};
 
 /// The desk's window over one profile; every test has a window of its own and deliveries that it makes itself.
 class TestDeskWindow : public QObject
@@ -236,6 +257,32 @@ private slots:
         QCOMPARE(m_window->jobs().rows().size(), 0);
     }
 
+    void whatAnExploredDeliveryMissesIsAskedFor()
+    {
+        const QPersistentModelIndex made = delivery(QStringLiteral("Whole"));
+        Hand::click(&button(*m_window, "m_burn"));
+        QTRY_COMPARE_WITH_TIMEOUT(Model::StatusFromIndex(made), IMF_PackageMgr::Committed, 30000);
+        const QString part = path(QStringLiteral("Part"));
+        support::run(QStringLiteral("cp"), {"-r", path(QStringLiteral("Whole")), part});
+        const QStringList files = QDir(part).entryList({"*.mxf"});
+        QVERIFY(!files.isEmpty());
+        for (const QString& file : files)
+            QVERIFY(QFile::remove(part + '/' + file));
+        // Forgotten, without a question: its files stay.
+        m_window->tree().select(made);
+        trigger("remove");
+        QVERIFY(!made.isValid());
+        const int rows = model().rowCount();
+        support::FolderAnswer explored(part);
+        ModalAnswer load(QMessageBox::Yes);
+        support::FolderAnswer whole(path(QStringLiteral("Whole")));
+        trigger("explore");
+        QTRY_VERIFY(whole.answered);
+        QTRY_COMPARE(model().rowCount(), rows + 2);
+        QVERIFY(load.text.contains(QLatin1String("dependent IMF deliverable")));
+        QVERIFY(!m_host->controller().hasMissingAssets(model().index(rows, 0)));
+    }
+
     void anExportThatFailsShowsWhy()
     {
         const QString file = support::makeClip(path(QStringLiteral("broken.mov")), Clip());
@@ -263,13 +310,13 @@ private slots:
         JobRow* job = m_window->jobs().rows().value(0);
         QVERIFY(job);
         {
-            ModalAnswer stay(QStringLiteral("Do Not Quit"));
+            Choice stay(QStringLiteral("Do Not Quit"));
             QVERIFY(!m_window->close());
         }
         QVERIFY(!job->isOver());
-        ModalAnswer quit(QStringLiteral("Cancel and Quit"));
-        ModalAnswer told(QMessageBox::Ok);
+        Choice quit(QStringLiteral("Cancel and Quit"));
         m_window->close();
+        ModalAnswer told(QMessageBox::Ok);
         QTRY_VERIFY(!m_window->isVisible());
         QCOMPARE(job->state(), JobRow::State::Cancelled);
         QCOMPARE(Model::StatusFromIndex(made), IMF_PackageMgr::Uncommitted);
@@ -290,16 +337,16 @@ private slots:
         trigger("newOriginal");
         const int rows = model().rowCount();
         {
-            ModalAnswer stay(QStringLiteral("Do Not Quit"));
+            Choice stay(QStringLiteral("Do Not Quit"));
             QVERIFY(!m_window->close());
             QVERIFY2(stay.text.contains(QLatin1String("holds no IMP")), qPrintable(stay.text));
         }
         {
-            ModalAnswer keep(QStringLiteral("Keep"));
+            Choice keep(QStringLiteral("Keep"));
             QTest::keyClick(&m_window->tree(), Qt::Key_Delete);
             QCOMPARE(model().rowCount(), rows);
         }
-        ModalAnswer remove(QStringLiteral("Remove"));
+        Choice remove(QStringLiteral("Remove"));
         trigger("remove");
         QCOMPARE(model().rowCount(), rows - 1);
         QVERIFY(m_window->close());
