@@ -138,7 +138,8 @@ private slots:
             exported({clip({}), "--title", "Über <alles> & \"mehr\"", "--issuer", "A & B", "--imp", "Päckchen", "--set",
                       "ContentKind=trailer", "--set", "Annotation= two\nlines ", "--name", "Größe 100"});
         QVERIFY(!delivery.isEmpty());
-        for (const QString& name : QDir(delivery).entryList({"*.xml"})) {
+        const QStringList documents = QDir(delivery).entryList({"*.xml"});
+        for (const QString& name : documents) {
             const QString schema = name.startsWith(QLatin1String("CPL_")) ? "/cpl-all.xsd" : "/pkl-am-all.xsd";
             int code = -1;
             support::run(QStringLiteral("xmllint"),
@@ -162,7 +163,8 @@ private slots:
         source.tracks = 8;
         const QString delivery = exported({clip(source)});
         QStringList facts;
-        for (const QString& file : QDir(delivery).entryList({"*.mxf"}))
+        const QStringList trackFiles = QDir(delivery).entryList({"*.mxf"});
+        for (const QString& file : trackFiles)
             facts += QString::fromUtf8(support::run(QStringLiteral("mediainfo"), {delivery + '/' + file}));
         const QString all = facts.join(QString());
         for (const char* part : {"IMFS2k@ML2SL1", "L R C LFE Ls Rs", "Channel layout                           : L R\n",
@@ -189,7 +191,8 @@ private slots:
         const auto clean = support::desk({"verify", delivery});
         QCOMPARE(clean.exitCode, 0);
         QVERIFY(clean.output.contains(QLatin1String("clean")));
-        for (const QString& name : QDir(delivery).entryList(QDir::Files)) {
+        const QStringList files = QDir(delivery).entryList(QDir::Files);
+        for (const QString& name : files) {
             QFile file(delivery + '/' + name);
             QVERIFY(file.open(QIODevice::ReadWrite));
             const qint64 place = file.size() / 2;

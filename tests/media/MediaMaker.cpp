@@ -10,7 +10,8 @@ using desk::media::Frame;
 bool MediaMaker::ffmpeg(const QString& arguments) const
 {
     QStringList words{QStringLiteral("-nostdin"), QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y")};
-    for (QString word : QProcess::splitCommand(arguments))
+    const QStringList split = QProcess::splitCommand(arguments);
+    for (const QString& word : split)
         words << (word.startsWith(QLatin1Char('@')) ? path(word.mid(1)) : word);
     QProcess process;
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);

@@ -8,6 +8,7 @@
 
 #include <QFile>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -240,7 +241,7 @@ private:
         const Result<Sequence> sequence = openSequence(path);
         if (sequence.ok())
             return {{}, {}, {}, QStringLiteral("opened"), {}};
-        const Error error = sequence.error();
+        const Error& error = sequence.error();
         return error.file.isEmpty() || error.next.isEmpty() ? Error{{}, {}, {}, QStringLiteral("half an error"), {}}
                                                             : error;
     }

@@ -68,11 +68,6 @@ QJsonArray sourcesOf(const QString& source)
     changeFirst(mix, "AudioMapping", [&source](QJsonObject& first) { first["SourceTracksGroups"] = source; });
     return JSON::FlattenMultiMix(mix).first().toObject().value("In").toArray();
 }
-
-const QStringList mixKeys{"AudioMapping", "Groups",   "AllActiveTracks",     "Name",
-                          "Tracks",       "MixMode",  "SourceTracksGroups",  "Include Master Fader",
-                          "TargetTrack",  "Metadata", "AudioMixdownSettings"};
-const QStringList mixTexts{"A1", "A99999999999", "Dialogue", "All Active Tracks", "", "x7y8", "Stereo"};
 } // namespace
 
 /// The multi-mix: checks, conversions, damage.
@@ -177,6 +172,10 @@ private slots:
     void noJsonAtAllBreaksThePromises()
     {
         const quint32 seed = QRandomGenerator::global()->generate();
+        const QStringList mixKeys{"AudioMapping", "Groups",   "AllActiveTracks",     "Name",
+                                  "Tracks",       "MixMode",  "SourceTracksGroups",  "Include Master Fader",
+                                  "TargetTrack",  "Metadata", "AudioMixdownSettings"};
+        const QStringList mixTexts{"A1", "A99999999999", "Dialogue", "All Active Tracks", "", "x7y8", "Stereo"};
         support::Junk junk(seed, mixKeys, mixTexts);
         support::Assertions assertions;
         for (int i = 0; i < 3000; ++i) {

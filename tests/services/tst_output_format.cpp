@@ -31,10 +31,11 @@ private slots:
         for (int step = 0; step < 3000; ++step) {
             const QString key = builder.keys().at(random.bounded(builder.keys().size()));
             const QStringList choices = builder.choices(key);
-            const QString value = choices.at(random.bounded(choices.size()));
+            const QString& value = choices.at(random.bounded(choices.size()));
             QVERIFY(builder.setValue(key, value));
             QCOMPARE(builder.value(key), value);
-            for (const QString& each : builder.keys())
+            const QStringList keys = builder.keys();
+            for (const QString& each : keys)
                 QVERIFY2(builder.choices(each).contains(builder.value(each)), qPrintable(each));
             // What is offered can be written, and survives storing.
             const OutputFormat format = stored(builder);
@@ -47,7 +48,8 @@ private slots:
     {
         FormatBuilder builder{OutputFormat()};
         const QString before = builder.settings();
-        for (const QString& key : builder.keys() + QStringList{QStringLiteral("Shoe Size")})
+        const QStringList keys = builder.keys() + QStringList{QStringLiteral("Shoe Size")};
+        for (const QString& key : keys)
             QVERIFY(!builder.setValue(key, QStringLiteral("11 1/2")));
         QCOMPARE(builder.settings(), before);
         QVERIFY(builder.choices(QStringLiteral("Shoe Size")).isEmpty());

@@ -252,7 +252,8 @@ private slots:
         const QString folder = delivery.data(Model::PathRole).toString();
         const QString copy = m_folder->filePath(QStringLiteral("Copy"));
         support::run(QStringLiteral("cp"), {"-r", folder, copy});
-        for (const QString& file : QDir(copy).entryList({"*.mxf"}))
+        const QStringList trackFiles = QDir(copy).entryList({"*.mxf"});
+        for (const QString& file : trackFiles)
             QVERIFY(QFile::remove(copy + '/' + file));
         bool missing = false;
         controller().loadNewDelivery(copy, &missing, false);

@@ -23,14 +23,16 @@ private slots:
 
     void init()
     {
-        for (const QString& name : files())
+        const QStringList names = files();
+        for (const QString& name : names)
             QVERIFY(QFile::remove(m_folder.filePath(name)));
     }
 
     void whatWasStoredIsThereInTheNextRun()
     {
         const QJsonArray folders{"/a", "/b"};
-        SettingsStorage(file()).set("FOLDERS", folders);
+        SettingsStorage storage(file());
+        storage.set("FOLDERS", folders);
         SettingsStorage next(file());
         QVERIFY(next.get("FOLDERS").has_value());
         QCOMPARE(*next.get("FOLDERS"), folders);
@@ -68,7 +70,8 @@ private slots:
 
     void theStateOfTheLastRunOutlivesTheChangesOfThisOne()
     {
-        SettingsStorage(file()).set("WORK", {"the user's work"});
+        SettingsStorage earlier(file());
+        earlier.set("WORK", {"the user's work"});
         const QByteArray before = support::fileBytes(file());
         SettingsStorage storage(file());
         storage.set("WORK", {});

@@ -56,7 +56,7 @@ public:
     QJsonObject object(int depth)
     {
         QJsonObject members;
-        for (const QString& key : m_keys) {
+        for (const QString& key : qAsConst(m_keys)) {
             if (below(2) == 0)
                 members[key] = value(depth);
         }

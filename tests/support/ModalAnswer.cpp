@@ -12,11 +12,11 @@
 namespace
 {
 // The answers that wait for a dialog, first come first served.
-std::deque<const QObject*> waiting;
+Q_GLOBAL_STATIC(std::deque<const QObject*>, waiting)
 
 void leave(const QObject* answer)
 {
-    waiting.erase(std::remove(waiting.begin(), waiting.end(), answer), waiting.end());
+    waiting->erase(std::remove(waiting->begin(), waiting->end(), answer), waiting->end());
 }
 } // namespace
 
@@ -25,7 +25,7 @@ namespace support
 
 DialogAnswer::DialogAnswer()
 {
-    waiting.push_back(this);
+    waiting->push_back(this);
     connect(&m_timer, &QTimer::timeout, this, &DialogAnswer::watch);
     m_timer.start(0);
 }
@@ -41,7 +41,7 @@ void DialogAnswer::watch()
 {
     QWidget* dialog = QApplication::activeModalWidget();
     // Answers that fell due for one dialog must not click it twice while it closes.
-    if (waiting.empty() || waiting.front() != this || !dialog || !dialog->isVisible() ||
+    if (waiting->empty() || waiting->front() != this || !dialog || !dialog->isVisible() ||
         dialog->property("answered").toBool())
         return;
     if (!record(*dialog))

@@ -25,9 +25,12 @@ const char* const platformNoise[] = {"This plugin does not support propagateSize
                                      "This plugin does not support raise()",
                                      "This plugin does not support grabbing the keyboard"};
 
-QMutex mutex;
-std::vector<Expectation> expectations;
-QStringList foreignThreadMessages;
+struct Heard {
+    QMutex mutex;
+    std::vector<Expectation> expectations;
+    QStringList foreignThreadMessages;
+};
+Q_GLOBAL_STATIC(Heard, heard)
 QtMessageHandler qtestHandler = nullptr;
 
 QByteArray runningTest()
@@ -37,13 +40,14 @@ QByteArray runningTest()
 
 bool isAnnounced(QtMsgType type, const QString& text)
 {
-    const QMutexLocker locker(&mutex);
-    const auto found = std::find_if(expectations.begin(), expectations.end(), [&](const Expectation& expected) {
-        return expected.type == type && text.contains(expected.part) && expected.test == runningTest();
-    });
-    if (found == expectations.end())
+    const QMutexLocker locker(&heard->mutex);
+    const auto found =
+        std::find_if(heard->expectations.begin(), heard->expectations.end(), [&](const Expectation& expected) {
+            return expected.type == type && text.contains(expected.part) && expected.test == runningTest();
+        });
+    if (found == heard->expectations.end())
         return false;
-    expectations.erase(found);
+    heard->expectations.erase(found);
     return true;
 }
 
@@ -60,8 +64,8 @@ void fail(const QString& text)
         QTest::qFail(qPrintable(text), __FILE__, __LINE__);
         return;
     }
-    const QMutexLocker locker(&mutex);
-    foreignThreadMessages += QString::fromLatin1(runningTest()) + QStringLiteral(": ") + text;
+    const QMutexLocker locker(&heard->mutex);
+    heard->foreignThreadMessages += QString::fromLatin1(runningTest()) + QStringLiteral(": ") + text;
 }
 
 void watchMessages(QtMsgType type, const QMessageLogContext& context, const QString& text)
@@ -75,19 +79,19 @@ void watchMessages(QtMsgType type, const QMessageLogContext& context, const QStr
 
 int reportLeftovers()
 {
-    for (const Expectation& expected : expectations)
+    for (const Expectation& expected : heard->expectations)
         std::fprintf(stderr, "FAIL!  : %s() announced a message that never came: %s\n", expected.test.constData(),
                      qPrintable(expected.part));
-    for (const QString& message : qAsConst(foreignThreadMessages))
+    for (const QString& message : qAsConst(heard->foreignThreadMessages))
         std::fprintf(stderr, "FAIL!  : %s\n", qPrintable(message));
-    return static_cast<int>(expectations.size()) + foreignThreadMessages.size();
+    return static_cast<int>(heard->expectations.size()) + heard->foreignThreadMessages.size();
 }
 } // namespace
 
 void support::expectMessage(QtMsgType type, const QString& part)
 {
-    const QMutexLocker locker(&mutex);
-    expectations.push_back({type, part, runningTest()});
+    const QMutexLocker locker(&heard->mutex);
+    heard->expectations.push_back({type, part, runningTest()});
 }
 
 void support::fixEnvironment()

@@ -172,7 +172,8 @@ Status commitSecond(const QString& folder, const Tracks& tracks)
 void copyFolder(const QString& from, const QString& to)
 {
     QDir().mkpath(to);
-    for (const QString& name : QDir(from).entryList(QDir::Files | QDir::Hidden)) {
+    const QStringList names = QDir(from).entryList(QDir::Files | QDir::Hidden);
+    for (const QString& name : names) {
         const QString target = to + QLatin1Char('/') + name;
         QFile::copy(from + QLatin1Char('/') + name, target);
         QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner);

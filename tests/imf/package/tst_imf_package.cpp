@@ -264,7 +264,8 @@ private slots:
         const auto before = deliveries::contents(folder);
         QFile::setPermissions(m_dir.path(), QFile::Permissions(0x7755));
         QFile::setPermissions(folder, QFile::Permissions(0x5555));
-        for (const QString& name : QDir(folder).entryList(QDir::Files))
+        const QStringList files = QDir(folder).entryList(QDir::Files);
+        for (const QString& name : files)
             QFile::setPermissions(folder + QLatin1Char('/') + name, QFile::Permissions(0x4444));
         QString failure;
         {

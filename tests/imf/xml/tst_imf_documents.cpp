@@ -17,10 +17,9 @@ using namespace desk::imf;
 namespace
 {
 
-const QByteArray descriptorXml =
-    "<r0:CDCIDescriptor xmlns:r0=\"http://www.smpte-ra.org/reg/395/2014/13/1/aaf\" "
-    "xmlns:r1=\"http://www.smpte-ra.org/reg/335/2012\"><r1:StoredWidth>1920</r1:StoredWidth>"
-    "</r0:CDCIDescriptor>";
+const char descriptorXml[] = "<r0:CDCIDescriptor xmlns:r0=\"http://www.smpte-ra.org/reg/395/2014/13/1/aaf\" "
+                             "xmlns:r1=\"http://www.smpte-ra.org/reg/335/2012\"><r1:StoredWidth>1920</r1:StoredWidth>"
+                             "</r0:CDCIDescriptor>";
 
 QUuid id(int n)
 {
