@@ -54,9 +54,9 @@ public:
     PictureReader& operator=(const PictureReader&) = delete;
 
     /// Frame `number`, 0 <= number < Sequence::frames. Fast for the next frame and a few on; any other is sought. The
-    /// picture is turned as the file asks for and keeps its shape: black fills what it leaves of the target. A picture that has the target's size,
-    /// sampling, matrix and range keeps every sample, shifted where the depth differs. Where the file does not name
-    /// its matrix, 720 lines and more are BT.709 and fewer BT.601.
+    /// picture is turned as the file asks for and keeps its shape: black fills what it leaves of the target. A picture
+    /// that has the target's size, sampling, matrix and range keeps every sample, shifted where the depth differs.
+    /// Where the file does not name its matrix, 720 lines and more are BT.709 and fewer BT.601.
     ///
     /// Fails for a number out of range and for a frame that cannot be decoded whole; the reader stays usable.
     Result<Frame> read(qint64 number);
