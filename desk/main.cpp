@@ -113,6 +113,15 @@ void fixEnvironment(bool wantsDisplay)
     mkdir(runtime.constData(), 0700);
     qputenv("XDG_RUNTIME_DIR", runtime);
 }
+
+QtMessageHandler formerHandler = nullptr;
+
+/// The offscreen platform says of every window what it cannot do with it; nobody can act on that.
+void passOnWhatMatters(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    if (!text.startsWith(QLatin1String("This plugin does not support")))
+        formerHandler(type, context, text);
+}
 } // namespace
 
 int main(int argc, char** argv)
@@ -124,6 +133,7 @@ int main(int argc, char** argv)
         return exitCode::failure;
     }
     fixEnvironment(wantsDisplay);
+    formerHandler = qInstallMessageHandler(passOnWhatMatters);
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Stratacut Desk"));
     QApplication::setApplicationVersion(QStringLiteral(STRATACUT_VERSION));
