@@ -58,11 +58,8 @@ void ExportSession::tell(const QStringList& notices) const
 Status ExportSession::openMedia()
 {
     Status claimed = m_request.profile.isEmpty() ? Status() : m_lock.claim();
-    if (!claimed && m_lock.isHeldElsewhere())
-        return claimed;
-    // What cannot be kept is no reason not to export.
     if (!claimed)
-        console::note(claimed.error().sentence());
+        return claimed;
     for (const QString& path : qAsConst(m_request.media)) {
         const auto sequence = media::openSequence(path);
         if (!sequence)
@@ -216,7 +213,8 @@ void ExportSession::tellSilentTracks() const
         const auto plans = services::planSound(m_opened[row], format);
         if (!plans)
             continue;
-        for (int track : services::silentTracks(m_opened[row], *plans))
+        const auto silent = services::silentTracks(m_opened[row], *plans);
+        for (int track : silent)
             console::note(QStringLiteral("%1, track A%2 (%3): it is left out of the mix; give a \"Multiple Audio Mix\" "
                                          "to keep it.")
                               .arg(m_opened[row].path)

@@ -139,7 +139,8 @@ int runAdd(const QCommandLineParser& parser, const QStringList& arguments)
         return usage(QStringLiteral("name an item, and sequences of the bin or media files"));
     return onItem(parser, arguments[0], [&](ItemSession& session, const QModelIndex& item) -> Status {
         QStringList ids;
-        for (const QString& media : arguments.mid(1)) {
+        const QStringList all = arguments.mid(1);
+        for (const QString& media : all) {
             const auto id = session.sequence(media);
             if (!id)
                 return id.error();
@@ -177,7 +178,8 @@ int runRename(const QCommandLineParser& parser, const QStringList& arguments)
 int runSet(const QCommandLineParser& parser, const QStringList& arguments)
 {
     QVector<Setting> settings;
-    for (const QString& text : arguments.mid(1)) {
+    const QStringList texts = arguments.mid(1);
+    for (const QString& text : texts) {
         const auto setting = parseSetting(text);
         if (!setting)
             return usage(setting.error().what);

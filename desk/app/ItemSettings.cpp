@@ -99,11 +99,12 @@ const QStringList& textKeys()
 
 Status checkText(const Setting& setting)
 {
-    QStringList kinds = ImfDict::contentKindLabels();
-    for (const QString& label : ImfDict::contentKindLabels())
+    const QStringList labels = ImfDict::contentKindLabels();
+    QStringList kinds = labels;
+    for (const QString& label : labels)
         kinds += ImfDict::contentKindCode(label);
     if (setting.first == QLatin1String(ImfDict::ContentKind) && !kinds.contains(setting.second))
-        return notOffered(setting, ImfDict::contentKindLabels().mid(1));
+        return notOffered(setting, labels.mid(1));
     return {};
 }
 

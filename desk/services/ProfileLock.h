@@ -18,9 +18,6 @@ public:
     /// it. A crashed process has none.
     Status claim();
 
-    /// After a claim that failed: whether another process is the reason.
-    bool isHeldElsewhere() const { return m_file.error() == QLockFile::LockFailedError; }
-
 private:
     Profile m_profile;
     QLockFile m_file;

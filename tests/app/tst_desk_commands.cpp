@@ -34,7 +34,8 @@ class TestDeskCommands : public QObject
     QStringList listed() const
     {
         QStringList lines;
-        for (const QString& line : run({"list"}).output.split('\n', Qt::SkipEmptyParts))
+        const QStringList printed = run({"list"}).output.split('\n', Qt::SkipEmptyParts);
+        for (const QString& line : printed)
             lines += line.trimmed().remove(QRegularExpression(QStringLiteral(", /.*$")));
         return lines;
     }

@@ -37,7 +37,8 @@ public:
     {
         Hand::whenOpen([this, button](QWidget* open) {
             text = open->findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))->text();
-            for (QPushButton* one : open->findChildren<QPushButton*>()) {
+            const auto buttons = open->findChildren<QPushButton*>();
+            for (QPushButton* one : buttons) {
                 if (one->text() == button)
                     return QTest::mouseClick(one, Qt::LeftButton);
             }
@@ -194,7 +195,8 @@ private slots:
     void noTwoActionsShareAKey()
     {
         QStringList keys;
-        for (const QAction* action : m_window->findChildren<QAction*>()) {
+        const auto actions = m_window->findChildren<QAction*>();
+        for (const QAction* action : actions) {
             if (!action->shortcut().isEmpty())
                 keys += action->shortcut().toString();
         }

@@ -127,7 +127,7 @@ private slots:
         for (const Qt::Key key : {Qt::Key_Delete, Qt::Key_Backspace}) {
             QTest::keyClick(&tree, key);
             QCOMPARE(removal.size(), 1);
-            QCOMPARE(removal.takeFirst()[0].value<QModelIndex>(), model.index(0, 0));
+            QCOMPARE(removal.takeFirst().constFirst().value<QModelIndex>(), model.index(0, 0));
         }
     }
 
@@ -221,7 +221,7 @@ private slots:
         QSignalSpy added(f.window.get(), &IMF_ManagerWindow::newDeliveryAdded);
         FolderAnswer chosen(folder.path());
         QTest::mouseClick(&f.button("m_explore"), Qt::LeftButton);
-        QCOMPARE(added.takeFirst()[0].toString(), folder.path());
+        QCOMPARE(added.takeFirst().constFirst().toString(), folder.path());
         QCOMPARE(shape(*f.model), QString("Film"));
         QCOMPARE(f.tree().currentIndex(), f.model->index(0, 0));
         f.reopen();

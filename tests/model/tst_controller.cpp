@@ -377,7 +377,7 @@ private slots:
 
     void theModelMayEndBehindAMessage()
     {
-        const auto [action] = support::fetched<int>();
+        const int action = std::get<0>(support::fetched<int>());
         const QTemporaryDir folder;
         ModelFixture f;
         f.load("/a", "a", documents::delivery("A", "/a"));

@@ -12,8 +12,8 @@ namespace
 /// Between text and background: still easy to read, unlike the colour of what cannot be used.
 QColor quietColor(const QPalette& palette)
 {
-    const QColor text = palette.color(QPalette::WindowText);
-    const QColor ground = palette.color(QPalette::Window);
+    const QColor& text = palette.color(QPalette::WindowText);
+    const QColor& ground = palette.color(QPalette::Window);
     const auto mix = [](int a, int b) { return (a * 68 + b * 32) / 100; };
     return {mix(text.red(), ground.red()), mix(text.green(), ground.green()), mix(text.blue(), ground.blue())};
 }
