@@ -4,7 +4,7 @@ cmake_minimum_required(VERSION 3.25)
 # the public one, so a link alone cannot keep their headers apart: this table says which prefixes a folder may include.
 # A public header of the module counts as part of the folder that implements it. Prefixes that stand in no row are free.
 
-set(watched "StratacutUI/" "ViewDeckQt/" "NvCore/" "desk/base/" "desk/imf/" "desk/media/" "desk/services/" "desk/app/"
+set(watched "StratacutUI/" "ViewDeckQt/" "NvCore/" "desk/base/" "desk/imf/" "desk/media/" "desk/speech/" "desk/services/" "desk/app/"
             "package/" "model/" "controller/" "bridges/" "images/" "manager/" "audio/" "transcript/")
 
 set(may_host/NvCore "NvCore/")
@@ -14,13 +14,16 @@ set(may_src/images "NvCore/" "ViewDeckQt/" "StratacutUI/" "images/")
 set(may_src/package "NvCore/" "StratacutUI/" "bridges/" "package/")
 set(may_src/model "NvCore/" "ViewDeckQt/" "StratacutUI/" "bridges/" "images/" "package/" "model/" "controller/")
 set(may_src/controller ${may_src/model})
-set(may_src/manager "NvCore/" "ViewDeckQt/" "StratacutUI/" "package/" "model/" "controller/" "manager/")
+set(may_src/audio "NvCore/" "ViewDeckQt/" "StratacutUI/" "bridges/" "images/" "package/" "audio/")
+set(may_src/manager "NvCore/" "ViewDeckQt/" "StratacutUI/" "package/" "model/" "controller/" "audio/" "manager/")
+set(may_src/transcript "NvCore/" "ViewDeckQt/" "StratacutUI/" "images/" "transcript/")
 set(may_desk/base "desk/base/")
 set(may_desk/imf "desk/base/" "desk/imf/")
 set(may_desk/media "desk/base/" "desk/media/")
-set(may_desk/services "desk/base/" "desk/imf/" "desk/media/" "desk/services/" "StratacutUI/")
-set(folders host/NvCore host/ViewDeckQt src/bridges src/images src/package src/model src/controller src/manager
-            desk/base desk/imf desk/media desk/services)
+set(may_desk/speech "desk/base/" "desk/speech/")
+set(may_desk/services "desk/base/" "desk/imf/" "desk/media/" "desk/speech/" "desk/services/" "StratacutUI/")
+set(folders host/NvCore host/ViewDeckQt src/bridges src/images src/package src/model src/controller src/audio src/manager
+            src/transcript desk/base desk/imf desk/media desk/speech desk/services)
 
 # owner_of(NAME VARIABLE): the folder of src/ that implements the public header of that name; empty for an interface
 # that the host implements.

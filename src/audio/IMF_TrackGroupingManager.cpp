@@ -1,0 +1,55 @@
+#include "audio/IMF_TrackGroupingManager.h"
+
+#include "NvCore/NvText.h"
+#include "StratacutUI/IMF_Bridges.h"
+#include "StratacutUI/MXE_Bridge.h"
+
+#include <QAbstractItemModel>
+#include <QJsonObject>
+
+namespace
+{
+constexpr QLatin1String separator("----------");
+}
+
+IMF_TrackGroupingManager::IMF_TrackGroupingManager(QAbstractItemModel* trackModel, const QJsonArray& groups)
+    : m_trackModel(trackModel), m_groups(groups)
+{
+}
+
+QStringList IMF_TrackGroupingManager::getAllActiveTracks()
+{
+    return IMF_MXE_bridge::Instance()->activeTracks(m_trackModel);
+}
+
+QStringList IMF_TrackGroupingManager::getSourceList()
+{
+    if (!m_trackModel)
+        return {};
+    MXE_Bridge* engine = IMF_MXE_bridge::Instance();
+    const MXE_TrackColumns columns = engine->trackColumns(m_trackModel);
+    QStringList sources{stx_func("All Active Tracks"), separator};
+    for (int row = 0; row < m_trackModel->rowCount(); ++row) {
+        const auto text = [&](int column) { return m_trackModel->index(row, column).data().toString(); };
+        // Filled in one go: a name that holds "%2" stays what it is.
+        sources << QStringLiteral("%1 %2 %3")
+                       .arg(text(columns.name), engine->trackLabel(m_trackModel, row), text(columns.secondText));
+    }
+    sources << separator;
+    for (const QJsonValue& group : qAsConst(m_groups))
+        sources << group.toObject().value(QLatin1String("Name")).toString();
+    return sources;
+}
+
+QStringList IMF_TrackGroupingManager::getAudioMixList()
+{
+    if (!m_trackModel)
+        return {};
+    const IAudioMixDescription* mixes = IMF_MXE_bridge::Instance()->audioMixDescription(m_trackModel);
+    return mixes ? mixes->list(QStringLiteral("Audio Mix")) : QStringList();
+}
+
+QJsonArray IMF_TrackGroupingManager::getTrackGroups()
+{
+    return m_groups;
+}
