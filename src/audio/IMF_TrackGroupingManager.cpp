@@ -1,4 +1,4 @@
-#include "audio/IMF_TrackGroupingManager.h"
+#include "IMF_TrackGroupingManager.h"
 
 #include "NvCore/NvText.h"
 #include "StratacutUI/IMF_Bridges.h"
