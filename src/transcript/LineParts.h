@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+
+class QLabel;
+class QPalette;
+class QWidget;
+struct STT_Visibilities;
+
+/// What all lines of the transcript have in common: distances in device-independent pixels and the timecode.
+namespace LineParts
+{
+constexpr int edge = 18;
+/// Left and right of the line of a clip.
+constexpr int clipEdge = 6;
+constexpr int gap = 10;
+constexpr int menuButton = 16;
+/// The height of the line of a clip that has no transcript.
+constexpr int clipHeight = 52;
+
+/// The colour of what is less than the text itself, still easy to read.
+QColor dim(const QPalette& palette);
+
+/// Gives a label a colour of its own, whatever lies behind it.
+void setTextColor(QLabel* label, const QColor& color);
+
+/// A label for a timecode: dim, with the same width in every line.
+QLabel* timecodeLabel(QWidget* parent);
+
+/// How much room the parts that are shown need left of the text.
+int gutterWidth(const STT_Visibilities& visibilities, const QFont& font);
+} // namespace LineParts
