@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QJsonObject>
+
+class QString;
+
+/// The tables of the multi-channel audio metadata, compiled into the library. A table that cannot be read is empty.
+namespace MetadataTables
+{
+
+/// Language code to an object: that code to the language's name, and region or script codes to theirs. Loaded once.
+const QJsonObject& languages();
+
+/// Content kind code to name. Loaded once.
+const QJsonObject& contentKinds();
+
+/// The name of a language, from the table as it is in the resources now; empty for a code that it lacks.
+QString languageName(const QString& code);
+
+} // namespace MetadataTables
