@@ -1,0 +1,145 @@
+#pragma once
+
+#include "StratacutUI/Export.h"
+
+#include <QTextCursor>
+#include <QTextEdit>
+
+#include <optional>
+#include <vector>
+
+class TranscriptLayout;
+
+/// The text of a transcript: read-only, one block a line, with a document layout of its own whose steps do not grow
+/// with the document.
+///
+/// The layout measures the blocks that come into view and estimates all others. So positions in document coordinates
+/// are exact for what is in view and hold until the next scroll, resize or change of the text; a line of text that
+/// widgets belong to is placed anew at each visibleLinesChanged. User-interface thread only.
+class STRATACUTUI_EXPORT STT_TranscriptTextEdit : public QTextEdit
+{
+    Q_OBJECT
+
+public:
+    /// Numbers of blocks, both inside; first is -1 when no block is in view.
+    struct BlockRange {
+        int first = -1;
+        int last = -1;
+    };
+
+    /// A whole text, one block a line.
+    class STRATACUTUI_EXPORT Lines
+    {
+    public:
+        /// @param format of every line but those of addSpecial.
+        explicit Lines(const QTextBlockFormat& format) : m_format(format) {}
+
+        void reserve(int lines, int characters);
+
+        /// Line breaks and other characters that would end a block become blanks, so that offsets in the line hold.
+        /// @param state the block's user state.
+        void add(QString line, int state);
+        /// A line without state that is set in its own way.
+        void addSpecial(const QString& line, const QTextBlockFormat& format);
+
+        int count() const { return int(m_states.size()); }
+
+    private:
+        friend class STT_TranscriptTextEdit;
+
+        struct Special {
+            int block;
+            QTextBlockFormat format;
+        };
+
+        QString m_text;
+        std::vector<int> m_states;
+        QTextBlockFormat m_format;
+        std::vector<Special> m_specials;
+    };
+
+    /// While one exists, nothing is measured: thousands of cursors can be made and their places asked for at the price
+    /// of an estimate. Estimates keep the order of positions, from top to bottom and from left to right.
+    class STRATACUTUI_EXPORT Estimates
+    {
+    public:
+        explicit Estimates(const STT_TranscriptTextEdit& edit);
+        ~Estimates();
+        Estimates(const Estimates&) = delete;
+        Estimates& operator=(const Estimates&) = delete;
+
+    private:
+        TranscriptLayout& m_layout;
+        bool m_former;
+    };
+
+    explicit STT_TranscriptTextEdit(QWidget* parent = nullptr);
+    ~STT_TranscriptTextEdit() override;
+
+    /// Replaces the whole text and shows its beginning.
+    void setLines(const Lines& lines);
+    /// Takes the changed margins of all blocks into account. Hosts of other block formats call it after merging them.
+    void setBlockFormats(const QTextBlockFormat& format);
+
+    /// Blocks that take no room, in ascending order.
+    void setHiddenBlocks(const std::vector<int>& blocks);
+
+    /// Shows the text in a font; the place that is in view stays.
+    void setTranscriptFont(const QFont& font);
+
+    /// The blocks of which at least one pixel is in view; hidden ones among them do not count as first or last.
+    BlockRange visibleBlocks() const;
+
+    /// Where the text of a block stands, in viewport coordinates, over the full width of the viewport: its block
+    /// format's left margin is inside, its top and bottom margins are not. Measures the block.
+    QRect blockRect(const QTextBlock& block) const;
+
+    /// The place of the cursor's selection (of its position when it selects nothing) in document coordinates; of a
+    /// selection over several lines, the part in the first one.
+    QRectF getTranscriptRectForCursor(const QTextCursor& cursor) const;
+
+    /// Whether a place in document coordinates is wholly in view.
+    bool isInView(const QRectF& place) const;
+
+    /// Scrolls so that the top of the cursor's place is half this widget's height below the upper edge.
+    void scrollToMiddle(const QTextCursor& cursor);
+
+    /// Selects without moving the view.
+    void selectInPlace(const QTextCursor& cursor);
+
+    TranscriptLayout& transcriptLayout() const { return *m_layout; }
+
+Q_SIGNALS:
+    /// The left button was pressed and released on one place. @param position in viewport coordinates.
+    void clicked(STT_TranscriptTextEdit* edit, const QPoint& position);
+    void doubleClicked(STT_TranscriptTextEdit* edit, const QPoint& position);
+    void arrowKeyPressed(bool isRightArrow);
+    void spacebarPressed();
+    /// Other blocks are in view, or the same ones at another place.
+    void visibleLinesChanged();
+
+protected:
+    bool event(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+
+private:
+    /// What stays at its place in the view while heights above it turn out differently.
+    struct Anchor {
+        int position = 0;
+        qreal top = 0;
+    };
+
+    Anchor anchorInView() const;
+    qreal topOf(int position) const;
+    void settle(const Anchor& anchor);
+
+    TranscriptLayout* m_layout;
+    std::optional<QPoint> m_pressed;
+    bool m_settling = false;
+};

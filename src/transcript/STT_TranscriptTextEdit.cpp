@@ -1,0 +1,296 @@
+#include "StratacutUI/STT_TranscriptTextEdit.h"
+
+#include "TranscriptLayout.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+#include <QSignalBlocker>
+
+#include <algorithm>
+
+namespace
+{
+// Each round measures what the one before brought into view.
+constexpr int mostSettlingRounds = 8;
+constexpr int documentMargin = 6;
+
+/// Written out, so that a word that was bold and is not any more becomes one with the text beside it again.
+QTextCharFormat plainWords()
+{
+    QTextCharFormat format;
+    format.setFontWeight(QFont::Normal);
+    format.setForeground(QBrush(Qt::NoBrush));
+    return format;
+}
+
+bool endsBlock(QChar character)
+{
+    // The last two stand for the borders of frames in Qt's documents.
+    return character == '\n' || character == '\r' || character == QChar::ParagraphSeparator ||
+           character == QChar::LineSeparator || character == QChar(0xfdd0) || character == QChar(0xfdd1);
+}
+
+bool isOwnKey(const QKeyEvent& event)
+{
+    return !(event.modifiers() & ~Qt::KeypadModifier) &&
+           (event.key() == Qt::Key_Left || event.key() == Qt::Key_Right || event.key() == Qt::Key_Space);
+}
+} // namespace
+
+void STT_TranscriptTextEdit::Lines::reserve(int lines, int characters)
+{
+    m_states.reserve(std::size_t(lines));
+    m_text.reserve(lines + characters);
+}
+
+void STT_TranscriptTextEdit::Lines::add(QString line, int state)
+{
+    std::replace_if(line.begin(), line.end(), endsBlock, QChar(' '));
+    if (!m_states.empty())
+        m_text += QChar::ParagraphSeparator;
+    m_text += line;
+    m_states.push_back(state);
+}
+
+void STT_TranscriptTextEdit::Lines::addSpecial(const QString& line, const QTextBlockFormat& format)
+{
+    m_specials.push_back({count(), format});
+    add(line, -1);
+}
+
+STT_TranscriptTextEdit::Estimates::Estimates(const STT_TranscriptTextEdit& edit)
+    : m_layout(edit.transcriptLayout()), m_former(m_layout.setEstimating(true))
+{
+}
+
+STT_TranscriptTextEdit::Estimates::~Estimates()
+{
+    m_layout.setEstimating(m_former);
+}
+
+STT_TranscriptTextEdit::STT_TranscriptTextEdit(QWidget* parent) : QTextEdit(parent)
+{
+    setReadOnly(true);
+    setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setAcceptRichText(false);
+    document()->setUndoRedoEnabled(false);
+    document()->setDocumentMargin(documentMargin);
+    m_layout = new TranscriptLayout(document());
+    m_layout->setPaintDevice(viewport());
+    document()->setDocumentLayout(m_layout);
+    setCursorWidth(1);
+    connect(m_layout, &QAbstractTextDocumentLayout::documentSizeChanged, this, [this] {
+        if (!m_settling)
+            emit visibleLinesChanged();
+    });
+}
+
+STT_TranscriptTextEdit::~STT_TranscriptTextEdit() = default;
+
+void STT_TranscriptTextEdit::setLines(const Lines& lines)
+{
+    {
+        const QScopedValueRollback<bool> settling(m_settling, true);
+        clear();
+        QTextCursor cursor(document());
+        cursor.beginEditBlock();
+        cursor.setBlockFormat(lines.m_format);
+        cursor.setBlockCharFormat(plainWords());
+        cursor.insertText(lines.m_text, plainWords());
+        auto state = lines.m_states.begin();
+        for (QTextBlock block = document()->begin(); block.isValid() && state != lines.m_states.end();
+             block = block.next())
+            block.setUserState(*state++);
+        for (const Lines::Special& special : lines.m_specials)
+            QTextCursor(document()->findBlockByNumber(special.block)).setBlockFormat(special.format);
+        cursor.endEditBlock();
+        verticalScrollBar()->setValue(0);
+    }
+    settle({});
+}
+
+void STT_TranscriptTextEdit::setBlockFormats(const QTextBlockFormat& format)
+{
+    const Anchor anchor = anchorInView();
+    {
+        const QScopedValueRollback<bool> settling(m_settling, true);
+        QTextCursor all(document());
+        all.select(QTextCursor::Document);
+        all.mergeBlockFormat(format);
+        m_layout->forgetHeights();
+        m_layout->publishSize();
+    }
+    settle(anchor);
+    viewport()->update();
+}
+
+void STT_TranscriptTextEdit::setHiddenBlocks(const std::vector<int>& blocks)
+{
+    const Anchor anchor = anchorInView();
+    {
+        const QScopedValueRollback<bool> settling(m_settling, true);
+        m_layout->setHiddenBlocks(blocks);
+    }
+    settle(anchor);
+}
+
+void STT_TranscriptTextEdit::setTranscriptFont(const QFont& font)
+{
+    const Anchor anchor = anchorInView();
+    {
+        const QScopedValueRollback<bool> settling(m_settling, true);
+        document()->setDefaultFont(font);
+    }
+    settle(anchor);
+}
+
+STT_TranscriptTextEdit::BlockRange STT_TranscriptTextEdit::visibleBlocks() const
+{
+    const int top = verticalScrollBar()->value();
+    const BlockRange range{m_layout->blockAt(top), m_layout->blockAt(top + viewport()->height() - 1)};
+    const bool isNoneInView = m_layout->isHidden(range.first) && m_layout->isHidden(range.last);
+    return isNoneInView ? BlockRange() : range;
+}
+
+QRect STT_TranscriptTextEdit::blockRect(const QTextBlock& block) const
+{
+    const QRectF text = m_layout->blockBoundingRect(block);
+    return {0, qRound(text.top()) - verticalScrollBar()->value(), viewport()->width(), qRound(text.height())};
+}
+
+QRectF STT_TranscriptTextEdit::getTranscriptRectForCursor(const QTextCursor& cursor) const
+{
+    return m_layout->placeOf(cursor.selectionStart(), cursor.selectionEnd());
+}
+
+bool STT_TranscriptTextEdit::isInView(const QRectF& place) const
+{
+    const int top = verticalScrollBar()->value();
+    return place.top() >= top && place.bottom() <= top + viewport()->height();
+}
+
+void STT_TranscriptTextEdit::scrollToMiddle(const QTextCursor& cursor)
+{
+    settle({cursor.selectionStart(), qreal(height() / 2)});
+}
+
+void STT_TranscriptTextEdit::selectInPlace(const QTextCursor& cursor)
+{
+    // Setting a cursor scrolls to it; unheard, the scroll bar moves nothing.
+    QScrollBar* bar = verticalScrollBar();
+    const QSignalBlocker blocker(bar);
+    const int value = bar->value();
+    setTextCursor(cursor);
+    bar->setValue(value);
+}
+
+STT_TranscriptTextEdit::Anchor STT_TranscriptTextEdit::anchorInView() const
+{
+    const int top = verticalScrollBar()->value();
+    if (top == 0)
+        return {};
+    const int position = m_layout->hitTest(QPointF(viewport()->width(), top), Qt::FuzzyHit);
+    const int start = m_layout->placeOf(position, position).isNull() ? 0 : position;
+    return {start, topOf(start) - top};
+}
+
+qreal STT_TranscriptTextEdit::topOf(int position) const
+{
+    return m_layout->placeOf(position, position).top();
+}
+
+/// Measures what is in view. Heights above the anchor may turn out different: the view moves with it.
+void STT_TranscriptTextEdit::settle(const Anchor& anchor)
+{
+    if (m_settling)
+        return;
+    {
+        const QScopedValueRollback<bool> settling(m_settling, true);
+        QScrollBar* bar = verticalScrollBar();
+        const bool isAtTop = anchor.position == 0 && anchor.top == 0;
+        for (int round = 0; round < mostSettlingRounds; ++round) {
+            bar->setValue(isAtTop ? 0 : qRound(topOf(anchor.position) - anchor.top));
+            const int before = bar->value();
+            const bool hasChanged = m_layout->measureBetween(before, before + viewport()->height());
+            m_layout->publishSize();
+            if (!hasChanged)
+                break;
+        }
+    }
+    emit visibleLinesChanged();
+}
+
+bool STT_TranscriptTextEdit::event(QEvent* event)
+{
+    // A host may have shortcuts on these keys.
+    if (event->type() == QEvent::ShortcutOverride && isOwnKey(*static_cast<QKeyEvent*>(event))) {
+        event->accept();
+        return true;
+    }
+    return QTextEdit::event(event);
+}
+
+void STT_TranscriptTextEdit::keyPressEvent(QKeyEvent* event)
+{
+    if (!isOwnKey(*event)) {
+        QTextEdit::keyPressEvent(event);
+        return;
+    }
+    event->accept();
+    if (event->key() == Qt::Key_Space)
+        emit spacebarPressed();
+    else
+        emit arrowKeyPressed(event->key() == Qt::Key_Right);
+}
+
+void STT_TranscriptTextEdit::mousePressEvent(QMouseEvent* event)
+{
+    m_pressed.reset();
+    if (event->button() == Qt::LeftButton && !event->modifiers())
+        m_pressed = event->pos();
+    QTextEdit::mousePressEvent(event);
+}
+
+void STT_TranscriptTextEdit::mouseReleaseEvent(QMouseEvent* event)
+{
+    QTextEdit::mouseReleaseEvent(event);
+    const std::optional<QPoint> pressed = std::exchange(m_pressed, std::nullopt);
+    if (event->button() == Qt::LeftButton && pressed && !textCursor().hasSelection() &&
+        (event->pos() - *pressed).manhattanLength() < QApplication::startDragDistance())
+        emit clicked(this, *pressed);
+}
+
+void STT_TranscriptTextEdit::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    m_pressed.reset();
+    QTextEdit::mouseDoubleClickEvent(event);
+    if (event->button() == Qt::LeftButton)
+        emit doubleClicked(this, event->pos());
+}
+
+void STT_TranscriptTextEdit::resizeEvent(QResizeEvent* event)
+{
+    const Anchor anchor = anchorInView();
+    {
+        const QScopedValueRollback<bool> settling(m_settling, true);
+        QTextEdit::resizeEvent(event);
+    }
+    settle(anchor);
+}
+
+void STT_TranscriptTextEdit::showEvent(QShowEvent* event)
+{
+    QTextEdit::showEvent(event);
+    settle(anchorInView());
+}
+
+void STT_TranscriptTextEdit::scrollContentsBy(int dx, int dy)
+{
+    QTextEdit::scrollContentsBy(dx, dy);
+    if (!m_settling)
+        settle(anchorInView());
+}

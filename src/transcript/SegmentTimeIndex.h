@@ -1,0 +1,60 @@
+#pragma once
+
+#include "NvCore/RangeArray.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+class ITranscriptWindowInfo;
+struct STT_TranscriptSegment;
+
+/// Finds segments and words of the host's transcript by time and by frame.
+///
+/// Segments that overlap lie in different lanes, so that none hides another; the first lane holds the bulk.
+class SegmentTimeIndex
+{
+public:
+    struct Word {
+        int segment = -1;
+        int index = -1;
+    };
+
+    enum class Bias {
+        /// The word that the frame shows.
+        Shown,
+        /// The last word that is over at the frame.
+        Over,
+    };
+
+    /// @param host outlives the index; its segments are read at every look-up.
+    explicit SegmentTimeIndex(ITranscriptWindowInfo& host);
+
+    /// Empties the lanes.
+    void clear();
+    /// Segments are added in the order of their numbers.
+    void add(const STT_TranscriptSegment& segment, int number);
+
+    int laneCount() const { return int(m_lanes.size()); }
+
+    /// -1 where minSegment is above 0 and no such segment is spoken at the time.
+    int segmentAt(int ms, int minSegment) const;
+    std::optional<Word> wordAt(int frame, Bias bias, int minSegment) const;
+
+    /// The neighbours of a word; segments without words are passed over.
+    std::optional<Word> next(const Word& word) const;
+    std::optional<Word> previous(const Word& word) const;
+
+    /// Milliseconds; a word without an end is as long as nothing.
+    int startOf(const Word& word) const;
+    int endOf(const Word& word) const;
+
+private:
+    const std::vector<STT_TranscriptSegment>& segments() const;
+    bool exists(const Word& word) const;
+    std::optional<Word> wordStartedAt(int ms, int segment) const;
+    Word shownWord(const Word& word, int ms) const;
+
+    ITranscriptWindowInfo& m_host;
+    std::vector<std::unique_ptr<RangeArray>> m_lanes;
+};
