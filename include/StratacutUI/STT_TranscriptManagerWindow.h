@@ -6,7 +6,6 @@
 
 #include <QColor>
 #include <QList>
-#include <QPointer>
 #include <QTextCursor>
 #include <QTextFormat>
 #include <QWidget>
@@ -16,9 +15,10 @@
 
 class EntryColumn;
 class QAction;
+class QFont;
 class QMenu;
-class QVBoxLayout;
 class SegmentTimeIndex;
+class StatePage;
 class STT_EntryWidget;
 class STT_MissingTranscriptWidget;
 class STT_TranscriptTextEdit;
@@ -110,20 +110,7 @@ public:
 
     /// Reads everything from the host and shows it.
     void refreshWindow(bool saveScrollPos);
-    void addMissingTranscript(const STT_MissingTranscript& clip);
     void TranscriptTextClicked(STT_TranscriptTextEdit* textEdit, const QPoint& position);
-
-    // For the widgets of the lines.
-
-    const STT_Visibilities& visibilities() const { return m_visibilities; }
-
-    /// What stands beside a segment's text, asked of the host.
-    QString speakerText(int segment);
-    QString timecodeText(int ms);
-    /// When a segment starts, in milliseconds; 0 for one without words.
-    int startOfSegment(int segment);
-    /// The clip whose line a block is; null for any other block.
-    const STT_MissingTranscript* missingOfBlock(int blockNumber) const;
 
     // The speaker menu, one for all lines of the process.
 
@@ -202,49 +189,75 @@ Q_SIGNALS:
 
 protected:
     void showEvent(QShowEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
-    /// What fills the window.
-    enum class Page {
-        Text,
-        Empty,
-        NoMaterial,
-        Offline,
-    };
+    struct MenuEntry;
 
-    // Search bar, pages and the widgets beside the lines.
-    void createParts(QVBoxLayout& layout);
-    void showPage(Page page);
-    void showLines();
-    int gutterWidth() const;
-
+    // Construction
     void createWidgets();
+    ViewDeckQt::StyledIconButton* createButton(const char* name, const char* image, const char* toolTip);
+    void createEntryColumn();
     void createMenu();
     void layOut();
     void connectAll();
+    void showGangImage();
+    void showMonitorImage();
+    void showHighlightColor();
+
+    // Text
+    void fillText();
+    void addMissingTranscript(const STT_MissingTranscript& clip, int block);
+    void hideMissingLines();
+    void showState();
+    void showVisibilities();
+    QString speakerText(int segment);
+    QString timecodeText(int segment);
+    void useFont(const QFont& font);
+
+    // Following
+    bool canFollow() const;
+    void setGang(bool on);
+    bool selectWord(QTextCursor& cursor, int start, int end) const;
+    bool isInSelection(const QTextCursor& cursor) const;
+    QColor colorOfWord(const QTextCursor& cursor) const;
+    NvUnit_t currentFrame();
+    int lastFrameOf(int ms);
+
+    // Seeking
+    void stopPlayback();
+    bool handleKey(QEvent* event);
 
     std::unique_ptr<ITranscriptWindowInfo> info;
     std::unique_ptr<SegmentTimeIndex> m_index;
     /// The block of each segment.
     std::vector<int> m_blocks;
+    /// The blocks of clips that have no transcript.
+    std::vector<int> m_missingBlocks;
     STT_TranscriptTextEdit* m_textEdit = nullptr;
-    QPointer<EntryColumn> m_entryColumn;
+    EntryColumn* m_entryColumn = nullptr;
+    StatePage* m_statePage = nullptr;
     QTextCursor m_boldedCursor;
     QList<QTextCursor> m_otherBoldedCursors;
     long m_markIn = -1;
     long m_markOut = -1;
     long m_stoppedAt = -1;
+    /// The monitor's frame as the host told it last; -1 before that.
+    NvUnit_t m_frame = -1;
     bool m_isGangOn = true;
     bool m_showsRecord = false;
     bool m_isLightSkin = false;
     bool m_isGangSuspended = false;
     bool m_isEditing = false;
     bool m_isActive = false;
+    bool m_isBolding = false;
     STT_Visibilities m_visibilities;
     ViewDeckQt::StyledIconButton* m_gangButton = nullptr;
     ViewDeckQt::StyledIconButton* m_monitorButton = nullptr;
     ViewDeckQt::StyledIconButton* m_trackButton = nullptr;
     ViewDeckQt::StyledIconButton* m_menuButton = nullptr;
     QMenu* m_menu = nullptr;
+    QAction* m_transcribeAll = nullptr;
+    QAction* m_showTimecode = nullptr;
+    QAction* m_showSpeaker = nullptr;
+    QAction* m_showMissing = nullptr;
 };

@@ -31,31 +31,23 @@ public:
     class STRATACUTUI_EXPORT Lines
     {
     public:
-        /// @param format of every line but those of addSpecial.
+        /// @param format of every line.
         explicit Lines(const QTextBlockFormat& format) : m_format(format) {}
 
         void reserve(int lines, int characters);
 
         /// Line breaks and other characters that would end a block become blanks, so that offsets in the line hold.
-        /// @param state the block's user state.
+        /// @param state the block's user state; -1 for one that is no segment.
         void add(QString line, int state);
-        /// A line without state that is set in its own way.
-        void addSpecial(const QString& line, const QTextBlockFormat& format);
 
         int count() const { return int(m_states.size()); }
 
     private:
         friend class STT_TranscriptTextEdit;
 
-        struct Special {
-            int block;
-            QTextBlockFormat format;
-        };
-
         QString m_text;
         std::vector<int> m_states;
         QTextBlockFormat m_format;
-        std::vector<Special> m_specials;
     };
 
     /// While one exists, nothing is measured: thousands of cursors can be made and their places asked for at the price
@@ -78,8 +70,18 @@ public:
 
     /// Replaces the whole text and shows its beginning.
     void setLines(const Lines& lines);
-    /// Takes the changed margins of all blocks into account. Hosts of other block formats call it after merging them.
-    void setBlockFormats(const QTextBlockFormat& format);
+    /// Merges a format into that of every block; the place that is in view stays.
+    void mergeBlockFormats(const QTextBlockFormat& format);
+
+    /// What is at the upper edge of the view, in a way that outlives a change of the text.
+    struct View {
+        int block = 0;
+        /// From the edge down to the block, in pixels.
+        int top = 0;
+    };
+
+    View view() const;
+    void restoreView(const View& view);
 
     /// Blocks that take no room, in ascending order.
     void setHiddenBlocks(const std::vector<int>& blocks);
@@ -140,6 +142,7 @@ private:
     void settle(const Anchor& anchor);
 
     TranscriptLayout* m_layout;
+    std::vector<int> m_hidden;
     std::optional<QPoint> m_pressed;
     bool m_settling = false;
 };

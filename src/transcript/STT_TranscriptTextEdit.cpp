@@ -54,12 +54,6 @@ void STT_TranscriptTextEdit::Lines::add(QString line, int state)
     m_states.push_back(state);
 }
 
-void STT_TranscriptTextEdit::Lines::addSpecial(const QString& line, const QTextBlockFormat& format)
-{
-    m_specials.push_back({count(), format});
-    add(line, -1);
-}
-
 STT_TranscriptTextEdit::Estimates::Estimates(const STT_TranscriptTextEdit& edit)
     : m_layout(edit.transcriptLayout()), m_former(m_layout.setEstimating(true))
 {
@@ -95,6 +89,8 @@ void STT_TranscriptTextEdit::setLines(const Lines& lines)
 {
     {
         const QScopedValueRollback<bool> settling(m_settling, true);
+        m_hidden.clear();
+        m_layout->setHiddenBlocks({});
         clear();
         QTextCursor cursor(document());
         cursor.beginEditBlock();
@@ -105,15 +101,13 @@ void STT_TranscriptTextEdit::setLines(const Lines& lines)
         for (QTextBlock block = document()->begin(); block.isValid() && state != lines.m_states.end();
              block = block.next())
             block.setUserState(*state++);
-        for (const Lines::Special& special : lines.m_specials)
-            QTextCursor(document()->findBlockByNumber(special.block)).setBlockFormat(special.format);
         cursor.endEditBlock();
         verticalScrollBar()->setValue(0);
     }
     settle({});
 }
 
-void STT_TranscriptTextEdit::setBlockFormats(const QTextBlockFormat& format)
+void STT_TranscriptTextEdit::mergeBlockFormats(const QTextBlockFormat& format)
 {
     const Anchor anchor = anchorInView();
     {
@@ -128,11 +122,29 @@ void STT_TranscriptTextEdit::setBlockFormats(const QTextBlockFormat& format)
     viewport()->update();
 }
 
+STT_TranscriptTextEdit::View STT_TranscriptTextEdit::view() const
+{
+    const int block = m_layout->blockAt(verticalScrollBar()->value());
+    return {block, int(m_layout->topOf(block)) - verticalScrollBar()->value()};
+}
+
+void STT_TranscriptTextEdit::restoreView(const View& view)
+{
+    const QTextBlock block = document()->findBlockByNumber(std::min(view.block, document()->blockCount() - 1));
+    m_layout->measure(block);
+    settle({block.position(), view.top + topOf(block.position()) - m_layout->topOf(block.blockNumber())});
+}
+
 void STT_TranscriptTextEdit::setHiddenBlocks(const std::vector<int>& blocks)
 {
     const Anchor anchor = anchorInView();
     {
         const QScopedValueRollback<bool> settling(m_settling, true);
+        for (const int number : m_hidden)
+            document()->findBlockByNumber(number).setVisible(true);
+        for (const int number : blocks)
+            document()->findBlockByNumber(number).setVisible(false);
+        m_hidden = blocks;
         m_layout->setHiddenBlocks(blocks);
     }
     settle(anchor);
@@ -193,7 +205,7 @@ STT_TranscriptTextEdit::Anchor STT_TranscriptTextEdit::anchorInView() const
     const int top = verticalScrollBar()->value();
     if (top == 0)
         return {};
-    const int position = m_layout->hitTest(QPointF(viewport()->width(), top), Qt::FuzzyHit);
+    const int position = m_layout->hitTest(QPointF(0, top), Qt::FuzzyHit);
     const int start = m_layout->placeOf(position, position).isNull() ? 0 : position;
     return {start, topOf(start) - top};
 }

@@ -278,10 +278,10 @@ QRectF TranscriptLayout::blockBoundingRect(const QTextBlock& block) const
     if (!m_estimating)
         measure(block);
     const QTextBlockFormat format = block.blockFormat();
-    const qreal height = isHidden(block.blockNumber()) ? 0
-                                                       : estimatedHeight(block) - format.topMargin() -
-                                                             format.bottomMargin() +
-                                                             m_difference[std::size_t(block.blockNumber())];
+    const qreal height = isHidden(block.blockNumber())
+                             ? 0
+                             : estimatedHeight(block) - format.topMargin() - format.bottomMargin() +
+                                   m_difference[std::size_t(block.blockNumber())];
     return {originOf(block), QSizeF(textWidth(block), height)};
 }
 

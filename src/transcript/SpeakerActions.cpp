@@ -1,0 +1,134 @@
+// The speaker menu and what it asks of the host.
+
+#include "EntryColumn.h"
+#include "NvCore/NvText.h"
+#include "StratacutUI/STT_EntryWidget.h"
+#include "StratacutUI/STT_SpeakerTextEdit.h"
+#include "StratacutUI/STT_TranscriptManagerWindow.h"
+#include "StratacutUI/STT_TranscriptTextEdit.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMenu>
+#include <QPointer>
+#include <QTextBlock>
+
+namespace
+{
+/// The line that the menu was opened for. Its widget may show another segment before the user has chosen.
+int& menuSegment()
+{
+    static int segment = -1;
+    return segment;
+}
+
+QString actionText(QString name)
+{
+    return name.replace('&', QStringLiteral("&&"));
+}
+} // namespace
+
+QMenu* STT_TranscriptManagerWindow::GetSpeakerMenu()
+{
+    static QPointer<QMenu> menu;
+    if (!menu) {
+        menu = new QMenu;
+        // It must not outlive the application, which no widget does.
+        qAddPostRoutine([] { delete menu.data(); });
+    }
+    return menu;
+}
+
+void STT_TranscriptManagerWindow::SetSpeakerMenuEntry(STT_EntryWidget* entry)
+{
+    menuSegment() = entry ? entry->segment() : -1;
+}
+
+void STT_TranscriptManagerWindow::RefreshSpeakerMenu(int)
+{
+    QMenu* menu = GetSpeakerMenu();
+    const auto former = menu->findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly);
+    qDeleteAll(former);
+    menu->clear();
+    QMenu* identify = menu->addMenu(stx_func("Identify Speaker"));
+    const std::vector<STT_SpeakerInfo> named = getSpeakersInfo(false);
+    for (const STT_SpeakerInfo& speaker : named) {
+        if (speaker.name.empty())
+            continue;
+        QAction* action = identify->addAction(actionText(QString::fromStdString(speaker.name)));
+        connect(action, &QAction::triggered, this, [=] { IdentifySpeakerAction(action, speaker); });
+    }
+    identify->addSeparator();
+    connect(identify->addAction(stx_func("Clear Name")), &QAction::triggered, this,
+            &STT_TranscriptManagerWindow::ClearNameSpeakerAction);
+    connect(identify->addAction(stx_func("Rename")), &QAction::triggered, this,
+            &STT_TranscriptManagerWindow::RenameSpeakerAction);
+
+    QMenu* correct = menu->addMenu(stx_func("Correct Speaker ID"));
+    const std::vector<STT_SpeakerInfo> all = getSpeakersInfo(true);
+    for (const STT_SpeakerInfo& speaker : all) {
+        QAction* action = correct->addAction(actionText(speaker.displayName()));
+        connect(action, &QAction::triggered, this, [=] { CorrectSpeakerAction(action, speaker); });
+    }
+    correct->addSeparator();
+    connect(correct->addAction(stx_func("Add New Speaker")), &QAction::triggered, this,
+            &STT_TranscriptManagerWindow::AddNewSpeakerAction);
+}
+
+void STT_TranscriptManagerWindow::IdentifySpeakerAction(QAction*, STT_SpeakerInfo speaker)
+{
+    const int segment = menuSegment();
+    if (segment >= 0 && info->speakerOfSegment(segment).name != speaker.name)
+        SpeakerNameChangedSlot(segment, QString::fromStdString(speaker.name));
+}
+
+void STT_TranscriptManagerWindow::ClearNameSpeakerAction()
+{
+    const int segment = menuSegment();
+    if (segment >= 0 && !info->speakerOfSegment(segment).name.empty())
+        SpeakerNameChangedSlot(segment, QString());
+}
+
+void STT_TranscriptManagerWindow::CorrectSpeakerAction(QAction*, STT_SpeakerInfo speaker)
+{
+    const int segment = menuSegment();
+    if (segment < 0)
+        return;
+    info->correctSpeaker(segment, speaker);
+    m_entryColumn->refreshTexts();
+}
+
+void STT_TranscriptManagerWindow::AddNewSpeakerAction()
+{
+    if (menuSegment() >= 0)
+        CorrectSpeakerAction(nullptr, {std::to_string(info->addSpeaker()), {}, {}});
+}
+
+/// The line may have left the view while the menu was open.
+void STT_TranscriptManagerWindow::RenameSpeakerAction()
+{
+    const int segment = menuSegment();
+    const int block = getBlockNumberForSegment(segment);
+    if (block < 0)
+        return;
+    const QTextCursor line(m_textEdit->document()->findBlockByNumber(block));
+    if (!m_entryColumn->entry(segment))
+        m_textEdit->scrollToMiddle(line);
+    m_entryColumn->sync();
+    if (STT_EntryWidget* entry = m_entryColumn->entry(segment))
+        entry->speakerEdit()->beginEditing();
+}
+
+void STT_TranscriptManagerWindow::SpeakerNameChangedSlot(int segment, QString newName)
+{
+    const std::vector<STT_TranscriptSegment>& segments = info->segments(0);
+    const STT_SpeakerInfo speaker = info->speakerOfSegment(segment);
+    if (segment < 0 || segment >= int(segments.size()))
+        return;
+    const int key = segments[size_t(segment)].speakerKey;
+    const STT_SpeakerInfo renamed{speaker.id, speaker.detail, newName.toStdString()};
+    m_entryColumn->showSpeaker(renamed.displayName(), [&](int other) {
+        return other >= 0 && other < int(segments.size()) && segments[size_t(other)].speakerKey == key;
+    });
+    info->storeSpeakerName(speaker, renamed.name);
+}
