@@ -71,7 +71,7 @@ EntryColumn::EntryColumn(QTextEdit* edit, Texts texts) : QObject(edit), m_edit(e
 void EntryColumn::layClipLine(QTextCursor& cursor, const STT_MissingTranscript& clip, const QString& timecode)
 {
     cursor.setBlockFormat({});
-    cursor.setBlockCharFormat(formatOfHeight(LineParts::clipHeight));
+    cursor.setBlockCharFormat(formatOfHeight(LineParts::clipHeight(QApplication::font())));
     QTextBlock block = cursor.block();
     block.setUserState(-1);
     block.setUserData(new ClipLine(clip, timecode));

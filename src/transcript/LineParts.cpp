@@ -26,6 +26,12 @@ int timecodeWidth(const QFont& font)
 }
 } // namespace
 
+int clipHeight(const QFont& font)
+{
+    constexpr int air = 20;
+    return 2 * QFontMetrics(font).height() + air;
+}
+
 QColor dim(const QPalette& palette)
 {
     constexpr double share = 0.62;

@@ -16,8 +16,9 @@ constexpr int edge = 18;
 constexpr int clipEdge = 6;
 constexpr int gap = 10;
 constexpr int menuButton = 16;
-/// The height of the line of a clip that has no transcript.
-constexpr int clipHeight = 52;
+
+/// The height of the line of a clip that has no transcript: two lines of text and air.
+int clipHeight(const QFont& font);
 
 /// The colour of what is less than the text itself, still easy to read.
 QColor dim(const QPalette& palette);
