@@ -17,7 +17,7 @@ public:
 
     bool isEditing() const { return !isReadOnly(); }
 
-    /// Shows a name that the program has. Nothing while the user edits.
+    /// Shows a name that the program has. Nothing while the user edits, except in answer to a new name.
     void showName(const QString& name);
 
     /// Lets the user type, with the present name selected.
@@ -56,4 +56,5 @@ private:
 
     QString m_nameBefore;
     bool m_isElided = false;
+    bool m_isCommitting = false;
 };

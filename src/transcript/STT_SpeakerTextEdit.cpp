@@ -6,6 +6,7 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QRegularExpression>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 
 namespace
@@ -39,7 +40,7 @@ QSize STT_SpeakerTextEdit::sizeHint() const
 
 void STT_SpeakerTextEdit::showName(const QString& name)
 {
-    if (!isEditing() && name != toPlainText())
+    if ((!isEditing() || m_isCommitting) && name != toPlainText())
         setPlainText(name);
 }
 
@@ -67,6 +68,8 @@ void STT_SpeakerTextEdit::commit()
     const auto* line = qobject_cast<STT_EntryWidget*>(parentWidget());
     if (name == std::exchange(m_nameBefore, name) || !line)
         return;
+    // What a speaker without a name is called is up to the window.
+    const QScopedValueRollback<bool> committing(m_isCommitting, true);
     emit speakerNameChangedSignal(line->segment(), name);
 }
 

@@ -5,6 +5,7 @@
 #include "SegmentTimeIndex.h"
 #include "StatePage.h"
 #include "StratacutUI/STT_EntryWidget.h"
+#include "StratacutUI/STT_SearchWidget.h"
 #include "StratacutUI/STT_TranscriptTextEdit.h"
 #include "ViewDeckQt/PaletteManager.h"
 #include "ViewDeckQt/StyledIconButton.h"
@@ -57,7 +58,11 @@ Window::STT_TranscriptManagerWindow(std::unique_ptr<ITranscriptWindowInfo> host,
     showHighlightColor();
 }
 
-Window::~STT_TranscriptManagerWindow() = default;
+/// A speaker field in which the user types loses the focus when it is destroyed, after the host is gone.
+Window::~STT_TranscriptManagerWindow()
+{
+    m_entryColumn->disconnect(this);
+}
 
 void Window::createWidgets()
 {
@@ -141,6 +146,8 @@ void Window::layOut()
     toolBar->setSpacing(2);
     for (ViewDeckQt::StyledIconButton* button : {m_gangButton, m_monitorButton, m_trackButton})
         toolBar->addWidget(button);
+    toolBar->addSpacing(toolBarMargin);
+    toolBar->addWidget(new STT_SearchWidget(this), 1);
     toolBar->addStretch();
     toolBar->addWidget(m_menuButton);
     auto* layout = new QVBoxLayout(this);

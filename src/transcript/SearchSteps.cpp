@@ -1,0 +1,236 @@
+// The highlights of a search and the way from one match to the next.
+
+#include "NvCore/NvRGBColor.h"
+#include "NvCore/NvText.h"
+#include "StratacutUI/STT_SearchWidget.h"
+#include "StratacutUI/STT_TranscriptManagerWindow.h"
+#include "StratacutUI/STT_TranscriptTextEdit.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QTextBlock>
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <utility>
+
+namespace
+{
+// Every edit of the document visits every cursor: with more matches only those round the view have one.
+constexpr int mostHighlights = 20000;
+constexpr int highlightsRoundTheView = 500;
+
+QTextCharFormat highlight(NvRGBColor background)
+{
+    QTextCharFormat format;
+    format.setBackground(background.toQColor());
+    format.setForeground(RGBblack.toQColor());
+    return format;
+}
+
+const QTextCharFormat& formatOf(bool isCurrent)
+{
+    static const QTextCharFormat current = highlight(RGBorange);
+    static const QTextCharFormat match = highlight(RGByellow);
+    return isCurrent ? current : match;
+}
+
+QString countText(int current, int matches)
+{
+    const QLocale locale;
+    if (matches == 0)
+        return stx_func("Not found");
+    if (current < 0)
+        return stx_func("%1 found").toQString().arg(locale.toString(matches));
+    return stx_func("%1 of %2").toQString().arg(locale.toString(current + 1), locale.toString(matches));
+}
+} // namespace
+
+bool STT_SearchWidget::areAllHighlighted() const
+{
+    return m_matches.size() <= mostHighlights;
+}
+
+QTextCursor STT_SearchWidget::cursorOf(const Match& match) const
+{
+    QTextCursor cursor(transcriptText()->document());
+    cursor.setPosition(match.start);
+    cursor.setPosition(match.end, QTextCursor::KeepAnchor);
+    return cursor;
+}
+
+QTextEdit::ExtraSelection STT_SearchWidget::selectionOf(int match) const
+{
+    return {cursorOf(m_matches[size_t(match)]), formatOf(match == m_current)};
+}
+
+void STT_SearchWidget::lay(Range matches)
+{
+    m_laid = matches;
+    m_selections.clear();
+    {
+        const STT_TranscriptTextEdit::Estimates estimates(*transcriptText());
+        for (int match = matches.from; match < matches.to; ++match)
+            m_selections += selectionOf(match);
+    }
+    showSelections();
+}
+
+/// The edit asks for the places of all highlights that come or go, to repaint them; they are not worth being measured.
+void STT_SearchWidget::showSelections()
+{
+    STT_TranscriptTextEdit* text = transcriptText();
+    {
+        const STT_TranscriptTextEdit::Estimates estimates(*text);
+        text->setExtraSelections(m_selections);
+    }
+    text->viewport()->update();
+}
+
+/// What is in view does not wait for the search of the whole text.
+void STT_SearchWidget::layFirstHits()
+{
+    STT_TranscriptTextEdit* text = transcriptText();
+    const STT_TranscriptTextEdit::BlockRange view = text->visibleBlocks();
+    QTextBlock block = text->document()->findBlockByNumber(view.first);
+    const int start = block.position();
+    QString inView;
+    for (; block.isValid() && block.blockNumber() <= view.last; block = block.next())
+        inView += block.text() + QChar(QChar::ParagraphSeparator);
+    m_laid = {};
+    m_selections.clear();
+    for (QRegularExpressionMatchIterator found = m_expression.globalMatch(inView); found.hasNext();) {
+        const QRegularExpressionMatch match = found.next();
+        m_selections += {cursorOf({start + match.capturedStart(), start + match.capturedEnd()}), formatOf(false)};
+    }
+    showSelections();
+}
+
+void STT_SearchWidget::layInView()
+{
+    // While the text is being replaced, the matches are those of the former one.
+    if (!m_isActive || transcriptText()->document()->characterCount() != m_characters)
+        return;
+    if (isSearching())
+        return layFirstHits();
+    const STT_TranscriptTextEdit::BlockRange view = transcriptText()->visibleBlocks();
+    if (areAllHighlighted() || view.first < 0)
+        return;
+    const Range seen = matchesOfBlocks(view.first, view.last);
+    if (seen.from < m_laid.from || seen.to > m_laid.to)
+        lay({std::max(seen.from - highlightsRoundTheView, 0),
+             std::min(seen.to + highlightsRoundTheView, int(m_matches.size()))});
+}
+
+void STT_SearchWidget::showCount()
+{
+    m_count->setText(m_isActive && !isSearching() ? countText(m_current, int(m_matches.size())) : QString());
+}
+
+STT_SearchWidget::Range STT_SearchWidget::matchesOfBlocks(int first, int last) const
+{
+    const QTextDocument* document = transcriptText()->document();
+    const QTextBlock end = document->findBlockByNumber(last);
+    const auto from = [this](int position) {
+        const auto found = std::lower_bound(m_matches.begin(), m_matches.end(), position,
+                                            [](const Match& match, int start) { return match.start < start; });
+        return int(found - m_matches.begin());
+    };
+    return {from(document->findBlockByNumber(first).position()), from(end.position() + end.length())};
+}
+
+STT_SearchWidget::ReadingPoint STT_SearchWidget::pointOf(const QTextCursor& cursor) const
+{
+    const STT_TranscriptTextEdit* text = transcriptText();
+    const QTextBlock block = text->document()->findBlock(cursor.selectionStart());
+    text->blockRect(block); // measures it
+    const qreal top = text->document()->documentLayout()->blockBoundingRect(block).top();
+    const QPointF place = text->getTranscriptRectForCursor(cursor).topLeft();
+    return {block.blockNumber(), std::round(place.y() - top), place.x()};
+}
+
+STT_SearchWidget::ReadingPoint STT_SearchWidget::topOfView() const
+{
+    const STT_TranscriptTextEdit* text = transcriptText();
+    const int first = std::max(text->visibleBlocks().first, 0);
+    return {first, qreal(-text->blockRect(text->document()->findBlockByNumber(first)).top()), 0};
+}
+
+/// The matches of one block need not be in the order of their positions: text may run from right to left.
+std::vector<int> STT_SearchWidget::inReadingOrder(Range matches) const
+{
+    std::vector<std::pair<ReadingPoint, int>> points;
+    for (int match = matches.from; match < matches.to; ++match)
+        points.emplace_back(pointOf(cursorOf(m_matches[size_t(match)])), match);
+    std::sort(points.begin(), points.end());
+    std::vector<int> ordered;
+    for (const auto& [point, match] : points)
+        ordered.push_back(match);
+    return ordered;
+}
+
+/// All matches in the block of one, in reading order.
+std::vector<int> STT_SearchWidget::neighboursOf(int match) const
+{
+    const int block = transcriptText()->document()->findBlock(m_matches[size_t(match)].start).blockNumber();
+    return inReadingOrder(matchesOfBlocks(block, block));
+}
+
+int STT_SearchWidget::firstAfter(const ReadingPoint& point) const
+{
+    const Range here = matchesOfBlocks(point.block, point.block);
+    const std::vector<int> ordered = inReadingOrder(here);
+    for (const int match : ordered) {
+        if (point < pointOf(cursorOf(m_matches[size_t(match)])))
+            return match;
+    }
+    return neighboursOf(here.to < int(m_matches.size()) ? here.to : 0).front();
+}
+
+int STT_SearchWidget::lastBefore(const ReadingPoint& point) const
+{
+    const Range here = matchesOfBlocks(point.block, point.block);
+    std::vector<int> ordered = inReadingOrder(here);
+    std::reverse(ordered.begin(), ordered.end());
+    for (const int match : std::as_const(ordered)) {
+        if (pointOf(cursorOf(m_matches[size_t(match)])) < point)
+            return match;
+    }
+    return neighboursOf((here.from > 0 ? here.from : int(m_matches.size())) - 1).back();
+}
+
+void STT_SearchWidget::step(Direction direction)
+{
+    const auto* window = transcriptWindow();
+    if (!window || m_line->text().isEmpty() || window->entryWidgets().isEmpty() || !m_isActive)
+        return;
+    if (isSearching())
+        finishSearch();
+    if (m_matches.empty())
+        return;
+    if (!m_textEdit)
+        m_position = topOfView();
+    else if (m_current >= 0)
+        m_position = pointOf(cursorOf(m_matches[size_t(m_current)])); // the text may have another width now
+    makeCurrent(direction == next ? firstAfter(m_position) : lastBefore(m_position));
+}
+
+void STT_SearchWidget::makeCurrent(int match)
+{
+    const int former = std::exchange(m_current, match);
+    for (const int changed : {former, match}) {
+        if (m_laid.holds(changed))
+            m_selections[changed - m_laid.from].format = formatOf(changed == m_current);
+    }
+    m_textEdit = transcriptText();
+    m_textEdit->setExtraSelections(m_selections);
+    const QTextCursor cursor = cursorOf(m_matches[size_t(match)]);
+    m_position = pointOf(cursor);
+    if (!m_textEdit->isInView(m_textEdit->getTranscriptRectForCursor(cursor)))
+        m_textEdit->scrollToMiddle(cursor);
+    layInView();
+    showCount();
+}

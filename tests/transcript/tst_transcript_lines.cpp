@@ -1,0 +1,338 @@
+#include "StratacutUI/STT_MissingTranscriptWidget.h"
+#include "TranscriptFixture.h"
+#include "support/TestMain.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QMenu>
+#include <QMimeData>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSet>
+#include <QSignalSpy>
+#include <QTextBlock>
+
+using support::RecordingTranscriptInfo;
+using support::segmentOf;
+
+namespace
+{
+/// Segments 0 and 2 are Ada's, 1 is that of a speaker without a name.
+RecordingTranscriptInfo::Material conversation()
+{
+    RecordingTranscriptInfo::Material material;
+    material.segments = {segmentOf(0, 0, QStringLiteral("first words"), 1),
+                         segmentOf(1, 2000, QStringLiteral("second"), 2),
+                         segmentOf(2, 4000, QStringLiteral("third"), 1)};
+    material.speakers = {{"1", "", "Ada"}, {"2", "", ""}, {"-3", "", "Tom & Co"}};
+    return material;
+}
+
+RecordingTranscriptInfo::Material longTalk(int segments)
+{
+    RecordingTranscriptInfo::Material material;
+    material.segments = support::transcriptOf(segments, 10);
+    return material;
+}
+
+QStringList textsOf(const QMenu* menu)
+{
+    QStringList texts;
+    const QList<QAction*> actions = menu->actions();
+    for (const QAction* action : actions)
+        texts += action->isSeparator() ? QStringLiteral("-") : action->text();
+    return texts;
+}
+
+QStringList requests(RecordingTranscriptInfo& info)
+{
+    return info.takeCalls().filter(QRegularExpression(QStringLiteral("peaker")));
+}
+} // namespace
+
+/// What stands beside the text of the lines, used with real events.
+class TestTranscriptLines : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    void aSpeakerFieldTakesOrDropsWhatWasTyped_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<int>("key"); // 0: the focus goes elsewhere
+        QTest::addColumn<QStringList>("asked");
+        QTest::addColumn<QStringList>("shown");
+        const QStringList none;
+        const QStringList former{"Ada", "Speaker 2", "Ada"};
+        QTest::newRow("Return") << " Eve " << int(Qt::Key_Return) << QStringList{"storeSpeakerName(1, Eve)"}
+                                << QStringList{"Eve", "Speaker 2", "Eve"};
+        QTest::newRow("Enter") << "Eve" << int(Qt::Key_Enter) << QStringList{"storeSpeakerName(1, Eve)"}
+                               << QStringList{"Eve", "Speaker 2", "Eve"};
+        QTest::newRow("focus loss") << "Eve" << 0 << QStringList{"storeSpeakerName(1, Eve)"}
+                                    << QStringList{"Eve", "Speaker 2", "Eve"};
+        QTest::newRow("blanks") << "  " << int(Qt::Key_Return) << QStringList{"storeSpeakerName(1, )"}
+                                << QStringList{"Speaker 1", "Speaker 2", "Speaker 1"};
+        QTest::newRow("the same") << "Ada " << int(Qt::Key_Return) << none << former;
+        QTest::newRow("Escape") << "Eve" << int(Qt::Key_Escape) << none << former;
+    }
+
+    void aSpeakerFieldTakesOrDropsWhatWasTyped()
+    {
+        QFETCH(QString, typed);
+        QFETCH(int, key);
+        const ShownTranscript shown(conversation());
+        STT_SpeakerTextEdit* field = shown.speaker(0);
+        QTest::keyClicks(field, QStringLiteral("ignored"));
+        QTest::mouseDClick(field->viewport(), Qt::LeftButton);
+        QVERIFY(field->hasFocus() && !field->isReadOnly());
+        QTest::keyClicks(field, typed);
+        if (key)
+            QTest::keyClick(field, Qt::Key(key));
+        else
+            shown.text().setFocus();
+        QVERIFY(field->isReadOnly() && !field->textCursor().hasSelection());
+        QVERIFY(shown.text().hasFocus());
+        QTEST(requests(*shown.info), "asked");
+        QTEST(speakers(shown), "shown");
+    }
+
+    void aFieldTakesPlainTextOnly()
+    {
+        const ShownTranscript shown(conversation());
+        STT_SpeakerTextEdit* field = shown.speaker(1);
+        field->beginEditing();
+        auto* picture = new QMimeData;
+        picture->setImageData(QImage(2, 2, QImage::Format_RGB32));
+        QGuiApplication::clipboard()->setMimeData(picture);
+        field->paste();
+        QCOMPARE(field->toPlainText(), QStringLiteral("Speaker 2"));
+        auto* rich = new QMimeData;
+        rich->setHtml(QStringLiteral("<b>Eve</b>"));
+        rich->setText(QStringLiteral("Eve\nSmith"));
+        QGuiApplication::clipboard()->setMimeData(rich);
+        QTest::keySequence(field, QKeySequence::Paste);
+        QCOMPARE(field->toPlainText(), QStringLiteral("Eve Smith"));
+        QVERIFY(field->currentCharFormat().fontWeight() != QFont::Bold);
+    }
+
+    void theSpeakerMenuListsWhoCanBeMeant()
+    {
+        const ShownTranscript shown(conversation());
+        openMenu(shown, 1);
+        QMenu* menu = STT_TranscriptManagerWindow::GetSpeakerMenu();
+        QCOMPARE(textsOf(menu), (QStringList{"Identify Speaker", "Correct Speaker ID"}));
+        QCOMPARE(textsOf(menu->actions()[0]->menu()), (QStringList{"Ada", "Tom && Co", "-", "Clear Name", "Rename"}));
+        QCOMPARE(textsOf(menu->actions()[1]->menu()),
+                 (QStringList{"Ada", "Speaker 2", "Tom && Co", "-", "Add New Speaker"}));
+        menu->close();
+    }
+
+    void theSpeakerMenuAsksTheHost_data()
+    {
+        QTest::addColumn<int>("segment");
+        QTest::addColumn<QString>("choice");
+        QTest::addColumn<QStringList>("asked");
+        QTest::addColumn<QStringList>("shown");
+        const QStringList former{"Ada", "Speaker 2", "Ada"};
+        QTest::newRow("identify") << 1 << "0/Tom && Co" << QStringList{"storeSpeakerName(2, Tom & Co)"}
+                                  << QStringList{"Ada", "Tom & Co", "Ada"};
+        QTest::newRow("identify as before") << 2 << "0/Ada" << QStringList{} << former;
+        QTest::newRow("clear") << 2 << "0/Clear Name" << QStringList{"storeSpeakerName(1, )"}
+                               << QStringList{"Speaker 1", "Speaker 2", "Speaker 1"};
+        QTest::newRow("correct") << 2 << "1/Speaker 2" << QStringList{"correctSpeaker(2, 2)"}
+                                 << QStringList{"Ada", "Speaker 2", "Speaker 2"};
+        QTest::newRow("a negative one") << 0 << "1/Tom && Co" << QStringList{"correctSpeaker(0, -3)"}
+                                        << QStringList{"Tom & Co", "Speaker 2", "Ada"};
+        QTest::newRow("new") << 2 << "1/Add New Speaker" << QStringList{"addSpeaker()", "correctSpeaker(2, 3)"}
+                             << QStringList{"Ada", "Speaker 2", "Speaker 3"};
+    }
+
+    void theSpeakerMenuAsksTheHost()
+    {
+        QFETCH(int, segment);
+        QFETCH(QString, choice);
+        const ShownTranscript shown(conversation());
+        openMenu(shown, segment);
+        choose(choice);
+        QTEST(requests(*shown.info), "asked");
+        QTEST(speakers(shown), "shown");
+    }
+
+    void renameEditsTheLineOfTheMenuAlsoWhenItHasLeftTheView()
+    {
+        const ShownTranscript shown(longTalk(500));
+        openMenu(shown, 3);
+        QScrollBar* bar = shown.text().verticalScrollBar();
+        bar->setValue(bar->maximum());
+        QVERIFY(!shown.entry(3));
+        choose(QStringLiteral("0/Rename"));
+        QVERIFY(shown.entry(3));
+        QVERIFY(shown.speaker(3)->isEditing() && shown.speaker(3)->hasFocus());
+        QVERIFY(!shown.speaker(3)->viewport()->visibleRegion().isEmpty());
+    }
+
+    void linesShareFewWidgetsAndEachShowsItsOwnSegment()
+    {
+        const ShownTranscript shown(longTalk(20000));
+        QScrollBar* bar = shown.text().verticalScrollBar();
+        QSet<int> seen;
+        for (int round = 0; round <= 40; ++round) {
+            bar->setValue(int(qint64(bar->maximum()) * round / 40));
+            QCoreApplication::processEvents();
+            const QList<STT_EntryWidget*> entries = shown.window->entryWidgets();
+            QVERIFY(!entries.isEmpty());
+            for (STT_EntryWidget* entry : entries) {
+                seen += entry->segment();
+                const int key = shown.info->source.segments[size_t(entry->segment())].speakerKey;
+                QCOMPARE(entry->speakerEdit()->toPlainText(), QString::fromStdString(shown.info->speakerText(key)));
+                const QTextBlock block = shown.text().document()->findBlockByNumber(
+                    shown.window->getBlockNumberForSegment(entry->segment()));
+                QCOMPARE(entry->y(), shown.text().blockRect(block).top());
+            }
+        }
+        QVERIFY(seen.size() > 500);
+        const int live = shown.window->findChildren<STT_EntryWidget*>().size();
+        QVERIFY2(live < 60, qPrintable(QString::number(live)));
+    }
+
+    void aNameAndAVisibilityHoldForLinesThatComeIntoViewLater()
+    {
+        const ShownTranscript shown(longTalk(2000));
+        shown.window->SpeakerNameChangedSlot(0, QStringLiteral("Eve"));
+        trigger(shown, QStringLiteral("Show Timecode"));
+        shown.text().verticalScrollBar()->setValue(shown.text().verticalScrollBar()->maximum() / 2);
+        const QList<STT_EntryWidget*> entries = shown.window->entryWidgets();
+        QVERIFY(!entries.isEmpty());
+        for (STT_EntryWidget* entry : entries) {
+            QVERIFY(entry->findChild<QLabel*>()->isHidden());
+            if (entry->segment() % 4 == 0)
+                QCOMPARE(entry->speakerEdit()->toPlainText(), QStringLiteral("Eve"));
+        }
+    }
+
+    void whatIsBeingTypedSurvivesScrollingAndARebuild()
+    {
+        const ShownTranscript shown(longTalk(2000));
+        STT_SpeakerTextEdit* field = shown.speaker(2);
+        field->beginEditing();
+        QTest::keyClicks(field, QStringLiteral("Ev"));
+        shown.text().verticalScrollBar()->setValue(5000);
+        shown.window->TranscriptInfoChangedSlot(true);
+        QCoreApplication::processEvents();
+        QVERIFY(field->isEditing());
+        QTest::keyClicks(field, QStringLiteral("e"));
+        QTest::keyClick(field, Qt::Key_Return);
+        QCOMPARE(requests(*shown.info), QStringList{"storeSpeakerName(3, Eve)"});
+    }
+
+    void aClipWithoutTranscriptSaysHowFarItIs()
+    {
+        RecordingTranscriptInfo::Material material = conversation();
+        material.missing = {{"guid-a", "A.mov", 0, STT_Transcription::Missing, 0, {}},
+                            {"guid-b", "B.mov", 3000, STT_Transcription::Running, 40, {}},
+                            {"guid-c", "C.mov", 9000, STT_Transcription::Failed, 0, "C.mov is gone."}};
+        const ShownTranscript shown(std::move(material));
+        const QList<STT_MissingTranscriptWidget*> lines = shown.window->missingWidgets();
+        QCOMPARE(lines.size(), 3);
+        const QVector<QPair<QString, bool>> expected{
+            {"Not transcribed yet", true}, {"Transcribing, 40 %", false}, {"C.mov is gone.", true}};
+        for (int line = 0; line < lines.size(); ++line) {
+            QStringList texts;
+            const QList<QLabel*> labels = lines[line]->findChildren<QLabel*>();
+            for (const QLabel* label : labels)
+                texts += label->text();
+            QVERIFY2(texts.contains(expected[line].first), qPrintable(texts.join('|')));
+            QCOMPARE(lines[line]->findChild<QPushButton*>()->isVisible(), expected[line].second);
+        }
+        QTest::mouseClick(lines[2]->findChild<QPushButton*>(), Qt::LeftButton);
+        QCOMPARE(shown.info->calls.filter(QStringLiteral("transcribe(")), QStringList{"transcribe(guid-c)"});
+    }
+
+    void withoutAnythingToReadThePageSaysWhy_data()
+    {
+        QTest::addColumn<bool>("loaded");
+        QTest::addColumn<bool>("online");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("nothing loaded") << false << true << "Nothing Loaded";
+        QTest::newRow("no segments") << true << true << "Empty transcript";
+        QTest::newRow("database") << true << false << "Database Offline";
+    }
+
+    void withoutAnythingToReadThePageSaysWhy()
+    {
+        QFETCH(bool, loaded);
+        QFETCH(bool, online);
+        QFETCH(QString, title);
+        const ShownTranscript shown({});
+        shown.info->source.loaded = loaded;
+        shown.info->databaseOnline = online;
+        shown.window->UpdateTranscriptWindow();
+        const QStringList visible = visibleLabels(shown);
+        QVERIFY2(visible.contains(title), qPrintable(visible.join('|')));
+        shown.info->source = conversation();
+        shown.info->databaseOnline = true;
+        shown.window->UpdateTranscriptWindow();
+        QVERIFY(!visibleLabels(shown).contains(title));
+        QTRY_COMPARE(speakers(shown), (QStringList{"Ada", "Speaker 2", "Ada"}));
+    }
+
+private:
+    static QStringList speakers(const ShownTranscript& shown)
+    {
+        QStringList names;
+        const QList<STT_EntryWidget*> entries = shown.window->entryWidgets();
+        for (STT_EntryWidget* entry : entries)
+            names += entry->speakerEdit()->toPlainText();
+        return names;
+    }
+
+    static QStringList visibleLabels(const ShownTranscript& shown)
+    {
+        QStringList visible;
+        const QList<QLabel*> labels = shown.window->findChildren<QLabel*>();
+        for (const QLabel* label : labels) {
+            if (label->isVisible())
+                visible += label->text();
+        }
+        return visible;
+    }
+
+    static void openMenu(const ShownTranscript& shown, int segment)
+    {
+        QWidget* field = shown.speaker(segment)->viewport();
+        const QPoint middle = field->rect().center();
+        QContextMenuEvent event(QContextMenuEvent::Mouse, middle, field->mapToGlobal(middle));
+        QCoreApplication::sendEvent(field, &event);
+        QVERIFY(STT_TranscriptManagerWindow::GetSpeakerMenu()->isVisible());
+    }
+
+    /// @param choice the submenu's number and the action's text
+    static void choose(const QString& choice)
+    {
+        QMenu* menu = STT_TranscriptManagerWindow::GetSpeakerMenu();
+        const QList<QAction*> actions = menu->actions()[choice.section('/', 0, 0).toInt()]->menu()->actions();
+        for (QAction* action : actions) {
+            if (action->text() == choice.section('/', 1)) {
+                menu->close();
+                return action->trigger();
+            }
+        }
+        QFAIL(qPrintable(choice));
+    }
+
+    static void trigger(const ShownTranscript& shown, const QString& text)
+    {
+        const QList<QAction*> actions = shown.window->findChildren<QAction*>();
+        for (QAction* action : actions) {
+            if (action->text() == text)
+                return action->trigger();
+        }
+        QFAIL(qPrintable(text));
+    }
+};
+
+STRATACUT_TEST_MAIN(TestTranscriptLines)
+#include "tst_transcript_lines.moc"

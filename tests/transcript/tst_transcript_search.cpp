@@ -1,0 +1,181 @@
+#include "StratacutUI/STT_SearchWidget.h"
+#include "TranscriptFixture.h"
+#include "support/TestMain.h"
+
+#include <QAction>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTextBlock>
+
+using support::RecordingTranscriptInfo;
+using support::segmentOf;
+
+namespace
+{
+RecordingTranscriptInfo::Material threeLines()
+{
+    RecordingTranscriptInfo::Material material;
+    material.segments = {segmentOf(0, 0, QStringLiteral("One, two; one more two's")),
+                         segmentOf(1, 4000, QStringLiteral("Nothing here")),
+                         segmentOf(2, 8000, QStringLiteral("the last one (of $5)"))};
+    return material;
+}
+
+/// The highlighted texts, the current one in brackets.
+QStringList highlighted(const STT_TranscriptTextEdit& text)
+{
+    QStringList shown;
+    const QList<QTextEdit::ExtraSelection> selections = text.extraSelections();
+    for (const QTextEdit::ExtraSelection& selection : selections) {
+        const bool isCurrent = selection.format.background().color() == QColor(255, 165, 0);
+        const QString plain = selection.cursor.selectedText();
+        shown += isCurrent ? QStringLiteral("[%1]").arg(plain) : plain;
+    }
+    return shown;
+}
+} // namespace
+
+/// The search bar, used with real keys.
+class TestTranscriptSearch : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    void everyOccurrenceIsHighlighted_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QStringList>("expected");
+        QTest::newRow("case does not matter") << "ONE" << QStringList{"One", "one", "one"};
+        QTest::newRow("phrase across punctuation") << "one two" << QStringList{"One, two"};
+        QTest::newRow("typed punctuation counts as a blank") << "two's" << QStringList{"two's"};
+        QTest::newRow("inside a word") << "othin" << QStringList{"othin"};
+        QTest::newRow("symbols stand for themselves") << "$5" << QStringList{"$5"};
+        QTest::newRow("phrase over two lines")
+            << "two's nothing" << QStringList{QString("two's%1Nothing").arg(QChar(0x2029))};
+        QTest::newRow("only punctuation") << "?!" << QStringList{};
+        QTest::newRow("only blanks") << "  " << QStringList{};
+        QTest::newRow("not there") << "three" << QStringList{};
+    }
+
+    void everyOccurrenceIsHighlighted()
+    {
+        QFETCH(QString, typed);
+        const ShownTranscript shown(threeLines());
+        type(shown, typed);
+        QTEST(highlighted(shown.text()), "expected");
+        QTest::keyClick(line(shown), Qt::Key_Escape);
+        QVERIFY(highlighted(shown.text()).isEmpty());
+    }
+
+    void steppingVisitsMatchesInReadingOrderAndWraps()
+    {
+        const ShownTranscript shown(threeLines());
+        type(shown, QStringLiteral("one"));
+        const QList<QStringList> onward{{"[One]", "one", "one"}, {"One", "[one]", "one"}, {"One", "one", "[one]"}};
+        for (const int visited : {1, 2, 0, 1}) { // the first word is bold, so it is behind the start
+            QTest::keyClick(line(shown), Qt::Key_Return);
+            QCOMPARE(highlighted(shown.text()), onward[visited]);
+        }
+        for (const int visited : {0, 2}) {
+            QTest::keyClick(&shown.text(), Qt::Key_F3, Qt::ShiftModifier);
+            QCOMPARE(highlighted(shown.text()), onward[visited]);
+        }
+        QTest::keyClick(&shown.text(), Qt::Key_F3);
+        QCOMPARE(highlighted(shown.text()), onward[0]);
+    }
+
+    void steppingStartsAtTheBoldWord()
+    {
+        const ShownTranscript shown(threeLines());
+        shown.window->followMonitor(25, false); // the third word
+        type(shown, QStringLiteral("one"));
+        QTest::keyClick(line(shown), Qt::Key_Return);
+        QCOMPARE(highlighted(shown.text()), (QStringList{"One", "one", "[one]"}));
+        type(shown, QStringLiteral("e")); // "onee" stands nowhere
+        QVERIFY(highlighted(shown.text()).isEmpty());
+    }
+
+    void theHighlightsReturnAfterARebuild()
+    {
+        const ShownTranscript shown(threeLines());
+        type(shown, QStringLiteral("one"));
+        shown.info->source.segments.push_back(segmentOf(3, 12000, QStringLiteral("and one")));
+        shown.window->TranscriptInfoChangedSlot(true);
+        QCOMPARE(highlighted(shown.text()), (QStringList{"One", "one", "one", "one"}));
+        QTest::keyClick(line(shown), Qt::Key_Return, Qt::ShiftModifier);
+        QCOMPARE(highlighted(shown.text()), (QStringList{"One", "one", "one", "[one]"}));
+    }
+
+    /// Long enough to be searched in slices, with more matches than are highlighted at once.
+    void aLongTranscriptShowsFirstHitsAtOnceAndAnyMatchWhenItIsReached()
+    {
+        RecordingTranscriptInfo::Material material;
+        material.segments = support::transcriptOf(12000, 10);
+        const ShownTranscript shown(std::move(material));
+        type(shown, QStringLiteral("ba"));
+        QVERIFY(bar(shown)->isSearching());
+        const QStringList first = highlighted(shown.text());
+        QVERIFY(!first.isEmpty() && first.size() < 1000);
+        QTRY_VERIFY(!bar(shown)->isSearching());
+        QVERIFY(!highlighted(shown.text()).isEmpty());
+
+        QTest::keyClick(line(shown), Qt::Key_Return, Qt::ShiftModifier); // the last one
+        const QStringList last = highlighted(shown.text());
+        QCOMPARE(last.filter(QStringLiteral("[ba]")).size(), 1);
+        const QScrollBar* bar = shown.text().verticalScrollBar();
+        QVERIFY2(bar->value() > bar->maximum() * 0.9, qPrintable(QString::number(bar->value())));
+    }
+
+    void aStepWhileTheSearchRunsKnowsAllMatches()
+    {
+        RecordingTranscriptInfo::Material material;
+        material.segments = support::transcriptOf(12000, 10);
+        material.segments.push_back(segmentOf(12000, 99999999, QStringLiteral("basso profondo")));
+        const ShownTranscript shown(std::move(material));
+        type(shown, QStringLiteral("ba"));
+        QVERIFY(bar(shown)->isSearching());
+        QTest::keyClick(line(shown), Qt::Key_Return, Qt::ShiftModifier);
+        const QTextBlock last = shown.text().document()->lastBlock();
+        QTRY_COMPARE(currentPosition(shown), last.position());
+    }
+
+    void aBarWithoutATranscriptWindowDoesNothing()
+    {
+        QWidget other;
+        STT_SearchWidget alone(&other);
+        alone.findChild<QLineEdit*>()->setText(QStringLiteral("one"));
+        alone.onNextClicked();
+        alone.onRefreshDone();
+        alone.onSetSelectedClicked();
+        QVERIFY(!alone.isSearching());
+    }
+
+private:
+    static STT_SearchWidget* bar(const ShownTranscript& shown)
+    {
+        return shown.window->findChild<STT_SearchWidget*>(QStringLiteral("searchWindow"));
+    }
+
+    static QLineEdit* line(const ShownTranscript& shown) { return bar(shown)->findChild<QLineEdit*>(); }
+
+    static void type(const ShownTranscript& shown, const QString& typed)
+    {
+        line(shown)->setFocus();
+        QTest::keyClicks(line(shown), typed);
+    }
+
+    static int currentPosition(const ShownTranscript& shown)
+    {
+        const QList<QTextEdit::ExtraSelection> selections = shown.text().extraSelections();
+        for (const QTextEdit::ExtraSelection& selection : selections) {
+            if (selection.format.background().color() == QColor(255, 165, 0))
+                return selection.cursor.selectionStart();
+        }
+        return -1;
+    }
+};
+
+STRATACUT_TEST_MAIN(TestTranscriptSearch)
+#include "tst_transcript_search.moc"
