@@ -135,6 +135,25 @@ void drawChoice(QPainter* painter, const QStyleOptionComboBox& option, const QRe
     painter->restore();
 }
 
+void drawCheckBox(QPainter* painter, const QStyleOption& option)
+{
+    const bool enabled = option.state & QStyle::State_Enabled;
+    drawPanel(painter, option.rect, option.palette.brush(enabled ? QPalette::Base : QPalette::Window),
+              outlineOf(option, false));
+    if (!(option.state & (QStyle::State_On | QStyle::State_NoChange)))
+        return;
+    const QRectF box(option.rect);
+    const auto point = [&box](qreal x, qreal y) { return box.topLeft() + QPointF(x * box.width(), y * box.height()); };
+    QPolygonF mark{QVector<QPointF>{point(0.24, 0.52), point(0.43, 0.72), point(0.77, 0.28)}};
+    if (option.state & QStyle::State_NoChange)
+        mark = QVector<QPointF>{point(0.26, 0.5), point(0.74, 0.5)};
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    painter->setPen(QPen(option.palette.brush(QPalette::Text), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter->drawPolyline(mark);
+    painter->restore();
+}
+
 bool isPanelOfAField(QStyle::PrimitiveElement element, const QStyleOption* option)
 {
     const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
@@ -172,6 +191,8 @@ void FamilyStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* op
         return drawPushButton(painter, *option);
     case PE_PanelButtonTool:
         return drawToolButton(painter, *option);
+    case PE_IndicatorCheckBox:
+        return drawCheckBox(painter, *option);
     case PE_FrameGroupBox:
         return drawPanel(painter, option->rect, Qt::NoBrush, QPen(Tone::divider(option->palette), 1));
     case PE_FrameFocusRect:

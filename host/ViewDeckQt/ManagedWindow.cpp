@@ -1,6 +1,7 @@
 #include "ViewDeckQt/ManagedWindow.h"
 
 #include <QEvent>
+#include <QScreen>
 #include <QWidget>
 
 #include <optional>
@@ -15,6 +16,12 @@ QList<QWidget*>& shownWindows()
 {
     static QList<QWidget*> windows;
     return windows;
+}
+
+QMap<QString, QSize>& sizes()
+{
+    static QMap<QString, QSize> sizes;
+    return sizes;
 }
 
 void bringToFront(QWidget* window)
@@ -41,6 +48,13 @@ public:
         m_widget.setWindowTitle(title.toQString());
     }
 
+    void rememberSize(const QString& name, const QSize& first)
+    {
+        m_sizeName = name;
+        const QSize wanted = sizes().value(name, first);
+        m_widget.resize(wanted.boundedTo(m_widget.screen()->availableSize()));
+    }
+
     bool eventFilter(QObject* watched, QEvent* event) override
     {
         switch (event->type()) {
@@ -50,6 +64,8 @@ public:
             break;
         case QEvent::Hide:
             shownWindows().removeOne(&m_widget);
+            if (!m_sizeName.isEmpty())
+                sizes()[m_sizeName] = m_widget.size();
             break;
         case QEvent::LanguageChange:
             if (m_title)
@@ -68,6 +84,7 @@ private:
     QWidget& m_widget;
     ManagedWindow& m_owner;
     std::optional<NvText> m_title;
+    QString m_sizeName;
 };
 
 ManagedWindow::ManagedWindow(QWidget& widget) : m_watcher(std::make_unique<Watcher>(widget, *this)) {}
@@ -87,6 +104,21 @@ QList<QWidget*> ManagedWindow::openWindows()
 QWidget* ManagedWindow::activeWindow()
 {
     return shownWindows().value(0);
+}
+
+void ManagedWindow::rememberSize(const QString& name, const QSize& first)
+{
+    m_watcher->rememberSize(name, first);
+}
+
+QMap<QString, QSize> ManagedWindow::rememberedSizes()
+{
+    return sizes();
+}
+
+void ManagedWindow::setRememberedSizes(const QMap<QString, QSize>& remembered)
+{
+    sizes() = remembered;
 }
 
 void ManagedWindow::onSkinChanged() {}

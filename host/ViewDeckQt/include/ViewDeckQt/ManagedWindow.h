@@ -5,6 +5,9 @@
 #include "NvCore/NvText.h"
 
 #include <QList>
+#include <QMap>
+#include <QSize>
+#include <QString>
 
 #include <memory>
 
@@ -31,6 +34,15 @@ public:
 
     /// The first of openWindows(); null when none is shown.
     static QWidget* activeWindow();
+
+    /// Gives the window the size that the last one of that name had when it was hidden, at most the screen's, or
+    /// `first` where there was none; from now on its own size is remembered.
+    /// @param name stands for the kind of window; never shown.
+    void rememberSize(const QString& name, const QSize& first);
+
+    /// All remembered sizes by name, for a host that keeps them from run to run.
+    static QMap<QString, QSize> rememberedSizes();
+    static void setRememberedSizes(const QMap<QString, QSize>& sizes);
 
 protected:
     /// @param widget the window that the mix-in belongs to; must outlive the mix-in.
