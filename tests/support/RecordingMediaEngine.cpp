@@ -56,6 +56,7 @@ void RecordingMediaEngine::reset()
     sequences.clear();
     project = QStringLiteral("Project");
     creatorText = QStringLiteral("Test 1.0");
+    hiddenColumn = -1;
     calls.clear();
     makeBuilder = nullptr;
     lastBuilder.reset();

@@ -37,6 +37,8 @@ public:
     QHash<QString, Sequence> sequences;
     QString project = QStringLiteral("Project");
     QString creatorText = QStringLiteral("Test 1.0");
+    /// A column of every track data model that is not shown.
+    int hiddenColumn = -1;
     /// Every call in order: "isSequence(mob)", "createTargetFormatBuilder(cpl, mob)".
     QStringList calls;
     /// Makes the next builders; the default makes a FakeTargetFormatBuilder.
@@ -107,11 +109,11 @@ public:
 
     const IAudioMixDescription* audioMixDescription(const QAbstractItemModel* trackModel) override;
 
-    QString trackLabel(const QAbstractItemModel*, int) override { return QStringLiteral("Mono"); }
+    QString trackLabel(const QAbstractItemModel*, int row) override { return QStringLiteral("Mono%1").arg(row); }
 
     MXE_TrackColumns trackColumns(const QAbstractItemModel* trackModel) override;
 
-    bool isTrackColumnShown(const QAbstractItemModel*, int) override { return true; }
+    bool isTrackColumnShown(const QAbstractItemModel*, int column) override { return column != hiddenColumn; }
 
 private:
     void note(const char* call, const QString& arguments) { calls += QString("%1(%2)").arg(call, arguments); }
