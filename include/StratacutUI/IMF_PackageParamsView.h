@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+class AudioMappingWidget;
 class MXE_Bridge;
 class QAbstractItemModel;
 class QItemSelection;
@@ -63,6 +64,8 @@ public Q_SLOTS:
     void onSelectionChanged(const QItemSelection& selected, const QItemSelection& deselected);
     void onValueChanged(const QString& id, const QVariant& value);
     void onDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles = {});
+    /// Lets the user group the tracks of the current CPL's sequence, in a modal dialog; nothing without a sequence.
+    void openAudioTrackGrouping();
     /// Shows the current item anew, or the hint where it has gone.
     void reload();
 
@@ -86,6 +89,9 @@ private:
     void switchView();
     void updateView();
     void setReadOnly(bool readOnly);
+    /// Offers the mapping widget what the current CPL's sequence has now; any other widget is left alone.
+    void updateAudioMapping(ViewDeckQt::AbstractParamWidget* widget);
+    void showMapping(AudioMappingWidget& mapping, const QJsonObject& document);
     void showValue(ViewDeckQt::AbstractParamWidget& widget, const QJsonObject& document);
     void setPathOf(const QModelIndex& index, const QVariant& path);
     void writeValue(const QString& id, const QVariant& value);

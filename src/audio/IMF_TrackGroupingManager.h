@@ -2,10 +2,11 @@
 
 #include "StratacutUI/ITrackGroupingManger.h"
 
-class QAbstractItemModel;
+#include <QAbstractItemModel>
+#include <QPointer>
 
-/// What an audio mapping may choose from, for one CPL at one moment. Copies the groups; borrows the track model, which
-/// has to outlive it. User-interface thread.
+/// What an audio mapping may choose from, for one CPL at one moment. Copies the groups; borrows the track model,
+/// which counts as none once it has gone. User-interface thread.
 class IMF_TrackGroupingManager : public ITrackGroupingManger
 {
 public:
@@ -19,6 +20,6 @@ public:
     QJsonArray getTrackGroups() override;
 
 private:
-    QAbstractItemModel* m_trackModel;
+    QPointer<QAbstractItemModel> m_trackModel;
     QJsonArray m_groups;
 };

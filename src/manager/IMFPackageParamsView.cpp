@@ -7,6 +7,7 @@
 
 #include "NvCore/Assert.h"
 #include "NvCore/NvText.h"
+#include "StratacutUI/AudioMappingWidget.h"
 #include "StratacutUI/IMF_DataParser.h"
 #include "StratacutUI/IMF_PackageMgrQtModel.h"
 #include "StratacutUI/ImfDict.h"
@@ -20,6 +21,7 @@
 #include <QItemSelection>
 #include <QJsonObject>
 #include <QPair>
+#include <QPushButton>
 #include <QScopedValueRollback>
 #include <QStackedWidget>
 #include <QTextEdit>
@@ -181,6 +183,8 @@ void IMF_PackageParamsView::showValue(AbstractParamWidget& widget, const QJsonOb
             widget.setValue(stx_func("Original").toQString());
         else if (version == IMF_PackageMgr::Supplemental)
             widget.setValue(stx_func("Supplemental").toQString());
+    } else if (auto* mapping = qobject_cast<AudioMappingWidget*>(&widget)) {
+        showMapping(*mapping, document);
     } else {
         ParamValues::show(widget, id2jsonKey(id), document);
     }
@@ -193,6 +197,8 @@ void IMF_PackageParamsView::setReadOnly(bool readOnly)
     const QList<AbstractParamWidget*> widgets = page->findChildren<AbstractParamWidget*>();
     for (AbstractParamWidget* widget : widgets)
         widget->setReadOnly(readOnly || widget->getId() == QLatin1String(alwaysReadOnly));
+    if (auto* grouping = page->findChild<QPushButton*>(QLatin1String(ParamIds::GroupingButton)))
+        grouping->setEnabled(!readOnly);
 }
 
 void IMF_PackageParamsView::validateTextField(const QString& id)

@@ -40,4 +40,7 @@ inline constexpr char ContentOriginator[] = "id_content_originator";
 inline constexpr char ContentTitle[] = "id_content_title";
 inline constexpr char ContentKind[] = "id_content_kind";
 
+/// The object name of the button that opens the grouping dialog.
+inline constexpr char GroupingButton[] = "ATGbtn";
+
 } // namespace ParamIds

@@ -6,14 +6,19 @@
 #include "PassiveHint.h"
 
 #include "NvCore/NvText.h"
+#include "NvCore/Toggles.h"
+#include "StratacutUI/AudioMappingWidget.h"
 #include "ViewDeckQt/PWDiscrete.h"
 #include "ViewDeckQt/PWExpandableContainer.h"
 #include "ViewDeckQt/PWLabel.h"
 #include "ViewDeckQt/PWMultiLineTextInput.h"
 #include "ViewDeckQt/PWSetDirectory.h"
 #include "ViewDeckQt/PWTextInput.h"
+#include "ViewDeckQt/StyledButton.h"
+#include "audio/IMF_TrackGroupingManager.h"
 
 #include <QGroupBox>
+#include <QLabel>
 #include <QScrollArea>
 #include <QVBoxLayout>
 
@@ -26,6 +31,7 @@ namespace
 enum class Kind { Label, Discrete, Text, MultiLine, Directory };
 
 constexpr int hintPointSize = 12;
+constexpr int groupingWidth = 200;
 
 /// The page itself, in a scroll area of its own.
 QScrollArea* scrolling(QWidget* page)
@@ -78,6 +84,24 @@ public:
         layout->addWidget(made);
         layout->addStretch();
         return made;
+    }
+
+    void addAudioMix(PWContainer* audio)
+    {
+        if (!TGL_GetToggle("/Stratacut/IMFMultipleAudioMix"))
+            return add(audio, {{ParamIds::AudioMix, "Audio Mix:", Kind::Discrete}});
+        auto* grouping = new StyledButton(stx_func("Audio Tracks Grouping"));
+        grouping->setObjectName(QLatin1String(ParamIds::GroupingButton));
+        grouping->setMaximumWidth(groupingWidth);
+        connect(grouping, &QPushButton::clicked, &m_view, &IMF_PackageParamsView::openAudioTrackGrouping);
+        auto* mapping =
+            new AudioMappingWidget(QLatin1String(ParamIds::MultipleAudioMix),
+                                   std::make_unique<IMF_TrackGroupingManager>(nullptr, QJsonArray()), nullptr);
+        m_view.createParamWidget(mapping);
+        for (QWidget* widget : {static_cast<QWidget*>(new QLabel(stx_func("Audio Mapping"))),
+                                static_cast<QWidget*>(grouping), static_cast<QWidget*>(mapping)})
+            audio->addContent(widget);
+        grouping->parentWidget()->layout()->setAlignment(grouping, Qt::AlignLeft);
     }
 
     void addMetadata(PWContainer* root)
@@ -179,8 +203,8 @@ QWidget* IMF_PackageParamsView::createCPLWidget()
     PWContainer* audio = builder.section(encoding, "Audio", ParamIds::Audio);
     builder.add(audio, {{ParamIds::AudioFormat, "Format:", Kind::Label},
                         {ParamIds::AudioSampleRate, "Sampling Rate:", Kind::Discrete},
-                        {ParamIds::BitsPerSample, "Bit Depth:", Kind::Discrete},
-                        {ParamIds::AudioMix, "Audio Mix:", Kind::Discrete}});
+                        {ParamIds::BitsPerSample, "Bit Depth:", Kind::Discrete}});
+    builder.addAudioMix(audio);
     builder.add(builder.section(encoding, "Metadata", ParamIds::DescriptiveMetadata),
                 {{ParamIds::Annotation, "Annotation:", Kind::MultiLine},
                  {ParamIds::Issuer, "Issuer:", Kind::Text},

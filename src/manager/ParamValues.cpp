@@ -65,6 +65,8 @@ void ParamValues::show(AbstractParamWidget& widget, const QString& key, const QJ
         return widget.setValue(top.value().toVariant());
     const QJsonObject metadata = document.value(QLatin1String(ImfDict::DescriptiveMetadata)).toObject();
     const auto described = metadata.constFind(key);
+    if (described == metadata.constEnd() && key == QLatin1String(ImfDict::MultipleAudioMix))
+        return widget.setValue(document);
     if (described == metadata.constEnd())
         return showChoice(widget, encodingEntry(key, document));
     if (key == QLatin1String(ImfDict::ContentKind))

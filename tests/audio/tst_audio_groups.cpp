@@ -45,7 +45,7 @@ struct Shown : Tracks {
     {
         dialog.show();
         QApplication::setActiveWindow(&dialog);
-        (void)QTest::qWaitForWindowActive(&dialog);
+        (void)QTest::qWaitForWindowExposed(&dialog);
     }
 
     template <typename Widget>
