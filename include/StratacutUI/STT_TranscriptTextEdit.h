@@ -50,8 +50,8 @@ public:
         QTextBlockFormat m_format;
     };
 
-    /// While one exists, nothing is measured: thousands of cursors can be made and their places asked for at the price
-    /// of an estimate. Estimates keep the order of positions, from top to bottom and from left to right.
+    /// While one exists, nothing is measured: thousands of cursors and highlights can be set. Places asked for are
+    /// estimates; they keep the order of positions, from top to bottom and from left to right.
     class STRATACUTUI_EXPORT Estimates
     {
     public:

@@ -19,9 +19,10 @@
 
 namespace
 {
-// Every edit of the document visits every cursor: with more matches only those round the view have one.
-constexpr int mostHighlights = 20000;
-constexpr int highlightsRoundTheView = 500;
+// The edit looks at all highlights whenever one changes, and at each edit: of more matches only those round the view
+// have one.
+constexpr int mostHighlights = 2000;
+constexpr int highlightsRoundTheView = 200;
 
 QTextCharFormat highlight(NvRGBColor background)
 {

@@ -273,10 +273,12 @@ QRectF TranscriptLayout::placeOf(int from, int to) const
 
 QRectF TranscriptLayout::blockBoundingRect(const QTextBlock& block) const
 {
-    if (!block.isValid() || block.blockNumber() >= int(m_difference.size()))
+    // Qt asks for the place of every cursor and highlight that is set and needs it only where it is in view.
+    if (!block.isValid() || (m_estimating && block.layout()->lineCount() == 0))
         return {};
-    if (!m_estimating)
-        measure(block);
+    if (block.blockNumber() >= int(m_difference.size()))
+        return {};
+    measure(block);
     const QTextBlockFormat format = block.blockFormat();
     const qreal height = isHidden(block.blockNumber())
                              ? 0
