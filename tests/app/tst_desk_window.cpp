@@ -100,7 +100,7 @@ class TestDeskWindow : public QObject
     {
         const int before = bin().rowCount();
         m_window->addMedia({file});
-        QTRY_COMPARE(bin().rowCount(), before + 1);
+        QTRY_COMPARE_WITH_TIMEOUT(bin().rowCount(), before + 1, 60000);
     }
 
     QString slowClip(const QString& name) const
@@ -143,7 +143,7 @@ private slots:
     {
         QCOMPARE(model().index(0, 0).data().toString(), QStringLiteral("From the shell"));
         QCOMPARE(bin().rowCount(), 1);
-        QTRY_VERIFY(!bin().index(0, 0).data(Qt::DecorationRole).value<QImage>().isNull());
+        QTRY_VERIFY_WITH_TIMEOUT(!bin().index(0, 0).data(Qt::DecorationRole).value<QImage>().isNull(), 60000);
         // The clip is even grey: its picture is.
         const QColor middle = bin().index(0, 0).data(Qt::DecorationRole).value<QImage>().pixelColor(100, 60);
         QVERIFY(std::abs(middle.red() - middle.blue()) <= 2 && std::abs(middle.red() - 126) < 8);
@@ -160,7 +160,7 @@ private slots:
         ModalAnswer told(QMessageBox::Ok);
         // A file manager that offers to move its files keeps them.
         QVERIFY(Hand::drop(&m_window->bin(), files, QPoint(50, 200), Qt::CopyAction));
-        QTRY_VERIFY(told.answered);
+        QTRY_VERIFY_WITH_TIMEOUT(told.answered, 60000);
         QVERIFY2(told.text.contains(bad.fileName()), qPrintable(told.text));
         QCOMPARE(bin().rowCount(), 2);
         Hand::click(&m_window->bin().view(), bin().index(rowOf(QStringLiteral("another")), 0));
@@ -229,7 +229,7 @@ private slots:
             QFile file(path(QStringLiteral("killed/bin.json")));
             return file.open(QIODevice::ReadOnly) && file.readAll().contains("reel.mov");
         };
-        QTRY_VERIFY_WITH_TIMEOUT(isKept(), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(isKept(), 60000);
         QCOMPARE(process.state(), QProcess::Running);
         process.kill();
         QVERIFY(process.waitForFinished());
@@ -244,7 +244,7 @@ private slots:
         Hand::click(&button(*m_window, "m_burn"));
         QCOMPARE(m_window->jobs().rows().size(), 1);
         JobRow* job = m_window->jobs().rows().first();
-        QTRY_COMPARE_WITH_TIMEOUT(job->state(), JobRow::State::Done, 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(job->state(), JobRow::State::Done, 60000);
         QCOMPARE(Model::StatusFromIndex(made), IMF_PackageMgr::Committed);
         QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "takeUrl");
         Hand::click(&button(*job, "m_openFolder"));
@@ -263,7 +263,7 @@ private slots:
     {
         const QPersistentModelIndex made = delivery(QStringLiteral("Whole"));
         Hand::click(&button(*m_window, "m_burn"));
-        QTRY_COMPARE_WITH_TIMEOUT(Model::StatusFromIndex(made), IMF_PackageMgr::Committed, 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(Model::StatusFromIndex(made), IMF_PackageMgr::Committed, 60000);
         const QString part = path(QStringLiteral("Part"));
         support::run(QStringLiteral("cp"), {"-r", path(QStringLiteral("Whole")), part});
         const QStringList files = QDir(part).entryList({"*.mxf"});
@@ -279,8 +279,8 @@ private slots:
         ModalAnswer load(QMessageBox::Yes);
         support::FolderAnswer whole(path(QStringLiteral("Whole")));
         trigger("explore");
-        QTRY_VERIFY(whole.answered);
-        QTRY_COMPARE(model().rowCount(), rows + 2);
+        QTRY_VERIFY_WITH_TIMEOUT(whole.answered, 60000);
+        QTRY_COMPARE_WITH_TIMEOUT(model().rowCount(), rows + 2, 60000);
         QVERIFY(load.text.contains(QLatin1String("dependent IMF deliverable")));
         QVERIFY(!m_host->controller().hasMissingAssets(model().index(rows, 0)));
     }
@@ -297,8 +297,8 @@ private slots:
         Hand::click(&button(*m_window, "m_burn"));
         JobRow* job = m_window->jobs().rows().value(0);
         QVERIFY(job);
-        QTRY_COMPARE(job->state(), JobRow::State::Failed);
-        QTRY_VERIFY(told.answered);
+        QTRY_COMPARE_WITH_TIMEOUT(job->state(), JobRow::State::Failed, 60000);
+        QTRY_VERIFY_WITH_TIMEOUT(told.answered, 60000);
         QVERIFY2(told.text.contains(file), qPrintable(told.text));
         QCOMPARE(Model::StatusFromIndex(made), IMF_PackageMgr::Uncommitted);
         QVERIFY(!QFileInfo::exists(path(QStringLiteral("Failing"))));
@@ -319,7 +319,7 @@ private slots:
         Choice quit(QStringLiteral("Cancel and Quit"));
         m_window->close();
         ModalAnswer told(QMessageBox::Ok);
-        QTRY_VERIFY(!m_window->isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(!m_window->isVisible(), 60000);
         QCOMPARE(job->state(), JobRow::State::Cancelled);
         QCOMPARE(Model::StatusFromIndex(made), IMF_PackageMgr::Uncommitted);
         QVERIFY(!QFileInfo::exists(path(QStringLiteral("Cancelled"))));
@@ -331,7 +331,7 @@ private slots:
         Hand::click(&button(*m_window, "m_burn"));
         QCOMPARE(m_window->jobs().active(), 1);
         m_window.reset();
-        QTRY_COMPARE_WITH_TIMEOUT(Model::StatusFromIndex(made), IMF_PackageMgr::Committed, 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(Model::StatusFromIndex(made), IMF_PackageMgr::Committed, 60000);
     }
 
     void aDeliveryThatNothingKeepsIsNotLetGoInSilence()
