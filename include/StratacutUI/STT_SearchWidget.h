@@ -59,6 +59,8 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    struct Command;
+
     struct Match {
         int start = 0;
         int end = 0;
@@ -85,10 +87,11 @@ private:
     };
 
     void createWidgets();
-    QAction* createAction(const char* toolTip, const QKeySequence& key, void (STT_SearchWidget::*slot)());
+    QAction* createAction(const Command& command);
     void layOut();
     void connectAll();
     void showImages();
+    void focusLine();
 
     STT_TranscriptManagerWindow* transcriptWindow() const;
     STT_TranscriptTextEdit* transcriptText() const;

@@ -71,7 +71,8 @@ public:
     /// The word that is bold; selects nothing when none is.
     const QTextCursor& getBoldedCursor() const { return m_boldedCursor; }
 
-    /// The widgets beside the lines in view; empty exactly when there is no line.
+    /// The widgets beside the lines in view, from top to bottom. A widget goes to another line when its own leaves the
+    /// view.
     QList<STT_EntryWidget*> entryWidgets() const;
     QList<STT_MissingTranscriptWidget*> missingWidgets() const;
 

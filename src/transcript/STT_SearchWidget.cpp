@@ -30,6 +30,13 @@ constexpr const char* forwardImage = "Arrows/navigate_forward_arrow.png";
 constexpr const char* backImage = "Arrows/navigate_back_arrow.png";
 } // namespace
 
+struct STT_SearchWidget::Command {
+    const char* text;
+    const char* toolTip;
+    QKeySequence::StandardKey key;
+    void (STT_SearchWidget::*slot)();
+};
+
 STT_SearchWidget::STT_SearchWidget(QWidget* parent) : QWidget(parent)
 {
     setObjectName(QStringLiteral("searchWindow"));
@@ -50,25 +57,36 @@ void STT_SearchWidget::createWidgets()
     m_line->setMaximumWidth(lineWidth);
     m_line->installEventFilter(this);
     m_count = new QLabel(this);
-    m_previous = createAction("Go to Previous instance of word or phrase", QKeySequence::FindPrevious,
-                              &STT_SearchWidget::onPreviousClicked);
-    m_next =
-        createAction("Go to Next instance of word or phrase", QKeySequence::FindNext, &STT_SearchWidget::onNextClicked);
+    m_previous = createAction({"Previous", "Go to Previous instance of word or phrase", QKeySequence::FindPrevious,
+                               &STT_SearchWidget::onPreviousClicked});
+    m_next = createAction(
+        {"Next", "Go to Next instance of word or phrase", QKeySequence::FindNext, &STT_SearchWidget::onNextClicked});
+    createAction(
+        {"Search Transcript", "Search for a word or phrase", QKeySequence::Find, &STT_SearchWidget::focusLine});
+    createAction({"Search for Selected Text", "Search for what is selected in the transcript", QKeySequence::UnknownKey,
+                  &STT_SearchWidget::onSetSelectedClicked});
+    setContextMenuPolicy(Qt::ActionsContextMenu);
     m_rest.setInterval(0);
 }
 
 /// Its key works wherever the focus is in the transcript window.
-QAction* STT_SearchWidget::createAction(const char* toolTip, const QKeySequence& key, void (STT_SearchWidget::*slot)())
+QAction* STT_SearchWidget::createAction(const Command& command)
 {
-    auto* action = new QAction(this);
-    action->setToolTip(stx_func(toolTip));
-    action->setShortcut(key);
+    auto* action = new QAction(stx_func(command.text), this);
+    action->setToolTip(stx_func(command.toolTip));
+    action->setShortcut(command.key);
     action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     addAction(action);
     if (auto* window = transcriptWindow())
         window->addAction(action);
-    connect(action, &QAction::triggered, this, slot);
+    connect(action, &QAction::triggered, this, command.slot);
     return action;
+}
+
+void STT_SearchWidget::focusLine()
+{
+    m_line->setFocus(Qt::ShortcutFocusReason);
+    m_line->selectAll();
 }
 
 void STT_SearchWidget::layOut()

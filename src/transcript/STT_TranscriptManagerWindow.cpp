@@ -286,6 +286,7 @@ void Window::SetMissingVisibilitySlot()
 {
     m_visibilities.notTranscribed = m_showMissing->isChecked();
     hideMissingLines();
+    showState();
     showVisibilities();
     info->storeNotTranscribedVisibility(m_visibilities.notTranscribed);
 }

@@ -205,8 +205,9 @@ int STT_SearchWidget::lastBefore(const ReadingPoint& point) const
 
 void STT_SearchWidget::step(Direction direction)
 {
-    const auto* window = transcriptWindow();
-    if (!window || m_line->text().isEmpty() || window->entryWidgets().isEmpty() || !m_isActive)
+    auto* window = transcriptWindow();
+    const bool hasLines = window && window->getBlockNumberForSegment(0) >= 0;
+    if (!hasLines || m_line->text().isEmpty() || !m_isActive)
         return;
     if (isSearching())
         finishSearch();

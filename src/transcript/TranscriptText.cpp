@@ -99,15 +99,18 @@ void Window::addMissingTranscript(const STT_MissingTranscript& clip, int block)
     EntryColumn::layClipLine(cursor, clip, QString::fromStdString(info->timecodeText(clip.startMs)));
 }
 
+/// Clips that wait for their transcript say so themselves: no other line says that there is none.
 void Window::hideMissingLines()
 {
-    m_textEdit->setHiddenBlocks(m_visibilities.notTranscribed ? std::vector<int>() : m_missingBlocks);
+    const bool showsOnlyClips = m_visibilities.notTranscribed && m_blocks.empty() && !m_missingBlocks.empty();
+    const std::vector<int> shown = showsOnlyClips ? std::vector<int>{0} : std::vector<int>();
+    m_textEdit->setHiddenBlocks(m_visibilities.notTranscribed ? shown : m_missingBlocks);
 }
 
 void Window::showState()
 {
     using State = StatePage::State;
-    const bool hasLines = !m_blocks.empty() || !m_missingBlocks.empty();
+    const bool hasLines = !m_blocks.empty() || (m_visibilities.notTranscribed && !m_missingBlocks.empty());
     State state = hasLines ? State::Text : State::EmptyTranscript;
     if (!info->isMaterialLoaded())
         state = State::NothingLoaded;

@@ -251,6 +251,19 @@ private slots:
         QCOMPARE(shown.info->calls.filter(QStringLiteral("transcribe(")), QStringList{"transcribe(guid-c)"});
     }
 
+    void clipsAloneNeedNoOtherLine()
+    {
+        RecordingTranscriptInfo::Material material;
+        material.missing = {{"guid-a", "A.mov", 0, STT_Transcription::Missing, 0, {}}};
+        const ShownTranscript shown(std::move(material));
+        QCOMPARE(shown.window->missingWidgets().size(), 1);
+        QVERIFY(shown.window->missingWidgets().first()->y() < 20);
+        QVERIFY(!visibleLabels(shown).contains(QStringLiteral("Empty transcript")));
+        trigger(shown, QStringLiteral("Show Not Transcribed"));
+        QTRY_VERIFY(shown.window->missingWidgets().isEmpty());
+        QVERIFY(visibleLabels(shown).contains(QStringLiteral("Empty transcript")));
+    }
+
     void withoutAnythingToReadThePageSaysWhy_data()
     {
         QTest::addColumn<bool>("loaded");
