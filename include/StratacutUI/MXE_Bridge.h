@@ -88,7 +88,8 @@ public:
     ///         then has no encoding parameters to choose and its frame rate counts as not offered.
     virtual std::shared_ptr<TargetFormatBuilder> createTargetFormatBuilder(const QString& cplId,
                                                                            const QString& mobId) = 0;
-    /// Slot 14. Creates an empty track data model.
+    /// Slot 14. Creates an empty track data model. Where the host has to say something about "Include Master Fader", it
+    /// sets a property "masterFaderNote" of the model: a text that the grouping dialog shows as a tooltip.
     /// @param packageModel becomes the new model's parent, which releases it with the last CPL of the sequence.
     /// @return never null.
     /// @param font the font in which tracks will be shown.

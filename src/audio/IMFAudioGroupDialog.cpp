@@ -53,6 +53,8 @@ IMFAudioGroupDialog::IMFAudioGroupDialog(QWidget* parent, QAbstractItemModel* tr
         m_tracks->setSourceModel(m_trackModel);
     else
         m_sequenceIsMissing = true;
+    if (trackModel)
+        m_masterFader->setToolTip(trackModel->property("masterFaderNote").toString());
     connectAll();
     if (!m_input.isEmpty())
         remark(m_groups->load(m_input));

@@ -17,6 +17,11 @@ IMF_TrackGroupingManager::IMF_TrackGroupingManager(QAbstractItemModel* trackMode
 {
 }
 
+bool IMF_TrackGroupingManager::hasSequence(const QAbstractItemModel* trackModel)
+{
+    return IMF_MXE_bridge::Instance()->isSequenceTrackModel(trackModel);
+}
+
 QStringList IMF_TrackGroupingManager::getAllActiveTracks()
 {
     return IMF_MXE_bridge::Instance()->activeTracks(m_trackModel);

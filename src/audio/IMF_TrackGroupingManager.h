@@ -14,6 +14,10 @@ public:
     /// @param groups group profiles: objects with "Name", "Include Master Fader" and "Tracks".
     IMF_TrackGroupingManager(QAbstractItemModel* trackModel, const QJsonArray& groups);
 
+    /// Whether there is a sequence behind the model, so that there is something to choose from. @param trackModel may
+    /// be null.
+    static bool hasSequence(const QAbstractItemModel* trackModel);
+
     QStringList getAllActiveTracks() override;
     QStringList getSourceList() override;
     QStringList getAudioMixList() override;

@@ -6,10 +6,8 @@
 #include "ParamValues.h"
 
 #include "StratacutUI/AudioMappingWidget.h"
-#include "StratacutUI/IMF_Bridges.h"
 #include "StratacutUI/IMF_PackageMgrQtModel.h"
 #include "StratacutUI/ImfDict.h"
-#include "StratacutUI/MXE_Bridge.h"
 #include "audio/AudioGroups.h"
 #include "audio/IMFAudioGroupDialog.h"
 #include "audio/IMF_TrackGroupingManager.h"
@@ -49,7 +47,7 @@ void IMF_PackageParamsView::showMapping(AudioMappingWidget& mapping, const QJson
     updateAudioMapping(&mapping);
     // A mapping without rows reports the row that it makes up. That is a choice only where there is one.
     const bool isChoice = document.value(QLatin1String(ImfDict::Mutable)).toBool() &&
-                          IMF_MXE_bridge::Instance()->isSequenceTrackModel(trackModelOf(m_current));
+                          IMF_TrackGroupingManager::hasSequence(trackModelOf(m_current));
     const QSignalBlocker blocker(isChoice ? nullptr : &mapping);
     ParamValues::show(mapping, id2jsonKey(mapping.getId()), document);
 }
@@ -71,7 +69,7 @@ void IMF_PackageParamsView::openAudioTrackGrouping()
         return;
     m_model->setData(cpl, groups, Model::TrackGroupsRole);
     // The stored mapping holds the groups that it is made from.
-    const auto* mapping = findChild<AudioMappingWidget*>(QString());
+    const auto* mapping = findChild<AudioMappingWidget*>();
     if (mapping && cpl == m_current)
         onValueChanged(mapping->getId(), mapping->getValue());
 }
