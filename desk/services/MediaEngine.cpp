@@ -164,6 +164,8 @@ QAbstractItemModel* MediaEngine::createTrackDataModel(QAbstractItemModel* packag
     model->setHorizontalHeaderLabels({QString(), QStringLiteral("Track"), QStringLiteral("Title")});
     for (int column = 0; column < ColumnCount; ++column)
         model->setHeaderData(column, Qt::Horizontal, font, Qt::FontRole);
+    model->setProperty("masterFaderNote",
+                       QStringLiteral("Kept with the group. Stratacut Desk has no master fader: it changes nothing."));
     return model;
 }
 

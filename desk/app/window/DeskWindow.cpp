@@ -151,6 +151,7 @@ void DeskWindow::restoreLook()
 {
     if (!m_settings.geometry.isEmpty())
         restoreGeometry(m_settings.geometry);
+    ManagedWindow::setRememberedSizes(m_settings.dialogs);
     for (auto entry = m_settings.splitters.constBegin(); entry != m_settings.splitters.constEnd(); ++entry) {
         if (auto* one = findChild<QSplitter*>(entry.key()))
             one->restoreState(*entry);
@@ -162,6 +163,7 @@ WindowSettings DeskWindow::look() const
     WindowSettings settings = m_settings;
     settings.skin = Palette::PaletteManager::Instance().skin();
     settings.geometry = saveGeometry();
+    settings.dialogs = ManagedWindow::rememberedSizes();
     const auto splitters = findChildren<QSplitter*>();
     for (const QSplitter* one : splitters)
         settings.splitters[one->objectName()] = one->saveState();

@@ -1,6 +1,7 @@
 #include "desk/app/window/WindowSettings.h"
 
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
@@ -15,6 +16,7 @@ namespace key
 const QString skin = QStringLiteral("skin");
 const QString geometry = QStringLiteral("geometry");
 const QString splitters = QStringLiteral("splitters");
+const QString dialogs = QStringLiteral("dialogs");
 const QString mediaFolder = QStringLiteral("mediaFolder");
 } // namespace key
 
@@ -45,6 +47,12 @@ WindowSettings WindowSettings::load(const QString& file)
     const QJsonObject splitters = json[key::splitters].toObject();
     for (auto entry = splitters.constBegin(); entry != splitters.constEnd(); ++entry)
         settings.splitters[entry.key()] = bytesOf(*entry);
+    const QJsonObject dialogs = json[key::dialogs].toObject();
+    for (auto entry = dialogs.constBegin(); entry != dialogs.constEnd(); ++entry) {
+        const QSize size(entry->toArray().at(0).toInt(), entry->toArray().at(1).toInt());
+        if (!size.isEmpty())
+            settings.dialogs[entry.key()] = size;
+    }
     return settings;
 }
 
@@ -53,10 +61,14 @@ Status WindowSettings::save(const QString& file) const
     QJsonObject states;
     for (auto entry = splitters.constBegin(); entry != splitters.constEnd(); ++entry)
         states[entry.key()] = textOf(*entry);
+    QJsonObject sizes;
+    for (auto entry = dialogs.constBegin(); entry != dialogs.constEnd(); ++entry)
+        sizes[entry.key()] = QJsonArray{entry->width(), entry->height()};
     const QJsonObject json{{key::skin, skin == Palette::Skin::Light ? lightSkin : darkSkin},
                            {key::geometry, textOf(geometry)},
                            {key::mediaFolder, mediaFolder},
-                           {key::splitters, states}};
+                           {key::splitters, states},
+                           {key::dialogs, sizes}};
     const QByteArray text = QJsonDocument(json).toJson();
     QSaveFile target(file);
     if (target.open(QIODevice::WriteOnly) && target.write(text) == text.size() && target.commit())

@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QMap>
+#include <QSize>
 #include <QString>
 
 namespace desk::app
@@ -17,6 +18,8 @@ struct WindowSettings {
     QByteArray geometry;
     /// As QSplitter::saveState() makes them, by object name.
     QMap<QString, QByteArray> splitters;
+    /// As ViewDeckQt::ManagedWindow remembers them.
+    QMap<QString, QSize> dialogs;
     /// Where the last media came from.
     QString mediaFolder;
 
