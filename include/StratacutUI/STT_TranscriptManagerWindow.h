@@ -215,6 +215,11 @@ private:
     QString timecodeText(int segment);
     void useFont(const QFont& font);
 
+    // Speakers
+    void openSpeakerMenu(STT_EntryWidget* entry, const QPoint& position);
+    void openSpeakerMenuByKey();
+    STT_EntryWidget* entryInView(int segment);
+
     // Following
     bool canFollow() const;
     void setGang(bool on);

@@ -7,6 +7,7 @@
 
 #include <QAbstractTextDocumentLayout>
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QEvent>
 #include <QFontMetrics>
 #include <QScopedValueRollback>
@@ -64,6 +65,7 @@ QList<Widget*> fromTopToBottom(QList<Widget*> widgets)
 EntryColumn::EntryColumn(QTextEdit* edit, Texts texts) : QObject(edit), m_edit(edit), m_texts(std::move(texts))
 {
     m_edit->viewport()->installEventFilter(this);
+    m_edit->installEventFilter(this);
     for (const QScrollBar* bar : {m_edit->verticalScrollBar(), m_edit->horizontalScrollBar()})
         connect(bar, &QScrollBar::valueChanged, this, &EntryColumn::sync);
 }
@@ -139,7 +141,11 @@ bool EntryColumn::eventFilter(QObject* watched, QEvent* event)
     const QEvent::Type type = event->type();
     if (type == QEvent::Paint || type == QEvent::Resize || type == QEvent::Show)
         syncSoon();
-    return QObject::eventFilter(watched, event);
+    const bool isMenuKey = watched == m_edit && type == QEvent::ContextMenu &&
+                           static_cast<QContextMenuEvent*>(event)->reason() == QContextMenuEvent::Keyboard;
+    if (isMenuKey)
+        emit speakerMenuKeyPressed();
+    return isMenuKey || QObject::eventFilter(watched, event);
 }
 
 void EntryColumn::syncSoon()

@@ -70,6 +70,8 @@ Q_SIGNALS:
     /// From the speaker field of any line.
     void speakerNameChanged(int segment, const QString& newName);
     void speakerMenuRequested(STT_EntryWidget* entry, const QPoint& position);
+    /// By the keyboard, for the line that the user is at.
+    void speakerMenuKeyPressed();
     void transcribeRequested(const QString& mediaGuid);
 
 protected:

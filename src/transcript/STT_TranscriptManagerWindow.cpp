@@ -99,12 +99,8 @@ void Window::createEntryColumn()
     connect(m_textEdit, &STT_TranscriptTextEdit::visibleLinesChanged, m_entryColumn, &EntryColumn::sync);
     connect(m_entryColumn, &EntryColumn::speakerNameChanged, this, &Window::SpeakerNameChangedSlot);
     connect(m_entryColumn, &EntryColumn::transcribeRequested, this, &Window::TranscribeSlot);
-    connect(m_entryColumn, &EntryColumn::speakerMenuRequested, this,
-            [this](STT_EntryWidget* entry, const QPoint& position) {
-                SetSpeakerMenuEntry(entry);
-                RefreshSpeakerMenu(0);
-                GetSpeakerMenu()->popup(position);
-            });
+    connect(m_entryColumn, &EntryColumn::speakerMenuRequested, this, &Window::openSpeakerMenu);
+    connect(m_entryColumn, &EntryColumn::speakerMenuKeyPressed, this, &Window::openSpeakerMenuByKey);
 }
 
 void Window::createMenu()

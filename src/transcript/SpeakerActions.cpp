@@ -104,19 +104,39 @@ void STT_TranscriptManagerWindow::AddNewSpeakerAction()
         CorrectSpeakerAction(nullptr, {std::to_string(info->addSpeaker()), {}, {}});
 }
 
+/// The widget beside a segment, which is brought into view; null for a segment that has no line.
+STT_EntryWidget* STT_TranscriptManagerWindow::entryInView(int segment)
+{
+    const int block = getBlockNumberForSegment(segment);
+    if (block < 0)
+        return nullptr;
+    const QTextCursor line(m_textEdit->document()->findBlockByNumber(block));
+    if (!m_textEdit->isInView(m_textEdit->getTranscriptRectForCursor(line)))
+        m_textEdit->scrollToMiddle(line);
+    m_entryColumn->sync();
+    return m_entryColumn->entry(segment);
+}
+
 /// The line may have left the view while the menu was open.
 void STT_TranscriptManagerWindow::RenameSpeakerAction()
 {
-    const int segment = menuSegment();
-    const int block = getBlockNumberForSegment(segment);
-    if (block < 0)
-        return;
-    const QTextCursor line(m_textEdit->document()->findBlockByNumber(block));
-    if (!m_entryColumn->entry(segment))
-        m_textEdit->scrollToMiddle(line);
-    m_entryColumn->sync();
-    if (STT_EntryWidget* entry = m_entryColumn->entry(segment))
+    if (STT_EntryWidget* entry = entryInView(menuSegment()))
         entry->speakerEdit()->beginEditing();
+}
+
+void STT_TranscriptManagerWindow::openSpeakerMenu(STT_EntryWidget* entry, const QPoint& position)
+{
+    SetSpeakerMenuEntry(entry);
+    RefreshSpeakerMenu(entry->segment());
+    GetSpeakerMenu()->popup(position);
+}
+
+/// For the line of the bold word; where no word is bold, for the one of the text cursor.
+void STT_TranscriptManagerWindow::openSpeakerMenuByKey()
+{
+    const QTextCursor here = m_boldedCursor.hasSelection() ? m_boldedCursor : m_textEdit->textCursor();
+    if (STT_EntryWidget* entry = entryInView(here.block().userState()))
+        openSpeakerMenu(entry, entry->mapToGlobal(entry->speakerEdit()->geometry().bottomLeft()));
 }
 
 void STT_TranscriptManagerWindow::SpeakerNameChangedSlot(int segment, QString newName)

@@ -161,6 +161,17 @@ private slots:
         QTEST(speakers(shown), "shown");
     }
 
+    void theMenuKeyOpensTheMenuForTheLineOfTheBoldWord()
+    {
+        const ShownTranscript shown(conversation());
+        shown.window->followMonitor(60, false);
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, {});
+        QCoreApplication::sendEvent(&shown.text(), &event);
+        QVERIFY(STT_TranscriptManagerWindow::GetSpeakerMenu()->isVisible());
+        choose(QStringLiteral("0/Ada"));
+        QCOMPARE(requests(*shown.info), QStringList{"storeSpeakerName(2, Ada)"});
+    }
+
     void renameEditsTheLineOfTheMenuAlsoWhenItHasLeftTheView()
     {
         const ShownTranscript shown(longTalk(500));
