@@ -66,13 +66,15 @@ bool isMutable(const QJsonObject& document)
     return document.value(QLatin1String(ImfDict::Mutable)).toBool();
 }
 
-/// The parameter widgets of a page, without their containers, in the order of their making.
+/// The parameter widgets of a page, without their containers, in the order of their making. A dialog that belongs to
+/// one of them has fields of its own, which may go while the page is shown.
 QList<AbstractParamWidget*> paramsOf(const QWidget& page)
 {
+    const auto isNone = [&page](const AbstractParamWidget* widget) {
+        return qobject_cast<const PWContainer*>(widget) || widget->window() != page.window();
+    };
     QList<AbstractParamWidget*> params = page.findChildren<AbstractParamWidget*>();
-    params.erase(std::remove_if(params.begin(), params.end(),
-                                [](const auto* widget) { return qobject_cast<const PWContainer*>(widget); }),
-                 params.end());
+    params.erase(std::remove_if(params.begin(), params.end(), isNone), params.end());
     return params;
 }
 

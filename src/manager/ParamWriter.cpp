@@ -60,8 +60,11 @@ void IMF_PackageParamsView::containerWidgetToJson(QJsonObject& document, const Q
         return;
     QJsonObject section;
     const QList<AbstractParamWidget*> contents = container->findChildren<AbstractParamWidget*>();
-    for (const AbstractParamWidget* widget : contents)
-        setParamValue(section, widget);
+    for (const AbstractParamWidget* widget : contents) {
+        // Not the fields of a parameter's own dialog.
+        if (widget->window() == window())
+            setParamValue(section, widget);
+    }
     document[id2jsonKey(containerId)] = section;
 }
 
