@@ -5,10 +5,12 @@
 
 #include <QAbstractItemView>
 #include <QHelpEvent>
+#include <QPainter>
 #include <QScreen>
 #include <QScrollBar>
 #include <QStandardItemModel>
 #include <QStyleOption>
+#include <QStyledItemDelegate>
 #include <QToolTip>
 #include <QWheelEvent>
 
@@ -19,6 +21,35 @@ namespace
 constexpr QLatin1String separator("----------");
 constexpr int shownCharacters = 6;
 constexpr int shownEntries = 16;
+constexpr int lineHeight = 9;
+constexpr int entryPadding = 4;
+constexpr qreal lineOpacity = 0.22;
+
+/// Entries of the height that they have in the popups of the parameter widgets.
+class EntryDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        const QSize size = QStyledItemDelegate::sizeHint(option, index);
+        return {size.width(), isLine(index) ? lineHeight : option.fontMetrics.height() + 2 * entryPadding};
+    }
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        if (!isLine(index))
+            return QStyledItemDelegate::paint(painter, option, index);
+        QColor color = option.palette.color(QPalette::Text);
+        color.setAlphaF(lineOpacity);
+        painter->fillRect(option.rect.left() + entryPadding, option.rect.center().y(),
+                          option.rect.width() - 2 * entryPadding, 1, color);
+    }
+
+private:
+    static bool isLine(const QModelIndex& index) { return !(index.flags() & Qt::ItemIsEnabled); }
+};
 
 QStandardItem* makeItem(const QString& entry)
 {
@@ -45,9 +76,8 @@ int rowOf(const QStandardItemModel& model, const QString& text)
 AudioChoiceBox::AudioChoiceBox(QWidget* parent) : QComboBox(parent)
 {
     setStyle(ViewDeckQt::DecorationManager::style());
+    m_isMade = true;
     setFocusPolicy(Qt::StrongFocus);
-    setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    setMinimumContentsLength(shownCharacters);
     setMaxVisibleItems(shownEntries);
     connect(this, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &AudioChoiceBox::markMissing);
 }
@@ -126,9 +156,25 @@ void AudioChoiceBox::markMissing()
     setPalette(own);
 }
 
+QSize AudioChoiceBox::sizeHint() const
+{
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    const QSize text(fontMetrics().horizontalAdvance(QLatin1Char('X')) * shownCharacters, fontMetrics().height());
+    return style()->sizeFromContents(QStyle::CT_ComboBox, &option, text, this);
+}
+
+QSize AudioChoiceBox::minimumSizeHint() const
+{
+    return sizeHint();
+}
+
 void AudioChoiceBox::showPopup()
 {
-    ViewDeckQt::DecorationManager::decorate(view()->window());
+    if (!dynamic_cast<EntryDelegate*>(itemDelegate())) {
+        setItemDelegate(new EntryDelegate(this));
+        ViewDeckQt::DecorationManager::decorate(view()->window());
+    }
     const int widest = view()->sizeHintForColumn(0) + view()->verticalScrollBar()->sizeHint().width();
     view()->setMinimumWidth(std::min(widest, screen()->availableSize().width() / 2));
     QComboBox::showPopup();
@@ -149,6 +195,10 @@ bool AudioChoiceBox::event(QEvent* event)
 
 void AudioChoiceBox::changeEvent(QEvent* event)
 {
+    // For a change of style the base makes the list of its popup. That takes far longer than all the rest, and few are
+    // ever opened.
+    if (event->type() == QEvent::StyleChange && !m_isMade)
+        return QWidget::changeEvent(event);
     QComboBox::changeEvent(event);
     if (event->type() == QEvent::PaletteChange && isMissing())
         markMissing();

@@ -42,6 +42,10 @@ public:
     /// What the user reads of a missing text: "%1" stands for it.
     void setMissingToolTip(const QString& format);
 
+    /// Independent of the entries, unlike a plain combo box's.
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
     void showPopup() override;
 
 protected:
@@ -57,4 +61,5 @@ private:
     AudioChoices m_shown;
     QString m_missingToolTip;
     bool m_isMarked = false;
+    bool m_isMade = false;
 };

@@ -29,9 +29,6 @@ constexpr int margin = 16;
 /// Room for a title and the longest language, in average characters.
 constexpr int languageCharacters = 46;
 
-/// The size that the user gave the dialog; all rows of a mapping have the same one.
-QSize chosenSize;
-
 QString choiceText(const QString& code, const QString& name)
 {
     return name.isEmpty() ? code : code + QStringLiteral(" (%1)").arg(name);
@@ -213,18 +210,21 @@ void IMF_AudioMetadataDialog::showMetadata()
 
 void IMF_AudioMetadataDialog::showNote()
 {
-    const bool isLong = partsOfTag(m_metadata).size() > 2;
-    const QString note = isLong ? stx_func("The language tag \"%1\" has more parts than can be chosen here. Ok stores "
-                                           "the language and region that are shown.")
-                                : stx_func("The language tag \"%1\" is not in the table of languages and regions.");
-    m_note->setText(note.arg(textOf(m_metadata, ImfDict::RFC5646SpokenLanguage)));
+    const QString tag = textOf(m_metadata, ImfDict::RFC5646SpokenLanguage);
+    NvText note = stx_func("The language tag \"%1\" is not in the table of languages and regions.");
+    if (tag.isEmpty())
+        note = stx_func("No language has been chosen.");
+    else if (partsOfTag(m_metadata).size() > 2)
+        note = stx_func("The language tag \"%1\" has more parts than can be chosen here. Ok stores the language and "
+                        "region that are shown.");
+    m_note->setText(note.toQString().replace(QLatin1String("%1"), tag));
     m_note->setVisible(!isLanguageTagListed());
 }
 
 QString IMF_AudioMetadataDialog::languageText() const
 {
     const QString code = partsOfTag(m_metadata).first();
-    return choiceText(code, MetadataTables::languageName(code));
+    return choiceText(code, namesOf(code).value(code).toString());
 }
 
 QString IMF_AudioMetadataDialog::regionText() const
@@ -280,18 +280,12 @@ void IMF_AudioMetadataDialog::setVisible(bool visible)
 {
     if (visible && !m_heading)
         createContents();
-    if (visible && isWindow() && chosenSize.isValid()) {
-        const QSize size = chosenSize.expandedTo(minimumSizeHint());
-        resize(size.expandedTo({0, layout()->totalHeightForWidth(size.width())}));
+    if (visible && isWindow()) {
+        rememberSize(QStringLiteral("IMF_AudioMetadataDialog"), sizeHint());
+        // The note, which the dialog of another track may not have had, takes more lines where there is less room.
+        resize(size().expandedTo({0, layout()->totalHeightForWidth(width())}));
     }
     ViewDeckQt::ManagedDialog<QDialog>::setVisible(visible);
-}
-
-void IMF_AudioMetadataDialog::hideEvent(QHideEvent* event)
-{
-    if (isWindow())
-        chosenSize = size();
-    ViewDeckQt::ManagedDialog<QDialog>::hideEvent(event);
 }
 
 void IMF_AudioMetadataDialog::paintEvent(QPaintEvent* event)

@@ -61,7 +61,6 @@ public Q_SLOTS:
     void onOkButtonClicked();
 
 protected:
-    void hideEvent(QHideEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

@@ -28,8 +28,3 @@ const QJsonObject& MetadataTables::contentKinds()
     static const QJsonObject table = read(contentKindsFile);
     return table;
 }
-
-QString MetadataTables::languageName(const QString& code)
-{
-    return read(languagesFile).value(code).toObject().value(code).toString();
-}

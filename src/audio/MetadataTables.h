@@ -2,8 +2,6 @@
 
 #include <QJsonObject>
 
-class QString;
-
 /// The tables of the multi-channel audio metadata, compiled into the library. A table that cannot be read is empty.
 namespace MetadataTables
 {
@@ -13,8 +11,5 @@ const QJsonObject& languages();
 
 /// Content kind code to name. Loaded once.
 const QJsonObject& contentKinds();
-
-/// The name of a language, from the table as it is in the resources now; empty for a code that it lacks.
-QString languageName(const QString& code);
 
 } // namespace MetadataTables

@@ -44,6 +44,12 @@ StyledButton* makeButton(const QString& text, const char* name, QWidget* parent)
     return button;
 }
 
+QPixmap attentionIcon()
+{
+    const QIcon icon = ViewDeckQt::DecorationManager::style()->standardIcon(QStyle::SP_MessageBoxWarning);
+    return icon.pixmap(iconSize);
+}
+
 /// Saved documents may hold a number where a text belongs.
 QString textOf(const QJsonObject& object, const char* key)
 {
@@ -121,12 +127,12 @@ void TrackMappingWidget::connectAll()
     connect(m_minusButton, &QPushButton::clicked, this, [this] { emit minusButtonClicked(index()); });
     connect(m_trackAndGroup, QOverload<int>::of(&QComboBox::activated), this, [this](int id) {
         m_sourceGiven = true;
-        updateIcons();
+        updateWarning();
         emit sourceTrackChanged(index(), id);
     });
     connect(m_mapTo, QOverload<int>::of(&QComboBox::activated), this, [this](int id) {
         m_mixModeGiven = true;
-        updateIcons();
+        updateWarning();
         emit destTrackChanged(index(), id);
     });
 }
@@ -143,7 +149,7 @@ void TrackMappingWidget::setTrackGroupingManager(ITrackGroupingManger* manager)
         showFixedMixMode(mode);
     else if (m_mixModeGiven)
         m_mapTo->choose(mode);
-    updateIcons();
+    updateWarning();
 }
 
 void TrackMappingWidget::fillChoices()
@@ -183,7 +189,7 @@ QJsonObject TrackMappingWidget::rowObject() const
     QJsonObject object;
     object[ImfDict::TargetTrack] = QStringLiteral("A%1").arg(index() + 1);
     object[ImfDict::MixMode] = m_mapTo->currentText();
-    if (hasMetadata())
+    if (m_metadataDialog && hasMetadata())
         object[ImfDict::Metadata] = m_metadata;
     object[ImfDict::SourceTracksGroups] = source();
     return object;
@@ -204,11 +210,11 @@ void TrackMappingWidget::setRowObject(const QJsonObject& object)
             m_mapTo->choose(mode);
     }
     m_trackAndGroup->setVisible(!m_hasFixedMixMode);
-    if (hasMetadata()) {
+    if (m_metadataDialog && hasMetadata()) {
         const QJsonValue metadata = object.value(QLatin1String(ImfDict::Metadata));
         setMetadata(metadata.toObject(IMF_AudioMetadataDialog::defaultMetadata()));
     }
-    updateIcons();
+    updateWarning();
 }
 
 void TrackMappingWidget::setMetadata(const QJsonObject& metadata)
@@ -233,7 +239,7 @@ void TrackMappingWidget::setNumber(int number, int labelWidth)
     m_number = number;
     const QString name = trackName(number);
     m_trackLabel->setText(name);
-    if (hasMetadata() && m_metadataDialog)
+    if (m_metadataDialog && hasMetadata())
         m_metadataDialog->setTrackName(name);
     nameForAssistance(name);
 }
@@ -256,7 +262,7 @@ void TrackMappingWidget::setReadOnly(bool readOnly)
     m_minusButton->setHidden(readOnly);
     m_trackAndGroup->setDisabled(readOnly);
     m_mapTo->setDisabled(readOnly);
-    if (hasMetadata())
+    if (m_metadataDialog && hasMetadata())
         m_metadataDialog->setReadOnly(readOnly);
 }
 
@@ -278,7 +284,7 @@ void TrackMappingWidget::openAudioMetadata()
         return;
     m_metadata = m_metadataDialog->metadata();
     updateMetadataToolTip();
-    updateIcons();
+    updateWarning();
     emit metadataChanged();
 }
 
@@ -292,19 +298,31 @@ void TrackMappingWidget::updateMetadataToolTip()
             .arg(m_metadataDialog->languageText(), region, m_metadataDialog->contentKindText()));
 }
 
+QString TrackMappingWidget::warning() const
+{
+    if (m_trackAndGroup->isMissing())
+        return m_trackAndGroup->toolTip();
+    if (m_mapTo->isMissing())
+        return m_mapTo->toolTip();
+    if (m_metadataDialog && !m_metadataDialog->isLanguageTagListed())
+        return stx_func("The language tag of this track is not in the table of languages and regions.");
+    return {};
+}
+
+void TrackMappingWidget::updateWarning()
+{
+    const QString text = warning();
+    if (text == m_iconLabel->toolTip())
+        return;
+    m_iconLabel->setToolTip(text);
+    updateIcons();
+}
+
 void TrackMappingWidget::updateIcons()
 {
-    QString warning;
-    if (m_trackAndGroup->isMissing())
-        warning = m_trackAndGroup->toolTip();
-    else if (m_mapTo->isMissing())
-        warning = m_mapTo->toolTip();
-    else if (m_metadataDialog && !m_metadataDialog->isLanguageTagListed())
-        warning = stx_func("The language tag of this track is not in the table of languages and regions.");
-    const QIcon attention = ViewDeckQt::DecorationManager::style()->standardIcon(QStyle::SP_MessageBoxWarning);
-    m_iconLabel->setPixmap(warning.isEmpty() ? NineSlice::GetImage(IconCatalogue::thinArrowRight, devicePixelRatioF())
-                                             : attention.pixmap(iconSize));
-    m_iconLabel->setToolTip(warning);
+    const bool isFine = m_iconLabel->toolTip().isEmpty();
+    m_iconLabel->setPixmap(isFine ? NineSlice::GetImage(IconCatalogue::thinArrowRight, devicePixelRatioF())
+                                  : attentionIcon());
     if (!m_metadataButton)
         return;
     const NineSlice::IconColorSubstitution tint = NineSlice::GetIconColorSubstitution();

@@ -10,7 +10,6 @@
 class AudioChoiceBox;
 class IMF_AudioMetadataDialog;
 class ITrackGroupingManger;
-class QHBoxLayout;
 class QLabel;
 class QPushButton;
 
@@ -75,6 +74,9 @@ private:
     void fillChoices();
     void showFixedMixMode(const QString& mode);
     void setMetadata(const QJsonObject& metadata);
+    /// What the user has to look at in this row; empty where all is well.
+    QString warning() const;
+    void updateWarning();
     void updateIcons();
     void updateMetadataToolTip();
     void nameForAssistance(const QString& trackName);
