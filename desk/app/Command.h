@@ -42,6 +42,7 @@ int runNew(const QCommandLineParser& parser, const QStringList& arguments);
 QList<QCommandLineOption> itemOptions();
 int runAdd(const QCommandLineParser& parser, const QStringList& arguments);
 int runRename(const QCommandLineParser& parser, const QStringList& arguments);
+QList<QCommandLineOption> setOptions();
 int runSet(const QCommandLineParser& parser, const QStringList& arguments);
 int runFolder(const QCommandLineParser& parser, const QStringList& arguments);
 int runRemove(const QCommandLineParser& parser, const QStringList& arguments);

@@ -20,20 +20,22 @@ int wrong(const QString& text)
 
 QList<QCommandLineOption> exportOptions()
 {
-    return {
-        {"to", "The folder in which the delivery's folder is made.", "FOLDER"},
-        {"name", "Name of the delivery and of its folder; the first file's name unless given.", "NAME"},
-        {"imp", "Name of the IMP.", "NAME"},
-        {"title", "Content title of the compositions; the file's name unless given.", "TEXT"},
-        {"issuer", "Issuer of all that is written.", "TEXT"},
-        {"set",
-         "Sets a parameter or a text: \"Compression=JPEG 2000 reversible\", \"Audio Mix=5.1\", "
-         "\"ContentKind=trailer\", "
-         "\"Multiple Audio Mix={...}\". May be given several times.",
-         "KEY=VALUE"},
-        {"pad", "Adds black and silence where a composition must last a multiple of five frames (29.97, 59.94)."},
-        {"profile", "Loads and keeps the package manager's state and the bin in this folder.", "FOLDER"},
-    };
+    return audioOptions() +
+           QList<QCommandLineOption>{
+               {"to", "The folder in which the delivery's folder is made.", "FOLDER"},
+               {"name", "Name of the delivery and of its folder; the first file's name unless given.", "NAME"},
+               {"imp", "Name of the IMP.", "NAME"},
+               {"title", "Content title of the compositions; the file's name unless given.", "TEXT"},
+               {"issuer", "Issuer of all that is written.", "TEXT"},
+               {"set",
+                "Sets a parameter or a text: \"Compression=JPEG 2000 reversible\", \"Audio Mix=5.1\", "
+                "\"ContentKind=trailer\", "
+                "\"Multiple Audio Mix={...}\". May be given several times.",
+                "KEY=VALUE"},
+               {"pad",
+                "Adds black and silence where a composition must last a multiple of five frames (29.97, 59.94)."},
+               {"profile", "Loads and keeps the package manager's state and the bin in this folder.", "FOLDER"},
+           };
 }
 
 int runExport(const QCommandLineParser& parser, const QStringList& arguments)
@@ -48,6 +50,7 @@ int runExport(const QCommandLineParser& parser, const QStringList& arguments)
     request.title = parser.value(QStringLiteral("title"));
     request.issuer = parser.value(QStringLiteral("issuer"));
     request.profile = parser.value(QStringLiteral("profile"));
+    request.audio = AudioSettings::from(parser);
     if (parser.isSet(QStringLiteral("pad")))
         request.padding = services::Padding::BlackAndSilence;
     if (request.media.isEmpty() || request.media.contains(QString()))

@@ -65,7 +65,6 @@ Status ExportSession::openMedia()
         if (!sequence)
             return sequence.error();
         m_library.add(*sequence);
-        m_opened += *sequence;
         m_sequences += sequence->id;
         if (sequence->picture && services::words::frameRate(sequence->frameRate).isEmpty())
             console::note(QStringLiteral("%1 has %2 frames a second and is written at the nearest rate of the output.")
@@ -205,21 +204,30 @@ Status ExportSession::applySettings()
     return {};
 }
 
+Status ExportSession::mapAudio()
+{
+    for (int row = 0; row < m_sequences.size() && !m_request.audio.isEmpty(); ++row) {
+        Status applied =
+            applyAudio(*m_model, m_model->index(row, 0, imp()), *m_library.find(m_sequences[row]), m_request.audio);
+        if (!applied)
+            return applied;
+    }
+    return {};
+}
+
 void ExportSession::tellSilentTracks() const
 {
-    for (int row = 0; row < m_opened.size(); ++row) {
+    for (int row = 0; row < m_sequences.size(); ++row) {
         const QModelIndex cpl = m_model->index(row, 0, imp());
+        const auto sequence = m_library.find(m_sequences[row]);
         const auto format = services::OutputFormat::fromJson(IMF_PackageMgrQtModel::CommitSettingsJsonFromIndex(cpl));
-        const auto plans = services::planSound(m_opened[row], format);
+        const auto plans = services::planSound(*sequence, format);
         if (!plans)
             continue;
-        const auto silent = services::silentTracks(m_opened[row], *plans);
+        const auto silent = services::silentTracks(*sequence, *plans);
         for (int track : silent)
-            console::note(QStringLiteral("%1, track A%2 (%3): it is left out of the mix; give a \"Multiple Audio Mix\" "
-                                         "to keep it.")
-                              .arg(m_opened[row].path)
-                              .arg(track + 1)
-                              .arg(m_opened[row].audio[track].label));
+            console::note(QStringLiteral("%1, track %2 (%3): it is left out of the mix; --map can keep it.")
+                              .arg(sequence->path, sequence->audio[track].name, sequence->audio[track].label));
     }
 }
 
@@ -247,7 +255,7 @@ int ExportSession::run()
     Status done = checkTexts();
     for (const auto step : {&ExportSession::openMedia, &ExportSession::installHost, &ExportSession::makeFolder,
                             &ExportSession::createDelivery, &ExportSession::createCompositions,
-                            &ExportSession::applyTexts, &ExportSession::applySettings}) {
+                            &ExportSession::applyTexts, &ExportSession::applySettings, &ExportSession::mapAudio}) {
         if (done)
             done = (this->*step)();
     }

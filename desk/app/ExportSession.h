@@ -1,8 +1,8 @@
 #pragma once
 
 #include "StratacutUI/IMF_PackageMgrQtModel.h"
+#include "desk/app/AudioSettings.h"
 #include "desk/base/Result.h"
-#include "desk/media/Sequence.h"
 #include "desk/services/MediaLibrary.h"
 #include "desk/services/PackageOutput.h"
 #include "desk/services/Profile.h"
@@ -34,6 +34,8 @@ struct ExportRequest {
     QString issuer;
     /// Key and value in the order in which they were given.
     QVector<QPair<QString, QString>> settings;
+    /// For every composition.
+    AudioSettings audio;
     services::Padding padding = services::Padding::Refuse;
     /// Where saved work is kept; empty: nothing is loaded and nothing kept.
     QString profile;
@@ -61,6 +63,7 @@ private:
     Status checkTexts() const;
     Status applyTexts();
     Status applySettings();
+    Status mapAudio();
     int commit();
     /// Folders that this export has made and that hold nothing go again.
     void removeMadeFolders() const;
@@ -83,7 +86,6 @@ private:
     /// Owned by the model's controller.
     services::SettingsStorage* m_settings = nullptr;
     /// One a composition.
-    QVector<media::Sequence> m_opened;
     QStringList m_sequences;
     /// What message boxes have said.
     QStringList m_messages;

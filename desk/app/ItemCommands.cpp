@@ -1,5 +1,6 @@
 // Commands on saved state: what the window does, one action a command.
 
+#include "desk/app/AudioSettings.h"
 #include "desk/app/Command.h"
 #include "desk/app/Console.h"
 #include "desk/app/ItemSession.h"
@@ -93,6 +94,26 @@ Status newImp(ItemSession& session, const QString& name, const QCommandLineParse
     return {};
 }
 
+Status mapAudio(ItemSession& session, const QModelIndex& item, const QString& name, const AudioSettings& audio)
+{
+    if (Model::NodeTypeFromIndex(item) != IMF_PackageMgr::CPL ||
+        Model::StatusFromIndex(item) == IMF_PackageMgr::Committed)
+        return Error{{},
+                     name,
+                     {},
+                     QStringLiteral("only a composition that is not written has groups and a mapping to set"),
+                     QStringLiteral("name another item")};
+    const auto sequence =
+        session.host().library().find(Model::MetadataJsonFromIndex(item)[QLatin1String(ImfDict::CPLMobID)].toString());
+    if (!sequence)
+        return Error{{},
+                     name,
+                     {},
+                     QStringLiteral("the bin no longer holds its sequence"),
+                     QStringLiteral("add the media to the bin again")};
+    return applyAudio(session.model(), item, *sequence, audio);
+}
+
 /// For commands that work on one item: finds it first.
 int onItem(const QCommandLineParser& parser, const QString& item,
            const std::function<Status(ItemSession&, const QModelIndex&)>& work)
@@ -131,6 +152,11 @@ int runNew(const QCommandLineParser& parser, const QStringList& arguments)
 QList<QCommandLineOption> itemOptions()
 {
     return {profileOption()};
+}
+
+QList<QCommandLineOption> setOptions()
+{
+    return itemOptions() + audioOptions();
 }
 
 int runAdd(const QCommandLineParser& parser, const QStringList& arguments)
@@ -185,8 +211,9 @@ int runSet(const QCommandLineParser& parser, const QStringList& arguments)
             return usage(setting.error().what);
         settings += *setting;
     }
-    if (settings.isEmpty())
-        return usage(QStringLiteral("name an item and what is to be set, as KEY=VALUE"));
+    const AudioSettings audio = AudioSettings::from(parser);
+    if (arguments.isEmpty() || (settings.isEmpty() && audio.isEmpty()))
+        return usage(QStringLiteral("name an item and what is to be set, as KEY=VALUE, --group or --map"));
     sortByDependence(settings);
     return onItem(parser, arguments[0], [&](ItemSession& session, const QModelIndex& item) -> Status {
         for (const Setting& setting : qAsConst(settings)) {
@@ -194,7 +221,7 @@ int runSet(const QCommandLineParser& parser, const QStringList& arguments)
             if (!applied)
                 return applied;
         }
-        return {};
+        return audio.isEmpty() ? Status() : mapAudio(session, item, arguments[0], audio);
     });
 }
 

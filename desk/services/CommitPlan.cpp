@@ -1,8 +1,10 @@
 #include "desk/services/CommitPlan.h"
 
 #include "StratacutUI/ImfDict.h"
+#include "desk/services/AudioMapping.h"
 #include "desk/services/FolderName.h"
 #include "desk/services/MediaLibrary.h"
+#include "desk/services/SoundPlan.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -42,6 +44,17 @@ void setTexts(Description& description, const AppliedItem& item)
     description.creator = metadata[QLatin1String(ImfDict::Creator)].toString();
 }
 
+/// The document says what is mapped: only it tells groups and tracks by their names.
+Status settleSound(CompositionOrder& order, const BinItem& sequence)
+{
+    auto mapping = flatAudioMappingOf(order.document, sequence);
+    if (!mapping)
+        return mapping.error();
+    order.format.mapping = *mapping;
+    auto plans = planSound(sequence, order.format);
+    return plans ? Status() : Status(plans.error());
+}
+
 Result<CompositionOrder> orderFor(const AppliedItem& cpl, const CommitRequest& request, const MediaLibrary& library)
 {
     const QString id = cpl.document[QLatin1String(ImfDict::CPLMobID)].toString();
@@ -66,6 +79,9 @@ Result<CompositionOrder> orderFor(const AppliedItem& cpl, const CommitRequest& r
     order.format = OutputFormat::fromJson(cpl.settings);
     order.document = cpl.document;
     order.padding = request.padding;
+    Status sound = settleSound(order, *item);
+    if (!sound)
+        return sound.error();
     return order;
 }
 

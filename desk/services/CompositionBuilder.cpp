@@ -69,8 +69,7 @@ void setTexts(imf::Composition& composition, const QJsonObject& document)
     composition.issuer = text(ImfDict::Issuer);
     composition.creator = text(ImfDict::Creator);
     composition.contentOriginator = text(ImfDict::ContentOriginator);
-    const QString title = text(ImfDict::ContentTitle);
-    composition.contentTitle = title.isEmpty() ? document[QLatin1String(ImfDict::Name)].toString() : title;
+    composition.contentTitle = contentTitleOf(document);
     const QJsonObject kind = metadata[QLatin1String(ImfDict::ContentKind)].toObject();
     composition.contentKind = {kind[QLatin1String(ImfDict::Scope)].toString(),
                                kind[QLatin1String(ImfDict::Value)].toString()};
@@ -79,7 +78,26 @@ void setTexts(imf::Composition& composition, const QJsonObject& document)
     version.label = composition.contentTitle;
     composition.contentVersions += version;
 }
+
+/// One locale that lists what is spoken: the composition is made for no other.
+void setLanguages(imf::Composition& composition, QStringList languages)
+{
+    for (const char* nothing : {"", "und", "zxx"})
+        languages.removeAll(QLatin1String(nothing));
+    languages.removeDuplicates();
+    imf::Locale locale;
+    locale.languages = languages;
+    if (!languages.isEmpty())
+        composition.locales += locale;
+}
 } // namespace
+
+QString contentTitleOf(const QJsonObject& document)
+{
+    const QJsonObject metadata = document[QLatin1String(ImfDict::DescriptiveMetadata)].toObject();
+    const QString title = metadata[QLatin1String(ImfDict::ContentTitle)].toString();
+    return title.isEmpty() ? document[QLatin1String(ImfDict::Name)].toString() : title;
+}
 
 imf::Composition buildComposition(const WrittenTracks& tracks, const QJsonObject& document)
 {
@@ -88,6 +106,7 @@ imf::Composition buildComposition(const WrittenTracks& tracks, const QJsonObject
     composition.issueDate = QDateTime::currentDateTimeUtc();
     setTexts(composition, document);
     composition.editRate = tracks.picture.editRate;
+    setLanguages(composition, tracks.languages);
     composition.timecode = timecodeFrom(tracks);
     composition.totalRunningTime = runningTime(tracks.picture.duration, composition.editRate);
     imf::Segment segment;

@@ -2,6 +2,7 @@
 
 #include "desk/imf/mxf/Labels.h"
 #include "desk/imf/xml/XmlElement.h"
+#include "desk/services/MixMode.h"
 #include "desk/services/OutputFormat.h"
 
 namespace desk::services
@@ -98,8 +99,11 @@ void readSound(const XmlElement& descriptor, DescriptorFacts& facts)
     facts.sampleRate = hertz > 0 ? words::sampleRate(hertz) : QString::fromLatin1(words::unknown);
     facts.bits = known(textBelow(descriptor, "QuantizationBits"));
     facts.mix = mixName(descriptor);
-    facts.language = textBelow(descriptor, "RFC5646SpokenLanguage");
-    facts.contentKind = textBelow(descriptor, "MCAAudioContentKind");
+    // The group speaks for the whole track; channels may carry labels of their own.
+    const XmlElement* group = findBelow(descriptor, QStringLiteral("SoundfieldGroupLabelSubDescriptor"));
+    const XmlElement& labels = group ? *group : descriptor;
+    facts.language = textBelow(labels, "RFC5646SpokenLanguage");
+    facts.contentKind = textBelow(labels, "MCAAudioContentKind");
 }
 } // namespace
 

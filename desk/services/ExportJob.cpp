@@ -4,8 +4,9 @@
 #include "desk/imf/j2k/J2kEncoderPool.h"
 #include "desk/imf/mxf/TrackFileWriter.h"
 #include "desk/media/PictureReader.h"
+#include "desk/media/SoundReader.h"
 #include "desk/services/CompositionBuilder.h"
-#include "desk/services/SoundPlan.h"
+#include "desk/services/SoundExport.h"
 
 #include <future>
 #include <numeric>
@@ -15,9 +16,6 @@ namespace desk::services
 
 namespace
 {
-/// Samples that are read and mixed at once.
-constexpr qint64 soundPiece = 48000;
-
 Error cancelledError(const QString& media)
 {
     return {media, {}, {}, QStringLiteral("the export was cancelled"), QStringLiteral("start it again when you wish")};
@@ -146,7 +144,6 @@ struct ExportJob::Work {
     Status feed(imf::J2kEncoderPool& pool);
     Status drain(imf::J2kEncoderPool& pool, imf::PictureTrackWriter& writer);
     Result<imf::TrackFileInfo> writePicture(const QString& path);
-    Result<imf::TrackFileInfo> writeSound(const SoundPlan& plan, const QString& path);
     Result<QVector<imf::TrackFileInfo>> writeSounds(const QStringList& paths);
     Status writeAll();
     Status hand(const WrittenTracks& tracks, const QStringList& paths);
@@ -173,10 +170,12 @@ Status ExportJob::Work::prepare()
     if (!chosen)
         return chosen.error();
     profile = *chosen;
-    auto planned = planSound(sequence, order.format);
+    auto planned = planSound(binItem(sequence), order.format);
     if (!planned)
         return planned.error();
     sounds = *planned;
+    for (SoundPlan& sound : sounds)
+        sound.format.title = contentTitleOf(order.document);
     shownFrames = outputFrames(sequence.frames, sequence.frameRate, format.frameRate);
     auto length = compositionFrames(shownFrames, format.frameRate, order.padding, order.mediaPath);
     if (!length)
@@ -247,47 +246,13 @@ Result<imf::TrackFileInfo> ExportJob::Work::writePicture(const QString& path)
     return (*writer)->finish();
 }
 
-Result<imf::TrackFileInfo> ExportJob::Work::writeSound(const SoundPlan& plan, const QString& path)
-{
-    auto reader = media::SoundReader::open(sequence, plan.sources);
-    if (!reader)
-        return reader.error();
-    const qint64 total = firstSampleOfFrame(frames, format.frameRate, media::soundRate);
-    const qint64 sounding = firstSampleOfFrame(shownFrames, format.frameRate, media::soundRate);
-    auto writer = imf::SoundTrackWriter::create({path, {}, total}, plan.format);
-    if (!writer)
-        return writer.error();
-    std::vector<std::int32_t> samples;
-    for (qint64 first = 0; first < total; first += soundPiece) {
-        if (stopped())
-            return cancelledError(order.mediaPath);
-        const qint64 count = std::min(soundPiece, total - first);
-        samples.clear();
-        if (first < sounding) {
-            auto block = (*reader)->read(first, std::min(count, sounding - first));
-            if (!block)
-                return block.error();
-            plan.mix(*block, samples);
-        }
-        samples.resize(std::size_t(count) * plan.gains.size(), 0);
-        Status written = (*writer)->append(samples.data(), count);
-        if (!written)
-            return written.error();
-    }
-    return (*writer)->finish();
-}
-
 Result<QVector<imf::TrackFileInfo>> ExportJob::Work::writeSounds(const QStringList& paths)
 {
-    QVector<imf::TrackFileInfo> files;
-    for (int i = 0; i < sounds.size(); ++i) {
-        auto file = writeSound(sounds[i], paths[i]);
-        if (!file) {
-            abandoned = true;
-            return file.error();
-        }
-        files += *file;
-    }
+    const qint64 total = firstSampleOfFrame(frames, format.frameRate, media::soundRate);
+    const qint64 sounding = firstSampleOfFrame(shownFrames, format.frameRate, media::soundRate);
+    auto files = writeSound({sequence, sounds, paths, total, sounding}, [this] { return stopped(); });
+    if (!files)
+        abandoned = true;
     return files;
 }
 
@@ -325,7 +290,10 @@ Status ExportJob::Work::writeAll()
         return soundFiles.error();
     if (!picture)
         return picture.error();
-    return hand({*picture, *soundFiles, sequence.startTimecode, sequence.frameRate}, paths);
+    QStringList languages;
+    for (const SoundPlan& sound : qAsConst(sounds))
+        languages += sound.format.language;
+    return hand({*picture, *soundFiles, languages, sequence.startTimecode, sequence.frameRate}, paths);
 }
 
 ExportJob::ExportJob(const CompositionOrder& order, const std::atomic<bool>& cancelled, FrameWritten frameWritten)

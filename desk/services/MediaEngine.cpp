@@ -2,6 +2,7 @@
 
 #include "StratacutUI/ImfDict.h"
 #include "desk/services/FormatBuilder.h"
+#include "desk/services/MixMode.h"
 #include "desk/services/SoundPlan.h"
 
 #include <QCoreApplication>
@@ -53,7 +54,7 @@ OutputFormat formatFor(const BinItem& item)
         format.rate = nearestRate(item.frameRate);
     if (item.width == 2048)
         format.width = item.width;
-    format.audioMix = defaultMixMode(item.audio.size());
+    format.audioMix = defaultMixMode(item.audio);
     return format;
 }
 
@@ -73,7 +74,7 @@ QList<QStandardItem*> rowOf(const BinTrack& track)
 
 QStringList AudioMixDescription::list(const QString& key) const
 {
-    return key == QLatin1String(ImfDict::AudioMix) ? OutputFormat().choices(key) : QStringList();
+    return key == QLatin1String(ImfDict::AudioMix) ? mixModeNames() : QStringList();
 }
 
 MediaEngine::MediaEngine(MediaLibrary* library) : m_library(library) {}

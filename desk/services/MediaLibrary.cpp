@@ -26,13 +26,17 @@ constexpr char height[] = "height";
 constexpr char audio[] = "audio";
 constexpr char label[] = "label";
 constexpr char title[] = "title";
+constexpr char language[] = "language";
 } // namespace bin
 
 QJsonObject toJson(const BinItem& item)
 {
     QJsonArray audio;
     for (const BinTrack& track : item.audio)
-        audio += QJsonObject{{bin::name, track.name}, {bin::label, track.label}, {bin::title, track.title}};
+        audio += QJsonObject{{bin::name, track.name},
+                             {bin::label, track.label},
+                             {bin::title, track.title},
+                             {bin::language, track.language}};
     return {{bin::id, item.id},         {bin::name, item.name},
             {bin::path, item.path},     {bin::rate, QJsonArray{item.frameRate.num, item.frameRate.den}},
             {bin::frames, item.frames}, {bin::width, item.width},
@@ -53,13 +57,15 @@ BinItem fromJson(const QJsonObject& json)
     const QJsonArray entries = json[QLatin1String(bin::audio)].toArray();
     for (const QJsonValue& value : entries) {
         const QJsonObject track = value.toObject();
-        item.audio += BinTrack{track[QLatin1String(bin::name)].toString(), track[QLatin1String(bin::label)].toString(),
-                               track[QLatin1String(bin::title)].toString()};
+        item.audio +=
+            BinTrack{track[QLatin1String(bin::name)].toString(), track[QLatin1String(bin::label)].toString(),
+                     track[QLatin1String(bin::title)].toString(), track[QLatin1String(bin::language)].toString()};
     }
     return item;
 }
+} // namespace
 
-BinItem factsOf(const media::Sequence& sequence)
+BinItem binItem(const media::Sequence& sequence)
 {
     BinItem item{sequence.id, sequence.name, sequence.path, sequence.frameRate, sequence.frames, 0, 0, {}};
     if (sequence.picture) {
@@ -67,10 +73,9 @@ BinItem factsOf(const media::Sequence& sequence)
         item.height = sequence.picture->height;
     }
     for (const media::AudioTrackInfo& track : sequence.audio)
-        item.audio += BinTrack{track.name, track.label, track.title};
+        item.audio += BinTrack{track.name, track.label, track.title, track.language};
     return item;
 }
-} // namespace
 
 MediaLibrary::MediaLibrary(const QString& file, QObject* parent) : QObject(parent), m_file(file)
 {
@@ -90,7 +95,7 @@ QString MediaLibrary::binName() const
 
 void MediaLibrary::add(const media::Sequence& sequence)
 {
-    m_items[sequence.id] = factsOf(sequence);
+    m_items[sequence.id] = binItem(sequence);
     save();
     emit changed(sequence.id);
 }

@@ -19,6 +19,11 @@ struct BinTrack {
     QString name;
     QString label;
     QString title;
+    /// As in AudioTrackInfo.
+    QString language;
+
+    /// What stands for the track in a list of sources: "A1 Mono Dialogue".
+    QString entry() const { return QStringLiteral("%1 %2 %3").arg(name, label, title); }
 };
 
 /// What the bin remembers of a sequence, so that questions about it are answered without opening the file.
@@ -34,6 +39,9 @@ struct BinItem {
     int height = 0;
     QVector<BinTrack> audio;
 };
+
+/// What the bin remembers of a sequence that was opened.
+BinItem binItem(const media::Sequence& sequence);
 
 /// The sequences of the open project, kept in a JSON file. User-interface thread.
 class MediaLibrary : public QObject

@@ -1,6 +1,7 @@
 #include "desk/services/OutputFormat.h"
 
 #include "StratacutUI/ImfDict.h"
+#include "desk/services/MixMode.h"
 
 #include <QHash>
 #include <QMap>
@@ -40,10 +41,10 @@ QStringList sizeNames()
     return names;
 }
 
-QStringList mixNames()
+QStringList layoutNames()
 {
     QStringList names;
-    for (const MixMode& mode : mixModes())
+    for (const MixMode& mode : layoutModes())
         names += QLatin1String(mode.name);
     return names;
 }
@@ -122,25 +123,6 @@ QString profile(const imf::J2kProfile& profile)
 }
 } // namespace words
 
-const QVector<MixMode>& mixModes()
-{
-    static const QVector<MixMode> modes{{"Mono", "sgM", {QStringLiteral("chC")}},
-                                        {"Stereo", "sgST", {QStringLiteral("chL"), QStringLiteral("chR")}},
-                                        {"5.1",
-                                         "sg51",
-                                         {QStringLiteral("chL"), QStringLiteral("chR"), QStringLiteral("chC"),
-                                          QStringLiteral("chLFE"), QStringLiteral("chLs"), QStringLiteral("chRs")}}};
-    return modes;
-}
-
-const MixMode* findMixMode(const QString& name)
-{
-    const auto& modes = mixModes();
-    const auto found =
-        std::find_if(modes.begin(), modes.end(), [&](const MixMode& mode) { return name == QLatin1String(mode.name); });
-    return found == modes.end() ? nullptr : &*found;
-}
-
 imf::PictureFormat OutputFormat::picture() const
 {
     imf::PictureFormat format;
@@ -187,7 +169,7 @@ QStringList OutputFormat::choices(const QString& parameter) const
         {ImfDict::BitDepth, {QStringLiteral("24")}},
         {ImfDict::Format, {words::pcm}},
         {ImfDict::SampleRate, {words::sampleRate(48000)}},
-        {ImfDict::AudioMix, mixNames()},
+        {ImfDict::AudioMix, layoutNames()},
     };
     return fixed.value(parameter);
 }
@@ -225,7 +207,7 @@ QString OutputFormat::value(const QString& parameter) const
     if (parameter == QLatin1String(ImfDict::CompressionProfile))
         return profileName(megabits);
     if (parameter == QLatin1String(ImfDict::AudioMix))
-        return audioMix.isEmpty() ? QLatin1String(mixModes().at(1).name) : audioMix;
+        return audioMix.isEmpty() ? QLatin1String(layoutModes().at(1).name) : audioMix;
     return choices(parameter).value(0);
 }
 

@@ -37,19 +37,6 @@ QString sampleRate(int hertz);
 QString profile(const imf::J2kProfile& profile);
 } // namespace words
 
-/// One way of making sound from tracks, and what the track file is labelled.
-struct MixMode {
-    const char* name;
-    /// MCATagSymbol of the soundfield and of its channels, in the order of the samples.
-    const char* soundfield;
-    QStringList channels;
-};
-
-/// "Mono", "Stereo", "5.1".
-const QVector<MixMode>& mixModes();
-/// Null for a name that is no mix mode.
-const MixMode* findMixMode(const QString& name);
-
 /// Everything that decides how one composition is written.
 struct OutputFormat {
     imf::J2kSettings::Mode mode = imf::J2kSettings::Mode::Lossy;

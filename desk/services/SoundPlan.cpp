@@ -1,12 +1,12 @@
 #include "desk/services/SoundPlan.h"
 
 #include "StratacutUI/ImfDict.h"
+#include "desk/imf/mxf/SoundLabels.h"
 
 #include <QHash>
 #include <QSet>
 
 #include <algorithm>
-#include <cmath>
 #include <numeric>
 
 namespace desk::services
@@ -14,19 +14,8 @@ namespace desk::services
 
 namespace
 {
-using Gains = std::vector<std::vector<double>>;
-
-constexpr double lowered = 0.70710678118654752;
-
-struct Placement {
-    const char* place;
-    const char* channel;
-    double gain;
-};
-
-/// Where a sound that belongs to one place goes when the output lacks that place.
-constexpr Placement stereoPlacements[] = {{"chL", "chL", 1},       {"chR", "chR", 1},        {"chC", "chL", lowered},
-                                          {"chC", "chR", lowered}, {"chLs", "chL", lowered}, {"chRs", "chR", lowered}};
+/// Numbered channels, ST 2067-8: chNSC001 to chNSC127.
+constexpr int mostChannels = 127;
 
 /// Languages as media files name them (ISO 639-2) and as packages do (RFC 5646: the shortest code).
 QString languageTag(const QString& language)
@@ -40,98 +29,12 @@ QString languageTag(const QString& language)
     return shorter.value(language, language == QLatin1String("und") ? QString() : language);
 }
 
-QString commonLanguage(const media::Sequence& sequence, const QVector<int>& sources)
+QString commonLanguage(const BinItem& sequence, const QVector<int>& sources)
 {
     QSet<QString> languages;
     for (int source : sources)
         languages.insert(languageTag(sequence.audio[source].language));
     return languages.size() == 1 ? *languages.begin() : QString();
-}
-
-/// The channel symbol that a track's label stands for; empty where the label names no place.
-QString placeOf(const QString& label)
-{
-    static const QSet<QString> places{"L", "R", "C", "LFE", "Ls", "Rs"};
-    return places.contains(label) ? QStringLiteral("ch") + label : QString();
-}
-
-QVector<QString> placesOf(const media::Sequence& sequence, const QVector<int>& sources)
-{
-    QVector<QString> places;
-    int unplaced = 0;
-    for (int source : sources) {
-        QString place = placeOf(sequence.audio[source].label);
-        if (place.isEmpty())
-            place = sources.size() == 1 ? QStringLiteral("chC") : QString::fromLatin1(unplaced++ % 2 ? "chR" : "chL");
-        places += place;
-    }
-    return places;
-}
-
-Gains oneToOne(const media::Sequence& sequence, const QVector<int>& sources, const MixMode& mode)
-{
-    QStringList places;
-    for (int source : sources)
-        places += placeOf(sequence.audio[source].label);
-    const bool labelled =
-        QSet<QString>(places.begin(), places.end()) == QSet<QString>(mode.channels.begin(), mode.channels.end());
-    const std::size_t count = std::size_t(sources.size());
-    Gains gains(count, std::vector<double>(count, 0.0));
-    for (int source = 0; source < sources.size(); ++source)
-        gains[std::size_t(labelled ? mode.channels.indexOf(places[source]) : source)][std::size_t(source)] = 1;
-    return gains;
-}
-
-void placeInMono(const QVector<QString>& places, Gains& gains)
-{
-    const bool onlyLfe = std::all_of(places.begin(), places.end(), [](const QString& p) { return p == "chLFE"; });
-    for (int source = 0; source < places.size(); ++source)
-        gains[0][std::size_t(source)] = places[source] == QLatin1String("chLFE") && !onlyLfe ? 0 : 1;
-}
-
-void placeInStereo(const QVector<QString>& places, Gains& gains)
-{
-    for (int source = 0; source < places.size(); ++source) {
-        for (const Placement& placement : stereoPlacements) {
-            if (places[source] == QLatin1String(placement.place))
-                gains[qstrcmp(placement.channel, "chL") == 0 ? 0 : 1][std::size_t(source)] = placement.gain;
-        }
-    }
-    if (places.size() == 1)
-        gains[0][0] = gains[1][0] = 1;
-}
-
-void lowerToUnity(Gains& gains)
-{
-    double loudest = 1;
-    for (const auto& channel : gains) {
-        double sum = 0;
-        for (double gain : channel)
-            sum += gain;
-        loudest = std::max(loudest, sum);
-    }
-    for (auto& channel : gains) {
-        for (double& gain : channel)
-            gain /= loudest;
-    }
-}
-
-Gains mixGains(const media::Sequence& sequence, const QVector<int>& sources, const MixMode& mode)
-{
-    if (sources.size() == mode.channels.size())
-        return oneToOne(sequence, sources, mode);
-    Gains gains(std::size_t(mode.channels.size()), std::vector<double>(std::size_t(sources.size()), 0.0));
-    const QVector<QString> places = placesOf(sequence, sources);
-    if (mode.channels.size() == 1) {
-        placeInMono(places, gains);
-    } else if (mode.channels.size() == 2) {
-        placeInStereo(places, gains);
-    } else {
-        for (int source = 0; source < sources.size(); ++source)
-            gains[std::size_t(mode.channels.indexOf(places[source]))][std::size_t(source)] = 1;
-    }
-    lowerToUnity(gains);
-    return gains;
 }
 
 struct Row {
@@ -147,31 +50,27 @@ QString trackName(int number)
     return QStringLiteral("IMF track A%1").arg(number);
 }
 
-/// Whether tracks can go one to one into a mode: their labels name just its channels, or none names a place. What is
+/// Whether tracks can go one to one into a layout: their labels name just its channels, or none names a place. What is
 /// spoken in different languages belongs to different mixes.
-bool fits(const media::Sequence& sequence, const QVector<int>& sources, const MixMode& mode)
+bool fits(const BinItem& sequence, const QVector<int>& sources, const MixMode& mode)
 {
-    QStringList places;
+    bool isPlaced = false;
     QSet<QString> languages;
     for (int source : sources) {
-        places += placeOf(sequence.audio[source].label);
+        isPlaced = isPlaced || !placeOf(sequence.audio[source].label).isEmpty();
         languages.insert(languageTag(sequence.audio[source].language));
     }
     languages.remove(QString());
-    if (languages.size() > 1)
-        return false;
-    places.removeAll(QString());
-    return places.isEmpty() ||
-           QSet<QString>(places.begin(), places.end()) == QSet<QString>(mode.channels.begin(), mode.channels.end());
+    return languages.size() <= 1 && (!isPlaced || isLabelledLike(sequence.audio, sources, mode));
 }
 
-/// The largest mode up to `largest` that the tracks from `first` on fit into; a single track is mono.
-const MixMode& modeAt(const media::Sequence& sequence, int first, const MixMode& largest, QVector<int>& sources)
+/// The largest layout up to `largest` that the tracks from `first` on fit into; a single track is mono.
+const MixMode& modeAt(const BinItem& sequence, int first, const MixMode& largest, QVector<int>& sources)
 {
-    for (int i = mixModes().size() - 1; i > 0; --i) {
-        const MixMode& mode = mixModes().at(i);
-        const int count = mode.channels.size();
-        if (count > largest.channels.size() || first + count > sequence.audio.size())
+    for (int i = layoutModes().size() - 1; i > 0; --i) {
+        const MixMode& mode = layoutModes().at(i);
+        const int count = mode.channels().size();
+        if (count > largest.channels().size() || first + count > sequence.audio.size())
             continue;
         sources.resize(count);
         std::iota(sources.begin(), sources.end(), first);
@@ -179,23 +78,23 @@ const MixMode& modeAt(const media::Sequence& sequence, int first, const MixMode&
             return mode;
     }
     sources = {first};
-    return mixModes().first();
+    return layoutModes().first();
 }
 
-bool hasPlaceOutside(const media::Sequence& sequence, const MixMode& mode)
+bool hasPlaceOutside(const BinItem& sequence, const MixMode& mode)
 {
-    return std::any_of(sequence.audio.begin(), sequence.audio.end(), [&mode](const media::AudioTrackInfo& track) {
+    return std::any_of(sequence.audio.begin(), sequence.audio.end(), [&mode](const BinTrack& track) {
         const QString place = placeOf(track.label);
-        return !place.isEmpty() && !mode.channels.contains(place);
+        return !place.isEmpty() && !hasPlaceFor(mode, place);
     });
 }
 
 /// What is written where nobody has mapped anything: see planSound().
-QVector<Row> undirectedRows(const media::Sequence& sequence, const OutputFormat& format)
+QVector<Row> unmappedRows(const BinItem& sequence, const OutputFormat& format)
 {
     const MixMode& largest = *findMixMode(format.value(QLatin1String(ImfDict::AudioMix)));
     const int tracks = sequence.audio.size();
-    if (tracks < largest.channels.size() || hasPlaceOutside(sequence, largest)) {
+    if (tracks < largest.channels().size() || hasPlaceOutside(sequence, largest)) {
         Row all{trackName(1), QLatin1String(largest.name), {}, {}, {}};
         all.sources.resize(tracks);
         std::iota(all.sources.begin(), all.sources.end(), 0);
@@ -211,84 +110,104 @@ QVector<Row> undirectedRows(const media::Sequence& sequence, const OutputFormat&
     return rows;
 }
 
-QVector<Row> rowsOf(const media::Sequence& sequence, const OutputFormat& format)
+Row rowOf(const QJsonObject& entry)
 {
-    QVector<Row> rows;
-    for (const QJsonValue& value : format.mapping) {
-        const QJsonObject entry = value.toObject();
-        Row row;
-        row.name = trackName(entry[QLatin1String(ImfDict::Out)].toInt());
-        row.mode = entry[QLatin1String(ImfDict::AudioMixdownSettings)].toString();
-        const QJsonArray sources = entry[QLatin1String(ImfDict::In)].toArray();
-        for (const QJsonValue& in : sources) {
-            if (!row.sources.contains(in.toInt() - 1))
-                row.sources += in.toInt() - 1;
-        }
-        row.language = entry[QLatin1String(ImfDict::RFC5646SpokenLanguage)].toString();
-        row.contentKind = entry[QLatin1String(ImfDict::AudioContentKind)].toString();
-        if (row.contentKind == QLatin1String("None"))
-            row.contentKind.clear();
-        rows += row;
+    Row row;
+    row.name = trackName(entry[QLatin1String(ImfDict::Out)].toInt());
+    row.mode = entry[QLatin1String(ImfDict::AudioMixdownSettings)].toString();
+    const QJsonArray sources = entry[QLatin1String(ImfDict::In)].toArray();
+    for (const QJsonValue& in : sources) {
+        if (!row.sources.contains(in.toInt() - 1))
+            row.sources += in.toInt() - 1;
     }
-    return rows.isEmpty() ? undirectedRows(sequence, format) : rows;
+    row.language = entry[QLatin1String(ImfDict::RFC5646SpokenLanguage)].toString();
+    row.contentKind = entry[QLatin1String(ImfDict::AudioContentKind)].toString();
+    if (row.contentKind == QLatin1String("None"))
+        row.contentKind.clear();
+    return row;
 }
 
-Error rowError(const media::Sequence& sequence, const Row& row, const QString& what, const QString& next)
+QVector<Row> mappedRows(const OutputFormat& format)
 {
-    return {sequence.path, row.name, {}, what, next};
+    QVector<QJsonObject> entries;
+    for (const QJsonValue& value : format.mapping)
+        entries += value.toObject();
+    const auto number = [](const QJsonObject& entry) { return entry[QLatin1String(ImfDict::Out)].toInt(); };
+    std::stable_sort(entries.begin(), entries.end(),
+                     [&](const QJsonObject& a, const QJsonObject& b) { return number(a) < number(b); });
+    QVector<Row> rows;
+    for (const QJsonObject& entry : qAsConst(entries))
+        rows += rowOf(entry);
+    return rows;
 }
 
-Result<SoundPlan> planRow(const media::Sequence& sequence, const Row& row)
+/// What is wrong with a row before its gains are looked at; the error names no file and no row.
+Status checkRow(const BinItem& sequence, const Row& row)
 {
-    const MixMode* mode = findMixMode(row.mode);
-    if (!mode)
-        return rowError(sequence, row, QStringLiteral("\"%1\" is no mix mode of the output").arg(row.mode),
-                        QStringLiteral("choose Mono, Stereo or 5.1"));
+    const auto fail = [](const QString& what, const QString& next) { return Error{{}, {}, {}, what, next}; };
+    if (!findMixMode(row.mode))
+        return fail(QStringLiteral("\"%1\" is no mix mode of the output").arg(row.mode),
+                    QStringLiteral("choose %1").arg(mixModeNames().join(QStringLiteral(", "))));
     if (row.sources.isEmpty())
-        return rowError(sequence, row, QStringLiteral("no source track is mapped to it"),
-                        QStringLiteral("map a track or remove the row"));
+        return fail(QStringLiteral("no source track is mapped to it"), QStringLiteral("map a track or remove the row"));
+    if (row.sources.size() > mostChannels)
+        return fail(QStringLiteral("%1 tracks are mapped to it").arg(row.sources.size()),
+                    QStringLiteral("map at most %1").arg(mostChannels));
     for (int source : row.sources) {
         if (source < 0 || source >= sequence.audio.size())
-            return rowError(sequence, row, QStringLiteral("the sequence has no track A%1").arg(source + 1),
-                            QStringLiteral("map one of its %1 tracks").arg(sequence.audio.size()));
+            return fail(QStringLiteral("the sequence has no track A%1").arg(source + 1),
+                        sequence.audio.isEmpty()
+                            ? QStringLiteral("remove the row")
+                            : QStringLiteral("map one of its %1 tracks").arg(sequence.audio.size()));
     }
-    SoundPlan plan;
-    plan.sources = row.sources;
-    plan.gains = mixGains(sequence, row.sources, *mode);
-    plan.format.soundfield = QLatin1String(mode->soundfield);
-    for (const QString& channel : mode->channels)
+    if (!row.language.isEmpty() && !imf::isLanguageTag(row.language))
+        return fail(QStringLiteral("\"%1\" is no language tag of RFC 5646").arg(row.language),
+                    QStringLiteral("choose a language, like \"en\" or \"en-US\""));
+    if (!row.contentKind.isEmpty() && !imf::soundContentKinds().contains(row.contentKind))
+        return fail(QStringLiteral("\"%1\" is no audio content kind").arg(row.contentKind),
+                    QStringLiteral("choose %1").arg(imf::soundContentKinds().join(QStringLiteral(", "))));
+    return {};
+}
+
+enum class Origin { Mapped, Unmapped };
+
+Result<SoundPlan> planRow(const BinItem& sequence, const Row& row, Origin origin)
+{
+    const auto named = [&](Error error) {
+        error.file = sequence.path;
+        error.item = row.name;
+        return error;
+    };
+    const Status checked = checkRow(sequence, row);
+    if (!checked)
+        return named(checked.error());
+    const MixMode& mode = *findMixMode(row.mode);
+    auto gains = origin == Origin::Mapped ? mappedGains(sequence.audio, row.sources, mode)
+                                          : unmappedGains(sequence.audio, row.sources, mode);
+    if (!gains)
+        return named(gains.error());
+    SoundPlan plan{row.name, {}, row.sources, *gains};
+    plan.format.soundfield = QLatin1String(mode.soundfield);
+    const QVector<QString> channels = mode.channels();
+    for (const QString& channel : channels)
         plan.format.channels += imf::ChannelLabel{channel};
+    for (int n = 1; channels.isEmpty() && n <= row.sources.size(); ++n)
+        plan.format.channels += imf::ChannelLabel{QStringLiteral("chNSC%1").arg(n, 3, 10, QLatin1Char('0'))};
     plan.format.language = row.language.isEmpty() ? commonLanguage(sequence, row.sources) : row.language;
     plan.format.contentKind = row.contentKind;
     return plan;
 }
 } // namespace
 
-void SoundPlan::mix(const media::SoundBlock& block, std::vector<std::int32_t>& interleaved) const
+Result<QVector<SoundPlan>> planSound(const BinItem& sequence, const OutputFormat& format)
 {
-    const std::size_t count = block.tracks.empty() ? 0 : block.tracks.front().size();
-    const std::size_t channels = gains.size();
-    const std::size_t start = interleaved.size();
-    interleaved.resize(start + count * channels);
-    for (std::size_t channel = 0; channel < channels; ++channel) {
-        for (std::size_t i = 0; i < count; ++i) {
-            double sum = 0;
-            for (std::size_t source = 0; source < block.tracks.size(); ++source)
-                sum += gains[channel][source] * block.tracks[source][i];
-            const long sample = std::lround(sum);
-            interleaved[start + i * channels + channel] = std::int32_t(std::clamp(sample, -8388608L, 8388607L));
-        }
-    }
-}
-
-Result<QVector<SoundPlan>> planSound(const media::Sequence& sequence, const OutputFormat& format)
-{
+    const Origin origin = format.mapping.isEmpty() ? Origin::Unmapped : Origin::Mapped;
     QVector<SoundPlan> plans;
-    if (sequence.audio.isEmpty())
+    if (origin == Origin::Unmapped && sequence.audio.isEmpty())
         return plans;
-    const QVector<Row> rows = rowsOf(sequence, format);
+    const QVector<Row> rows = origin == Origin::Mapped ? mappedRows(format) : unmappedRows(sequence, format);
     for (const Row& row : rows) {
-        auto plan = planRow(sequence, row);
+        auto plan = planRow(sequence, row, origin);
         if (!plan)
             return plan.error();
         plans += *plan;
@@ -296,7 +215,7 @@ Result<QVector<SoundPlan>> planSound(const media::Sequence& sequence, const Outp
     return plans;
 }
 
-QVector<int> silentTracks(const media::Sequence& sequence, const QVector<SoundPlan>& plans)
+QVector<int> silentTracks(const BinItem& sequence, const QVector<SoundPlan>& plans)
 {
     QSet<int> sounding;
     for (const SoundPlan& plan : plans) {
@@ -315,10 +234,14 @@ QVector<int> silentTracks(const media::Sequence& sequence, const QVector<SoundPl
     return silent;
 }
 
-QString defaultMixMode(int tracks)
+QString defaultMixMode(const QVector<BinTrack>& tracks)
 {
-    const int mode = tracks <= 1 ? 0 : tracks < 6 ? 1 : 2;
-    return QLatin1String(mixModes().at(mode).name);
+    static const QSet<QString> rear{"Lrs", "Rrs"};
+    const bool hasRear =
+        std::any_of(tracks.begin(), tracks.end(), [](const BinTrack& track) { return rear.contains(track.label); });
+    const int count = tracks.size();
+    const int mode = count <= 1 ? 0 : count < 6 ? 1 : hasRear && count >= 8 ? 3 : 2;
+    return QLatin1String(layoutModes().at(mode).name);
 }
 
 } // namespace desk::services

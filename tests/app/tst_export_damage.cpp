@@ -147,7 +147,7 @@ private slots:
     {
         QTest::addColumn<QString>("setting");
         QTest::addColumn<QString>("choice");
-        QTest::newRow("value") << "Audio Mix=7.1"
+        QTest::newRow("value") << "Audio Mix=22.2"
                                << "\"5.1\"";
         QTest::newRow("key") << "Shoe Size=11"
                              << "Frame Rate";

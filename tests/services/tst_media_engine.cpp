@@ -2,6 +2,7 @@
 #include "StratacutUI/ImfDict.h"
 #include "StratacutUI/TargetFormatBuilder.h"
 #include "desk/services/MediaEngine.h"
+#include "desk/services/MixMode.h"
 #include "support/Files.h"
 #include "support/TestMain.h"
 
@@ -123,7 +124,7 @@ private slots:
         QCOMPARE(tracks->index(1, columns.name).data().toString(), engine.activeTracks(tracks.get()).at(1));
         QCOMPARE(engine.trackLabel(tracks.get(), 1), QStringLiteral("R"));
         const QStringList modes = engine.audioMixDescription(tracks.get())->list(ImfDict::AudioMix);
-        QCOMPARE(modes, (QStringList{"Mono", "Stereo", "5.1"}));
+        QCOMPARE(modes, mixModeNames());
         const QJsonObject entry{{ImfDict::TargetTrack, "A1"},
                                 {ImfDict::MixMode, modes.first()},
                                 {ImfDict::SourceTracksGroups, "A2 R Main 5"}};

@@ -1,4 +1,7 @@
-#include "desk/services/SoundPlan.h"
+#include "StratacutUI/IMF_DataParser.h"
+#include "desk/base/Timecode.h"
+#include "desk/services/AudioMapping.h"
+#include "desk/services/SoundMixer.h"
 #include "support/Rows.h"
 #include "support/TestMain.h"
 
@@ -11,21 +14,17 @@ class TestSoundPlan : public QObject
 {
     Q_OBJECT
 
-    static media::Sequence sequenceOf(const QStringList& labels)
+    static BinItem sequenceOf(const QStringList& labels)
     {
-        media::Sequence sequence;
+        BinItem sequence;
         sequence.path = QStringLiteral("/clip.mov");
-        for (const QString& label : labels) {
-            media::AudioTrackInfo track;
-            track.label = label;
-            track.language = QStringLiteral("eng");
-            sequence.audio += track;
-        }
+        for (const QString& label : labels)
+            sequence.audio += BinTrack{QStringLiteral("A%1").arg(sequence.audio.size() + 1), label, {}, "eng"};
         return sequence;
     }
 
     /// Every source holds 100 times its number; what each track file then holds.
-    static QString mixed(const media::Sequence& sequence, const OutputFormat& format)
+    static QString mixed(const BinItem& sequence, const OutputFormat& format)
     {
         const auto plans = planSound(sequence, format);
         if (!plans)
@@ -36,7 +35,7 @@ class TestSoundPlan : public QObject
             for (int source : plan.sources)
                 block.tracks.push_back({100 * (source + 1)});
             std::vector<std::int32_t> samples;
-            plan.mix(block, samples);
+            SoundMixer(plan, plan.sources).mix(block, samples);
             QStringList values{plan.format.soundfield};
             for (std::int32_t sample : samples)
                 values += QString::number(sample);
@@ -52,6 +51,22 @@ class TestSoundPlan : public QObject
                 {"In", in},
                 {"RFC5646SpokenLanguage", "fr"},
                 {"AudioContentKind", "None"}};
+    }
+
+    static QJsonObject with(QJsonObject object, const char* key, const QJsonValue& value)
+    {
+        object[QLatin1String(key)] = value;
+        return object;
+    }
+
+    static QJsonObject row(const QString& target, const QString& source)
+    {
+        return {{"TargetTrack", target}, {"MixMode", "Mono"}, {"SourceTracksGroups", source}};
+    }
+
+    static QJsonObject group(const QString& name, const QJsonArray& tracks)
+    {
+        return {{"Name", name}, {"Include Master Fader", true}, {"Tracks", tracks}};
     }
 
 private slots:
@@ -74,7 +89,14 @@ private slots:
             "sgST 100 200 | sg51 300 400 500 600 700 800");
         // L + 0.707 (C + Ls), lowered so that the sum of the gains is one.
         row("5.1 to stereo", QStringList{"L", "R", "C", "LFE", "Ls", "Rs"}, "Stereo", "sgST 276 346");
-        row("pair to 5.1", QStringList{"L", "R"}, "5.1", "sg51 100 200 0 0 0 0");
+        row("7.1 as files have it", QStringList{"L", "R", "C", "LFE", "Lrs", "Rrs", "Ls", "Rs"}, "7.1",
+            "sg71 100 200 300 400 700 800 500 600");
+        // Ls + 0.707 Lrs, lowered.
+        row("7.1 to 5.1", QStringList{"L", "R", "C", "LFE", "Ls", "Rs", "Lrs", "Rrs"}, "5.1",
+            "sg51 59 117 176 234 583 683");
+        row("pair to 5.1", QStringList{"L", "R"}, "5.1",
+            "/clip.mov, IMF track A1: \"5.1\" needs 6 tracks and gets 2 (A1, A2); map 6 tracks or choose another mix "
+            "mode.");
     }
 
     void unmappedTracksGoWhereTheirLabelsAndTheModeSay()
@@ -85,9 +107,48 @@ private slots:
         QCOMPARE(mixed(sequenceOf(labels), format), expected);
     }
 
+    void aModeMakesOfItsTracksWhatItSays_data()
+    {
+        const support::Rows<QStringList, QString, QString> row;
+        const QString m = QStringLiteral("Mono");
+        const QStringList six{m, m, m, m, m, m};
+        const QStringList film{"L", "C", "R", "Ls", "Rs", "LFE"};
+        row("sum", QStringList{m, m, m}, "Mono", "sgM 600");
+        row("sum without LFE", QStringList{"L", "LFE"}, "Mono", "sgM 100");
+        row("LFE alone", QStringList{"LFE"}, "Mono", "sgM 100");
+        row("sides by turns", QStringList{m, m, m}, "Stereo", "sgST 400 200");
+        row("places", QStringList{"L", "R", "C"}, "Stereo", "sgST 312 412");
+        row("fold by order", six, "5.1 to Stereo", "sgST 666 836");
+        row("fold by label", film, "5.1 to Stereo", "sgST 524 795");
+        row("dual mono", QStringList{m, m}, "Dual Mono", "sgDM 100 200");
+        row("Lt-Rt", QStringList{m, m}, "Lt-Rt", "sgLtRt 100 200");
+        row("5.0", QStringList{"L", "R", "C", "Ls", "Rs"}, "5.0", "sg50 100 200 300 400 500");
+        row("5.1 by label", film, "5.1", "sg51 100 300 200 600 400 500");
+        row("two layers", six + six, "5.1", "sg51 800 1000 1200 1400 1600 1800");
+        row("labelled layers", film + QStringList{"C"}, "5.1", "sg51 100 300 900 600 400 500");
+        row("7.1", six + QStringList{m, m}, "7.1", "sg71 100 200 300 400 500 600 700 800");
+        row("discrete", QStringList{m, m, m}, "Discrete", "sgDNS 100 200 300");
+        const QString needs = QStringLiteral("/clip.mov, IMF track A1: \"%1\" needs %2 tracks and gets %3 (%4); map %2 "
+                                             "tracks or choose another mix mode.");
+        row("two for six", QStringList{m, m}, "5.1", needs.arg("5.1", "6", "2", "A1, A2"));
+        row("two to be folded", QStringList{m, m}, "5.1 to Stereo", needs.arg("5.1 to Stereo", "6", "2", "A1, A2"));
+        row("three for two", QStringList{m, m, m}, "Dual Mono", needs.arg("Dual Mono", "2", "3", "A1, A2, A3"));
+    }
+
+    void aModeMakesOfItsTracksWhatItSays()
+    {
+        const auto [labels, mode, expected] = support::fetched<QStringList, QString, QString>();
+        OutputFormat format;
+        QJsonArray all;
+        for (int track = 1; track <= labels.size(); ++track)
+            all += track;
+        format.mapping = {mapped(1, mode, all)};
+        QCOMPARE(mixed(sequenceOf(labels), format), expected);
+    }
+
     void languagesAreNotMixedUnasked()
     {
-        media::Sequence sequence = sequenceOf({"Mono", "Mono", "Mono", "Mono"});
+        BinItem sequence = sequenceOf({"Mono", "Mono", "Mono", "Mono"});
         sequence.audio[1].language = QStringLiteral("fra");
         sequence.audio[2].language.clear();
         OutputFormat format;
@@ -99,7 +160,7 @@ private slots:
 
     void tracksThatAreHeardNowhereAreKnown()
     {
-        const media::Sequence sequence = sequenceOf({"L", "R", "LFE"});
+        const BinItem sequence = sequenceOf({"L", "R", "LFE"});
         OutputFormat format;
         format.audioMix = QStringLiteral("Stereo");
         QCOMPARE(silentTracks(sequence, *planSound(sequence, format)), QVector<int>{2});
@@ -112,7 +173,7 @@ private slots:
     {
         OutputFormat format;
         format.mapping = {mapped(1, "Stereo", {3, 1}), mapped(2, "Mono", {2})};
-        const media::Sequence sequence = sequenceOf({"Mono", "Mono", "Mono"});
+        const BinItem sequence = sequenceOf({"Mono", "Mono", "Mono"});
         QCOMPARE(mixed(sequence, format), QStringLiteral("sgST 300 100 | sgM 200"));
         QCOMPARE(planSound(sequence, format)->first().format.language, QStringLiteral("fr"));
         format.mapping = {};
@@ -122,10 +183,12 @@ private slots:
     void aRowThatCannotBeMadeIsNamed_data()
     {
         const support::Rows<QJsonObject> row;
-        row("unknown mode", mapped(2, "7.1", {1}));
+        row("unknown mode", mapped(2, "22.2", {1}));
         row("no source", mapped(2, "Mono", {}));
         row("source beyond the last", mapped(2, "Mono", {3}));
         row("source zero", mapped(2, "Mono", {0}));
+        row("language", with(mapped(2, "Mono", {1}), "RFC5646SpokenLanguage", "en_US"));
+        row("kind", with(mapped(2, "Mono", {1}), "AudioContentKind", "XYZ"));
     }
 
     void aRowThatCannotBeMadeIsNamed()
@@ -139,15 +202,81 @@ private slots:
         QVERIFY(!plans.error().next.isEmpty());
     }
 
-    void soundThatIsTooLoudIsLimited()
+    void aMappingThatDoesNotFitTheSequenceIsRefused_data()
     {
-        SoundPlan plan;
-        plan.gains = {{1, 1}};
-        media::SoundBlock block;
-        block.tracks = {{8388607, -8388608}, {8388607, -8388608}};
+        const support::Rows<QJsonArray, QJsonArray, QString> row;
+        const QJsonArray one{TestSoundPlan::row("A1", "Dialogue 2")};
+        const QJsonArray none;
+        row("group that is gone", one, none, "IMF track A1: its source \"Dialogue 2\" is neither");
+        row("track that is gone", QJsonArray{TestSoundPlan::row("A1", "A4 Mono ")}, none, "\"A4 Mono \" is neither");
+        row("name of a track alone", QJsonArray{TestSoundPlan::row("A1", "A1")}, none, "\"A1\" is neither");
+        row("group of a lost track", one, QJsonArray{group("Dialogue 2", {"A1", "A9"})},
+            "IMF track A1, group \"Dialogue 2\": the sequence has no track \"A9\"");
+        row("empty group", one, QJsonArray{group("Dialogue 2", {})}, "the group has no tracks");
+        row("group of numbers", one, QJsonArray{group("Dialogue 2", {1})}, "is no track");
+        row("namesakes", one, QJsonArray{group("Dialogue 2", {"A1"}), group("Dialogue 2", {"A2"})}, "several groups");
+        row("mapped twice", QJsonArray{TestSoundPlan::row("A1", "A1 Mono"), TestSoundPlan::row("A1", "A2 Mono")}, none,
+            "IMF track A1: it is mapped twice");
+        const QJsonObject good = TestSoundPlan::row("A1", "A1 Mono");
+        row("target", QJsonArray{with(good, "TargetTrack", 1)}, none,
+            "row 1 of the audio mapping: its \"TargetTrack\"");
+        row("mode", QJsonArray{with(good, "MixMode", 51)}, none, "its \"MixMode\" is of no use");
+        row("source", QJsonArray{with(good, "SourceTracksGroups", QJsonArray())}, none, "\"SourceTracksGroups\"");
+        row("metadata", QJsonArray{with(good, "Metadata", "en")}, none, "its \"Metadata\"");
+        row("label", QJsonArray{with(good, "Metadata", QJsonObject{{"AudioContentKind", 1}})}, none,
+            "\"AudioContentKind\"");
+        row("legacy form", QJsonArray{QJsonObject{{"AudioMixdownSettings", "Stereo"}}}, none, "cannot be read");
+    }
+
+    void aMappingThatDoesNotFitTheSequenceIsRefused()
+    {
+        const auto [mapping, groups, expected] = support::fetched<QJsonArray, QJsonArray, QString>();
+        const QJsonObject mix = JSON::MakeMultiMix(mapping, groups, {"A1", "A2", "A3"});
+        const QJsonObject document{{"Audio", QJsonObject{{"Multiple Audio Mix", mix}}}};
+        const auto flat = flatAudioMappingOf(document, sequenceOf({"Mono", "Mono", "Mono"}));
+        QVERIFY(!flat);
+        QVERIFY2(flat.error().sentence().contains(expected), qPrintable(flat.error().sentence()));
+        QVERIFY(!flat.error().next.isEmpty());
+    }
+
+    void allActiveTracksOfASilentSequenceMakeNothing()
+    {
+        const QJsonObject mix = JSON::MakeMultiMix({row("A1", "All Active Tracks")}, {}, {});
+        QCOMPARE(*flatAudioMapping(mix, sequenceOf({})), QJsonArray());
+        QVERIFY(!flatAudioMapping(mix, sequenceOf({"Mono"})));
+    }
+
+    void aMixThatIsTooLoudIsToldWithItsFirstSampleAndItsHighestLevel()
+    {
+        SoundPlan plan{{}, {}, {0, 1}, {{1, 0}, {1, 1}}};
+        SoundMixer mixer(plan, {1, 0});
         std::vector<std::int32_t> samples;
-        plan.mix(block, samples);
-        QCOMPARE(samples, (std::vector<std::int32_t>{8388607, -8388608}));
+        mixer.mix({{{0, 8388607}, {-8388608, 0}}, {}}, samples);
+        QCOMPARE(samples, (std::vector<std::int32_t>{-8388608, -8388608, 0, 8388607}));
+        QVERIFY(!mixer.overload());
+        mixer.mix({{{0, 8388607, -8388608}, {0, 1, -8388608}}, {}}, samples);
+        QVERIFY(mixer.overload());
+        QCOMPARE(mixer.overload()->sample, 3);
+        QCOMPARE(mixer.overload()->channel, 1);
+        QCOMPARE(mixer.overload()->level, 2.0);
+    }
+
+    void timecodesCountOnFromTheStart_data()
+    {
+        const support::Rows<QString, int, int, int, QString> row;
+        row("none", "", 24, 1, 25, "00:00:01:01");
+        row("hour", "01:00:00:00", 25, 1, 25 * 60, "01:01:00:00");
+        row("drop", "00:00:59;29", 30000, 1001, 1, "00:01:00;02");
+        row("tenth minute", "00:09:59;29", 30000, 1001, 1, "00:10:00;00");
+        row("an hour of drop-frame", "01:00:00;00", 30000, 1001, 107892, "02:00:00;00");
+        row("drop at 60", "00:00:59;59", 60000, 1001, 1, "00:01:00;04");
+        row("midnight", "23:59:59:23", 24, 1, 1, "00:00:00:00");
+    }
+
+    void timecodesCountOnFromTheStart()
+    {
+        const auto [start, num, den, frame, expected] = support::fetched<QString, int, int, int, QString>();
+        QCOMPARE(timecodeOf(frame, Rational(num, den), start), expected);
     }
 };
 

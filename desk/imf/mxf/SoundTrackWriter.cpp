@@ -4,9 +4,9 @@
 #include "desk/imf/mxf/Labels.h"
 #include "desk/imf/mxf/PartitionWriter.h"
 #include "desk/imf/mxf/RegXml.h"
+#include "desk/imf/mxf/SoundLabels.h"
 #include "desk/imf/mxf/TrackFileWriter.h"
 
-#include <QRegularExpression>
 #include <QtEndian>
 
 #include <algorithm>
@@ -35,7 +35,6 @@ Error refusal(const QString& path, const QString& what, const QString& next)
 
 Status checkFormat(const QString& path, const SoundFormat& format)
 {
-    static const QRegularExpression languageTag(QStringLiteral("^[A-Za-z]{2,8}(-[A-Za-z0-9]{1,8})*$"));
     if (format.bitsPerSample != 24 || (format.sampleRate != 48000 && format.sampleRate != 96000))
         return refusal(
             path, QStringLiteral("%1 bits at %2 Hz are not possible").arg(format.bitsPerSample).arg(format.sampleRate),
@@ -51,7 +50,7 @@ Status checkFormat(const QString& path, const SoundFormat& format)
             return refusal(path, QStringLiteral("the channel label \"%1\" is not known").arg(channel.symbol),
                            QStringLiteral("choose another channel label"));
     }
-    if (!format.language.isEmpty() && !languageTag.match(format.language).hasMatch())
+    if (!format.language.isEmpty() && !isLanguageTag(format.language))
         return refusal(path, QStringLiteral("\"%1\" is no language tag").arg(format.language),
                        QStringLiteral("write it like \"en-US\""));
     return {};
