@@ -61,6 +61,25 @@ private slots:
         QCOMPARE(listed().filter(QRegularExpression(", written$")).size(), 3);
     }
 
+    void groupsAndMappingAreKeptAndReadBackFromWhatIsWritten()
+    {
+        done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()});
+        done({"add", "1.1", m_clip});
+        QCOMPARE(done({"set", "1.1.1", "--group", "Pair: 1=A1-A2", "--map", "A1=Pair: 1:Dual Mono:en-AU:HI"}), "");
+        QCOMPARE(done({"set", "1.1.1", "--map", "A2=A2:Mono:fr", "--map", "A3=all:Stereo"}), "");
+        // The second row goes, and the third one is the second then.
+        QCOMPARE(done({"set", "1.1.1", "--map", "A2="}), "");
+        const auto inUse = run({"set", "1.1.1", "--group", "Pair: 1="});
+        QCOMPARE(inUse.exitCode, 1);
+        QVERIFY2(inUse.errors.contains(QLatin1String("IMF track A1: its source \"Pair: 1\"")),
+                 qPrintable(inUse.errors));
+        QCOMPARE(done({"commit", "1"}), path(QStringLiteral("Harbour")));
+        const QString shown = support::desk({"show", path(QStringLiteral("Harbour"))}).output;
+        QVERIFY2(shown.contains(QLatin1String("A1: Dual Mono, en-AU, HI\n")), qPrintable(shown));
+        QVERIFY2(shown.contains(QLatin1String("A2: Stereo, und, PRM\n")), qPrintable(shown));
+        QVERIFY2(!shown.contains(QLatin1String("A3: ")), qPrintable(shown));
+    }
+
     void aNewImpOfAWrittenDeliveryIsWrittenAlone()
     {
         done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()});
@@ -102,6 +121,13 @@ private slots:
         QTest::newRow("no key") << QStringList{"set", "1", "Colour=blue"} << 1 << "Issuer";
         QTest::newRow("no value") << QStringList{"set", "1", "Issuer"} << 2 << "KEY=VALUE";
         QTest::newRow("no choice") << QStringList{"set", "1.1.1", "Audio Mix=22.2"} << 1 << "Stereo";
+        QTest::newRow("no mode") << QStringList{"set", "1.1.1", "--map", "A1=all:22.2"} << 1 << "Stereo";
+        QTest::newRow("no language") << QStringList{"set", "1.1.1", "--map", "A1=all:Stereo:en_US"} << 1 << "RFC 5646";
+        QTest::newRow("a row too far") << QStringList{"set", "1.1.1", "--map", "A3=all:Stereo"} << 1 << "map A1 first";
+        QTest::newRow("a name that is taken")
+            << QStringList{"set", "1.1.1", "--group", "Untitled Group=A1"} << 1 << "NAME=A1,A2";
+        QTest::newRow("a mapping of no composition")
+            << QStringList{"set", "1.1", "--map", "A1=all:Stereo"} << 1 << "only a composition";
         QTest::newRow("no media") << QStringList{"add", "1", "/nowhere.mov"} << 1 << "/nowhere.mov";
         QTest::newRow("onto a composition") << QStringList{"add", "1.1.1", "reel"} << 1 << "another item";
         QTest::newRow("an empty IMP") << QStringList{"commit", "2"} << 1 << "no composition";

@@ -5,7 +5,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QtEndian>
+
+#include <cmath>
 
 using support::Clip;
 
@@ -44,6 +48,82 @@ class TestExport : public QObject
                                              {"-v", "error", "-f", "imf", "-count_frames", "-show_streams", "-of",
                                               "json", support::onlyFile(delivery, QStringLiteral("CPL_*.xml"))});
         return QJsonDocument::fromJson(json)[QLatin1String("streams")].toArray();
+    }
+
+    /// The sound track files in the order in which the composition names them.
+    static QStringList soundFiles(const QString& delivery)
+    {
+        QFile cpl(support::onlyFile(delivery, QStringLiteral("CPL_*.xml")));
+        if (!cpl.open(QIODevice::ReadOnly))
+            return {};
+        static const QRegularExpression id(QStringLiteral("<TrackFileId>urn:uuid:([^<]+)"));
+        QStringList files;
+        auto matches = id.globalMatch(QString::fromUtf8(cpl.readAll()));
+        while (matches.hasNext())
+            files += delivery + '/' + matches.next().captured(1) + ".mxf";
+        return files.mid(1);
+    }
+
+    static QVector<qint32> samplesOf(const QStringList& input)
+    {
+        const QByteArray bytes = decoded(input, {"-f", "s32le", "-c:a", "pcm_s32le"});
+        QVector<qint32> samples(bytes.size() / 4);
+        for (int i = 0; i < samples.size(); ++i)
+            samples[i] = qFromLittleEndian<qint32>(bytes.constData() + 4 * i) >> 8;
+        return samples;
+    }
+
+    struct MixRow {
+        const char* map;
+        /// For each channel, gains by the number of the track.
+        QVector<QMap<int, double>> channels;
+        /// What mediainfo calls them; where it has no name, the node of the label.
+        const char* layout;
+        const char* labels;
+    };
+
+    static const QVector<MixRow>& mixRows()
+    {
+        const double low = std::sqrt(0.5);
+        static const QVector<MixRow> rows{
+            {"Pair:Mono:en-US:DXC", {{{7, 1}, {8, 1}}}, "C", "Mono, en-US, DXC"},
+            {"A5:Mono:de:VO", {{{5, 1}}}, "C", "Mono, de, VO"},
+            {"Pair:Stereo:fr-CA:PRM", {{{7, 1}}, {{8, 1}}}, "L R", "Stereo, fr-CA, PRM"},
+            {"A2:Stereo:zxx:MEC", {{{2, 1}}, {{2, 1}}}, "L R", "Stereo, zxx, MEC"},
+            {"Six:5.1 to Stereo:en:PRM",
+             {{{1, 1}, {3, low}, {5, low}}, {{2, 1}, {3, low}, {6, low}}},
+             "L R",
+             "Stereo, en, PRM"},
+            {"Pair:Dual Mono:en:DXC", {{{7, 1}}, {{8, 1}}}, "03020120 03020120", "Dual Mono, en, DXC"},
+            {"Pair:Lt-Rt:en:PRM", {{{7, 1}}, {{8, 1}}}, "Lt Rt", "Lt-Rt, en, PRM"},
+            {"Five:5.0:zh-Hant-TW:PRM",
+             {{{8, 1}}, {{1, 1}}, {{2, 1}}, {{3, 1}}, {{4, 1}}},
+             "L R C Ls Rs",
+             "5.0, zh-Hant-TW, PRM"},
+            {"Six:5.1:en-US:PRM",
+             {{{1, 1}}, {{2, 1}}, {{3, 1}}, {{4, 1}}, {{5, 1}}, {{6, 1}}},
+             "L R C LFE Ls Rs",
+             "5.1, en-US, PRM"},
+            {"all:7.1:en:PRM",
+             {{{1, 1}}, {{2, 1}}, {{3, 1}}, {{4, 1}}, {{5, 1}}, {{6, 1}}, {{7, 1}}, {{8, 1}}},
+             "L R C LFE 03020107 03020108 03020109 0302010A",
+             "7.1, en, PRM"},
+            {"Pair:Discrete:en:DXS", {{{7, 1}}, {{8, 1}}}, "03020120 03020120", "Discrete, en, DXS"}};
+        return rows;
+    }
+
+    static QVector<qint32> expected(const MixRow& row, const QVector<QVector<qint32>>& sources, int count)
+    {
+        QVector<qint32> samples;
+        for (int i = 0; i < count; ++i) {
+            for (const auto& gains : row.channels) {
+                double sum = 0;
+                for (auto gain = gains.begin(); gain != gains.end(); ++gain)
+                    sum += gain.value() * sources[gain.key() - 1][i];
+                samples += qint32(std::lround(sum));
+            }
+        }
+        return samples;
     }
 
 private slots:
@@ -170,6 +250,67 @@ private slots:
         for (const char* part : {"IMFS2k@ML2SL1", "L R C LFE Ls Rs", "Channel layout                           : L R\n",
                                  "4:2:2", "10 bits", "BT.709"})
             QVERIFY2(all.contains(QLatin1String(part)), part);
+    }
+
+    void everyMixModeWritesItsSamplesAndItsLabels()
+    {
+        Clip source;
+        source.tracks = 8;
+        const QString media = clip(source);
+        QStringList arguments{media,     "--title",   "Der Hafen", "--group",      "Pair=A7,A8",
+                              "--group", "Six=A1-A6", "--group",   "Five=A8,A1-A4"};
+        for (int i = 0; i < mixRows().size(); ++i)
+            arguments += {"--map", QStringLiteral("A%1=%2").arg(i + 1).arg(QLatin1String(mixRows()[i].map))};
+        const QString delivery = exported(arguments);
+        const QStringList files = soundFiles(delivery);
+        QCOMPARE(files.size(), mixRows().size());
+        QVector<QVector<qint32>> tracks;
+        for (int track = 0; track < source.tracks; ++track)
+            tracks += samplesOf({"-i", media, "-map", QStringLiteral("0:a:%1").arg(track)});
+        QString shown = support::desk({"show", delivery}).output;
+        for (int i = 0; i < files.size(); ++i) {
+            const MixRow& row = mixRows()[i];
+            QVERIFY2(samplesOf({"-i", files[i]}) == expected(row, tracks, 4000), row.map);
+            const QString facts = QString::fromUtf8(support::run(QStringLiteral("mediainfo"), {files[i]}));
+            const QString layout = QStringLiteral("Channel layout                           : %1\n").arg(row.layout);
+            const QString kind = QString(row.labels).section(' ', -1);
+            QVERIFY2(facts.contains(layout) && facts.contains("Kind                   : " + kind), qPrintable(facts));
+            QVERIFY2(facts.contains(": Der Hafen\n"), qPrintable(facts));
+            const QString line = QStringLiteral("A%1: %2\n").arg(i + 1).arg(row.labels);
+            QVERIFY2(shown.contains(line), qPrintable(shown));
+        }
+        QCOMPARE(support::desk({"verify", delivery}).exitCode, 0);
+    }
+
+    void whatCannotBeMixedIsRefusedAndLeavesNothing_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QStringList>("parts");
+        QTest::newRow("clipping") << QStringList{"--map", "A1=all:Mono"}
+                                  << QStringList{"clip.mov", "IMF track A1", "from A1, A2", "00:00:00:00", "dB", "; "};
+        QTest::newRow("two for six") << QStringList{"--map", "A1=A1:Mono", "--map", "A2=all:5.1"}
+                                     << QStringList{"IMF track A2", "needs 6 tracks and gets 2", "; "};
+        QTest::newRow("no such group") << QStringList{"--map", "A1=Dialogue 1:Mono"}
+                                       << QStringList{"\"Dialogue 1\" is neither a group nor a track", "; "};
+        QTest::newRow("no such track") << QStringList{"--group", "D=A1-A3"} << QStringList{"no track A3", "2 tracks"};
+        const QString stale =
+            QStringLiteral(R"({"AudioMapping":[{"TargetTrack":"A1","MixMode":"Mono",)"
+                           R"("SourceTracksGroups":"Dialogue 1"}],"Groups":[],"AllActiveTracks":[]})");
+        QTest::newRow("group that is gone") << QStringList{"--set", "Multiple Audio Mix=" + stale}
+                                            << QStringList{"IMF track A1", "\"Dialogue 1\" is neither", "; "};
+    }
+
+    void whatCannotBeMixedIsRefusedAndLeavesNothing()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QStringList, parts);
+        Clip source;
+        source.loudness = 0.9;
+        const auto run = support::desk(QStringList{"export", clip(source), "--to", m_folder->path()} + options);
+        QCOMPARE(run.exitCode, 1);
+        for (const QString& part : parts)
+            QVERIFY2(run.errors.contains(part), qPrintable(run.errors));
+        QCOMPARE(QDir(m_folder->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{"clip.mov"});
     }
 
     void severalFilesBecomeSeveralCompositions()

@@ -16,6 +16,8 @@ struct Clip {
     int frames = 2;
     /// Mono tracks of 24-bit noise, each of its own, one second long.
     int tracks = 2;
+    /// Peak of the noise, 1 being full scale.
+    double loudness = 0.2;
     /// "testsrc2" moves and is costly to encode, "color" is not.
     QString picture = QStringLiteral("color=gray");
 };
@@ -48,7 +50,8 @@ inline QString makeClip(const QString& path, const Clip& clip)
         arguments += {"-f", "lavfi", "-i", clip.picture + (clip.picture.contains('=') ? ':' : '=') + options};
     }
     for (int track = 0; track < clip.tracks; ++track)
-        arguments += {"-f", "lavfi", "-i", QStringLiteral("anoisesrc=r=48000:a=0.2:d=1:seed=%1").arg(track + 1)};
+        arguments += {"-f", "lavfi", "-i",
+                      QStringLiteral("anoisesrc=r=48000:a=%1:d=1:seed=%2").arg(clip.loudness).arg(track + 1)};
     for (int input = 0; input < clip.tracks + (hasPicture ? 1 : 0); ++input)
         arguments += {"-map", QString::number(input)};
     if (hasPicture)

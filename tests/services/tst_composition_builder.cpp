@@ -44,6 +44,16 @@ private slots:
                     (timecode->dropFrame ? ", drop-frame" : "");
         QTEST(found, "expected");
     }
+
+    void whatIsSpokenStandsInItsLocale()
+    {
+        WrittenTracks tracks;
+        tracks.picture.editRate = {24, 1};
+        tracks.languages = QStringList{"en-US", "", "zxx", "fr", "en-US"};
+        QCOMPARE(buildComposition(tracks, {}).locales.value(0).languages, (QStringList{"en-US", "fr"}));
+        tracks.languages = QStringList{"und"};
+        QVERIFY(buildComposition(tracks, {}).locales.isEmpty());
+    }
 };
 
 STRATACUT_TEST_MAIN(TestCompositionBuilder)

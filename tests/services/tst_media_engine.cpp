@@ -136,6 +136,23 @@ private slots:
         QCOMPARE(flat.at(0).toObject()[ImfDict::In].toArray(), QJsonArray{2});
         QCOMPARE(flat.at(1).toObject()[ImfDict::In].toArray(), (QJsonArray{1, 2, 3}));
     }
+
+    void aSequenceHasAsManyRowsAsTracks()
+    {
+        for (int count : {0, 16, 128}) {
+            MediaLibrary library;
+            QStringList labels;
+            for (int track = 0; track < count; ++track)
+                labels += QStringLiteral("Mono");
+            library.add(sequence({25, 1}, labels));
+            MediaEngine engine(&library);
+            const std::unique_ptr<QAbstractItemModel> tracks(engine.createTrackDataModel(nullptr, QFont()));
+            engine.fillAudioGroupingModel(tracks.get(), QStringLiteral("id-1"));
+            QCOMPARE(tracks->rowCount(), count);
+            QCOMPARE(engine.activeTracks(tracks.get()).size(), count);
+            QCOMPARE(engine.activeTracks(tracks.get()).value(count - 1), count ? QString("A%1").arg(count) : QString());
+        }
+    }
 };
 
 STRATACUT_TEST_MAIN(TestMediaEngine)
