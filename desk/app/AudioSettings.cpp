@@ -16,7 +16,10 @@ using Model = IMF_PackageMgrQtModel;
 
 namespace
 {
-constexpr QLatin1String allActiveTracks("All Active Tracks");
+QString allActiveTracks()
+{
+    return QLatin1String(services::allActiveTracks);
+}
 
 QString key(const char* name)
 {
@@ -91,7 +94,7 @@ Result<QJsonArray> Mix::tracksOf(const QString& list, const QString& option) con
 Status Mix::setGroup(const QString& option)
 {
     const QString name = option.section(QLatin1Char('='), 0, 0).trimmed();
-    static const QStringList taken{QStringLiteral("Untitled Group"), allActiveTracks, QStringLiteral("----------")};
+    static const QStringList taken{QStringLiteral("Untitled Group"), allActiveTracks(), QStringLiteral("----------")};
     if (name.isEmpty() || taken.contains(name) || !option.contains(QLatin1Char('=')))
         return wrong(option, QStringLiteral("it gives no group a name"),
                      QStringLiteral("write it like \"NAME=A1,A2\""));
@@ -120,8 +123,8 @@ Result<QString> Mix::sourceOf(const QString& name, const QString& option) const
         if (track.name == name || track.entry() == name)
             return track.entry();
     }
-    if (name == QLatin1String("all") || name == allActiveTracks)
-        return QString(allActiveTracks);
+    if (name == QLatin1String("all") || name == allActiveTracks())
+        return allActiveTracks();
     return wrong(option, QStringLiteral("\"%1\" is neither a group nor a track of the sequence").arg(name),
                  QStringLiteral("name a group, a track like \"A1\", or \"all\""));
 }

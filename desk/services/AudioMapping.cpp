@@ -13,8 +13,6 @@ namespace desk::services
 
 namespace
 {
-constexpr QLatin1String allActiveTracks("All Active Tracks");
-
 QString quoted(const QString& text)
 {
     return QStringLiteral("\"%1\"").arg(text);
@@ -105,7 +103,7 @@ Status Check::checkTracks(const QJsonArray& tracks, const QString& owner, const 
 
 Status Check::checkSource(const QString& source, const QString& target) const
 {
-    if (source == allActiveTracks) {
+    if (source == QLatin1String(allActiveTracks)) {
         const QJsonValue active = m_multiMix[QLatin1String(ImfDict::AllActiveTracks)];
         const QString next = QStringLiteral("map this track again");
         if (!active.isArray() || active.toArray().isEmpty())
@@ -129,7 +127,7 @@ Status Check::checkSource(const QString& source, const QString& target) const
 
 bool Check::makesNothing(const QJsonObject& row) const
 {
-    return m_sequence.audio.isEmpty() && textOf(row, ImfDict::SourceTracksGroups) == allActiveTracks;
+    return m_sequence.audio.isEmpty() && textOf(row, ImfDict::SourceTracksGroups) == QLatin1String(allActiveTracks);
 }
 
 Result<QJsonArray> Check::rows() const

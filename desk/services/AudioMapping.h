@@ -9,6 +9,9 @@
 namespace desk::services
 {
 
+/// The source that stands for every active track of the sequence.
+inline constexpr char allActiveTracks[] = "All Active Tracks";
+
 /// The "Multiple Audio Mix" of an uncommitted CPL's document as the flat list that JSON::FlattenMultiMix makes of it,
 /// checked against the sequence first, for the flat list tells neither a group nor a track by its name: every source is
 /// a group, a track or "All Active Tracks", and every track that it names is one of the sequence's. A row of all active
