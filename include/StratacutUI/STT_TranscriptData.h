@@ -60,7 +60,7 @@ struct STT_MissingTranscript {
     /// 0 to 100, while the transcription runs.
     int percent = 0;
     /// Why it failed and what to do, one sentence; empty otherwise.
-    std::string failure;
+    std::string failure{};
 };
 
 /// Which parts of a line are shown.

@@ -8,11 +8,36 @@ namespace
 {
 // Widths are rounded to this by the text engine.
 constexpr qreal leastRoom = 1.0 / 64;
+constexpr qreal endlessLine = 1e6;
 
-QFont inBold(QFont font)
+QTextLayout::FormatRange boldRange(int start, int end)
 {
-    font.setBold(true);
-    return font;
+    QTextLayout::FormatRange range{start, end - start, {}};
+    range.format.setFontWeight(QFont::Bold);
+    return range;
+}
+
+QTextLayout::FormatRange spacedRange(int start, int end, qreal room)
+{
+    QTextLayout::FormatRange range{start, end - start, {}};
+    range.format.setFontLetterSpacingType(QFont::AbsoluteSpacing);
+    range.format.setFontLetterSpacing(room);
+    return range;
+}
+
+/// The parts of a word that are bold now, counted from its start.
+QVector<QTextLayout::FormatRange> boldParts(const QTextBlock& block, int start, int end)
+{
+    QVector<QTextLayout::FormatRange> parts;
+    for (auto at = block.begin(); !at.atEnd(); ++at) {
+        const QTextFragment fragment = at.fragment();
+        const int offset = fragment.position() - block.position();
+        const int from = std::max(start, offset);
+        const int to = std::min(end, offset + fragment.length());
+        if (from < to && fragment.charFormat().fontWeight() > QFont::Normal)
+            parts.append(boldRange(from - start, to - start));
+    }
+    return parts;
 }
 
 int startOfLastLetter(const QString& text, int start, int end)
@@ -29,16 +54,21 @@ bool joinsToTheLetterBefore(QChar letter)
 }
 } // namespace
 
-BoldReserve::BoldReserve(const QFont& font) : m_normal(font), m_bold(inBold(font))
+BoldReserve::BoldReserve(const QFont& font) : m_font(font)
 {
     const QString sample = QStringLiteral("The quick brown fox jumps over 1,234,567,890 lazy dogs");
-    m_isNeeded = m_bold.horizontalAdvance(sample) - m_normal.horizontalAdvance(sample) >= leastRoom;
+    m_isLatinWider = widthOf(sample, {boldRange(0, sample.size())}) - widthOf(sample, {}) >= leastRoom;
 }
 
 QVector<QTextLayout::FormatRange> BoldReserve::rangesFor(const QTextBlock& block) const
 {
-    QVector<QTextLayout::FormatRange> ranges;
+    Ranges ranges;
     const QString text = block.text();
+    // Other scripts may come from fonts that stand in for this one.
+    constexpr ushort pastLatin = 0x250;
+    const bool isLatin = std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < pastLatin; });
+    if (isLatin && !m_isLatinWider)
+        return ranges;
     int start = 0;
     while (start < text.size()) {
         const auto isBlank = [](QChar c) { return c.isSpace(); };
@@ -52,39 +82,31 @@ QVector<QTextLayout::FormatRange> BoldReserve::rangesFor(const QTextBlock& block
     return ranges;
 }
 
-void BoldReserve::reserve(const QTextBlock& block, const QString& text, const Token& word,
-                          QVector<QTextLayout::FormatRange>& ranges) const
+void BoldReserve::reserve(const QTextBlock& block, const QString& text, const Token& word, Ranges& ranges) const
 {
+    const QString letters = text.mid(word.start, word.end - word.start);
+    Ranges now = boldParts(block, word.start, word.end);
     Token place{startOfLastLetter(text, word.start, word.end), word.end};
-    qreal present = width(block, {word.start, place.start}) + width(block, place);
+    qreal spacing = 0;
     if (joinsToTheLetterBefore(text.at(place.start))) {
         place = {word.end, word.end + 1};
-        present = width(block, word);
+    } else {
+        // Spacing parts the last letter from the others, which costs their kerning: measured as it will be.
+        spacing = 1;
+        now.append(spacedRange(place.start - word.start, place.end - word.start, spacing));
     }
-    const qreal missing = m_bold.horizontalAdvance(text.mid(word.start, word.end - word.start)) - present;
-    if (missing < leastRoom || place.end > text.size())
-        return;
-    QTextLayout::FormatRange range;
-    range.start = place.start;
-    range.length = place.end - place.start;
-    range.format.setFontLetterSpacingType(QFont::AbsoluteSpacing);
-    range.format.setFontLetterSpacing(missing);
-    ranges.append(range);
+    const qreal missing = widthOf(letters, {boldRange(0, letters.size())}) - (widthOf(letters, now) - spacing);
+    if (missing >= leastRoom && place.end <= text.size())
+        ranges.append(spacedRange(place.start, place.end, missing));
 }
 
-/// How wide a part of the text is as it stands now, partly bold perhaps.
-qreal BoldReserve::width(const QTextBlock& block, const Token& part) const
+qreal BoldReserve::widthOf(const QString& word, const Ranges& formats) const
 {
-    qreal sum = 0;
-    for (auto at = block.begin(); !at.atEnd(); ++at) {
-        const QTextFragment fragment = at.fragment();
-        const int offset = fragment.position() - block.position();
-        const int start = std::max(part.start, offset);
-        const int end = std::min(part.end, offset + fragment.length());
-        if (start >= end)
-            continue;
-        const QFontMetricsF& metrics = fragment.charFormat().fontWeight() > QFont::Normal ? m_bold : m_normal;
-        sum += metrics.horizontalAdvance(fragment.text().mid(start - offset, end - start));
-    }
-    return sum;
+    QTextLayout layout(word, m_font);
+    layout.setFormats(formats);
+    layout.beginLayout();
+    QTextLine line = layout.createLine();
+    line.setLineWidth(endlessLine);
+    layout.endLayout();
+    return line.horizontalAdvance(); // the natural width also has the overhang of the last letter
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QFont>
-#include <QFontMetricsF>
 #include <QTextBlock>
 #include <QTextLayout>
 
@@ -13,23 +12,21 @@ class BoldReserve
 public:
     explicit BoldReserve(const QFont& font);
 
-    /// Whether bold letters are wider in this font at all.
-    bool isNeeded() const { return m_isNeeded; }
-
-    /// What to add to the formats of the block's text.
+    /// What to add to the formats of the block's text. Nothing, and at no cost, for Latin text in a font whose bold
+    /// letters are as wide as the others.
     QVector<QTextLayout::FormatRange> rangesFor(const QTextBlock& block) const;
 
 private:
+    using Ranges = QVector<QTextLayout::FormatRange>;
+
     struct Token {
         int start;
         int end;
     };
 
-    qreal width(const QTextBlock& block, const Token& part) const;
-    void reserve(const QTextBlock& block, const QString& text, const Token& word,
-                 QVector<QTextLayout::FormatRange>& ranges) const;
+    qreal widthOf(const QString& word, const Ranges& formats) const;
+    void reserve(const QTextBlock& block, const QString& text, const Token& word, Ranges& ranges) const;
 
-    QFontMetricsF m_normal;
-    QFontMetricsF m_bold;
-    bool m_isNeeded;
+    QFont m_font;
+    bool m_isLatinWider;
 };

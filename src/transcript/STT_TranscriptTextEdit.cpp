@@ -224,12 +224,12 @@ void STT_TranscriptTextEdit::settle(const Anchor& anchor)
         const QScopedValueRollback<bool> settling(m_settling, true);
         QScrollBar* bar = verticalScrollBar();
         const bool isAtTop = anchor.position == 0 && anchor.top == 0;
+        const auto wanted = [&] { return isAtTop ? 0 : qRound(topOf(anchor.position) - anchor.top); };
         for (int round = 0; round < mostSettlingRounds; ++round) {
-            bar->setValue(isAtTop ? 0 : qRound(topOf(anchor.position) - anchor.top));
-            const int before = bar->value();
-            const bool hasChanged = m_layout->measureBetween(before, before + viewport()->height());
+            bar->setValue(wanted());
+            m_layout->measureBetween(bar->value(), bar->value() + viewport()->height());
             m_layout->publishSize();
-            if (!hasChanged)
+            if (bar->value() == qBound(bar->minimum(), wanted(), bar->maximum()))
                 break;
         }
     }

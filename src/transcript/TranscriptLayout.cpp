@@ -158,6 +158,8 @@ int TranscriptLayout::blockAt(qreal y) const
     }
     while (first > 0 && isHidden(first))
         --first;
+    while (isHidden(first) && first + 1 < document()->blockCount())
+        ++first;
     return first;
 }
 
@@ -186,17 +188,12 @@ void TranscriptLayout::measure(const QTextBlock& block) const
     m_measured.push_back(number);
 }
 
-bool TranscriptLayout::measureBetween(qreal top, qreal bottom) const
+void TranscriptLayout::measureBetween(qreal top, qreal bottom) const
 {
-    bool hasChanged = false;
     int number = blockAt(top);
     for (QTextBlock block = document()->findBlockByNumber(number); block.isValid() && topOf(number) < bottom;
-         block = block.next(), ++number) {
-        const qreal difference = m_difference[std::size_t(number)];
+         block = block.next(), ++number)
         measure(block);
-        hasChanged |= m_difference[std::size_t(number)] != difference;
-    }
-    return hasChanged;
 }
 
 qreal TranscriptLayout::createLines(const QTextBlock& block) const
@@ -207,8 +204,9 @@ qreal TranscriptLayout::createLines(const QTextBlock& block) const
     option.setAlignment(QStyle::visualAlignment(block.textDirection(), block.blockFormat().alignment()));
     layout.setTextOption(option);
     // Setting formats marks the block as changed for the next edit, so only where it must be.
-    if (m_reserve.isNeeded() || !layout.formats().isEmpty())
-        layout.setFormats(m_reserve.isNeeded() ? m_reserve.rangesFor(block) : QVector<QTextLayout::FormatRange>());
+    const QVector<QTextLayout::FormatRange> reserved = m_reserve.rangesFor(block);
+    if (!reserved.isEmpty() || !layout.formats().isEmpty())
+        layout.setFormats(reserved);
     const qreal width = textWidth(block);
     qreal y = 0;
     layout.beginLayout();

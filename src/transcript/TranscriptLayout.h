@@ -32,8 +32,8 @@ public:
     /// Forgets all heights: margins or fonts of all blocks have changed.
     void forgetHeights();
     void measure(const QTextBlock& block) const;
-    /// Measures what lies between two heights. @return whether any height turned out different from before.
-    bool measureBetween(qreal top, qreal bottom) const;
+    /// Measures what lies between two heights.
+    void measureBetween(qreal top, qreal bottom) const;
     /// Tells the view about heights that have changed.
     void publishSize();
 

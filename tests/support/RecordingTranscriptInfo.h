@@ -27,8 +27,8 @@ public:
     /// What a monitor holds.
     struct Material {
         std::vector<STT_TranscriptSegment> segments;
-        std::vector<STT_SpeakerInfo> speakers;
-        std::vector<STT_MissingTranscript> missing;
+        std::vector<STT_SpeakerInfo> speakers{};
+        std::vector<STT_MissingTranscript> missing{};
         bool loaded = true;
         bool hasTranscript = true;
         NvUnit_t position = 0;

@@ -1,0 +1,275 @@
+#include "NaiveLookup.h"
+#include "TranscriptFixture.h"
+#include "support/TestMain.h"
+
+#include <QRandomGenerator>
+#include <QTextBlock>
+
+#include <set>
+
+using support::segmentOf;
+
+namespace
+{
+using Segments = std::vector<STT_TranscriptSegment>;
+
+/// Words at given times. The text is "a a a ...".
+STT_TranscriptSegment segmentAt(int number, const std::vector<std::pair<int, int>>& times)
+{
+    QStringList words;
+    for (std::size_t word = 0; word < times.size(); ++word)
+        words += QStringLiteral("a");
+    STT_TranscriptSegment segment = times.empty() ? STT_TranscriptSegment() : segmentOf(number, 0, words.join(' '));
+    segment.number = number;
+    for (std::size_t word = 0; word < times.size(); ++word) {
+        segment.wordStarts[word] = times[word].first;
+        segment.wordEnds[word] = times[word].second;
+    }
+    return segment;
+}
+
+/// Overlaps, gaps, segments without words and words of no length. No two segments end at the same time.
+Segments randomSegments(QRandomGenerator& random)
+{
+    Segments segments;
+    std::set<int> ends;
+    int start = random.bounded(300);
+    for (int number = 0; number < 25; ++number) {
+        std::vector<std::pair<int, int>> times;
+        int at = start;
+        for (int words = random.bounded(6); words > 0; --words) {
+            const int end = at + random.bounded(150);
+            times.emplace_back(at, end);
+            at = end + (random.bounded(2) ? random.bounded(200) : 0);
+        }
+        while (!times.empty() && !ends.insert(times.back().second).second)
+            ++times.back().second;
+        segments.push_back(segmentAt(number, times));
+        start += random.bounded(3) ? random.bounded(400) : 0;
+    }
+    return segments;
+}
+
+std::pair<int, int> pairOf(const NaiveLookup::Word& word)
+{
+    return {word.segment, word.index};
+}
+} // namespace
+
+Q_DECLARE_METATYPE(std::function<void(Segments&)>)
+
+/// From frames to words, between words, and between words and positions.
+class TestTranscriptLookup : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void randomTranscriptsAnswerLikeALookAtEveryWord();
+    void aFrameBetweenTwoWordsShows_data();
+    void aFrameBetweenTwoWordsShows();
+    void neighboursStopAtTheEnds();
+    void aPositionBelongsToTheWordBeforeIt();
+    void damageCostsNoMoreThanTheDamagedWords_data();
+    void damageCostsNoMoreThanTheDamagedWords();
+    void speakersAreOrderedAndNamedOnce();
+};
+
+void TestTranscriptLookup::randomTranscriptsAnswerLikeALookAtEveryWord()
+{
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+    for (int round = 0; round < 30; ++round) {
+        const ShownTranscript shown({randomSegments(random)});
+        shown.info->framesPerSecond = QVector<double>{24000 / 1001.0, 25, 60}.at(round % 3);
+        const NaiveLookup naive(*shown.info);
+        for (int minSegment : {0, 1, 7, 24}) {
+            for (int ms = 0; ms < 6000; ms += 1 + random.bounded(4))
+                QCOMPARE(shown.window->findSegmentFromMS(ms, minSegment), naive.segmentAt(ms, minSegment));
+            for (int frame = 0; frame < 200; ++frame) {
+                for (const bool previous : {false, true}) {
+                    std::pair<int, int> found{-1, -1};
+                    const bool isFound =
+                        shown.window->findWordIndexFromFrame(frame, previous, minSegment, found.first, found.second);
+                    const auto expected = pairOf(naive.wordAt(frame, previous, minSegment));
+                    QCOMPARE(isFound, expected.first >= 0);
+                    if (isFound)
+                        QCOMPARE(found, expected);
+                }
+            }
+        }
+        for (std::size_t at = 0; at + 1 < naive.words.size(); ++at) {
+            std::pair<int, int> found;
+            int ms = 0;
+            QVERIFY(shown.window->getNextWordInfo(naive.words[at].segment, naive.words[at].index, &found.first,
+                                                  &found.second, &ms));
+            QCOMPARE(found, pairOf(naive.words[at + 1]));
+            QCOMPARE(ms, naive.words[at + 1].start);
+            QVERIFY(shown.window->getPrevWordInfo(found.first, found.second, &found.first, &found.second, &ms));
+            QCOMPARE(found, pairOf(naive.words[at]));
+            QCOMPARE(ms, naive.words[at].end);
+        }
+    }
+}
+
+void TestTranscriptLookup::aFrameBetweenTwoWordsShows_data()
+{
+    QTest::addColumn<int>("nextStart");
+    QTest::addColumn<int>("frame");
+    QTest::addColumn<int>("minSegment");
+    QTest::addColumn<std::pair<int, int>>("word");
+    using Pair = std::pair<int, int>;
+    // Words from 1000 to 1400 and from nextStart on, 40 ms a frame.
+    QTest::newRow("before the first word") << 1400 << 0 << 0 << Pair(0, 0);
+    QTest::newRow("the frame ends inside the word") << 1401 << 33 << 0 << Pair(0, 0);
+    QTest::newRow("the frame ends where the next word starts") << 1400 << 34 << 0 << Pair(0, 1);
+    QTest::newRow("the frame ends a millisecond before") << 1401 << 34 << 0 << Pair(0, 0);
+    QTest::newRow("in a pause, a frame away") << 1800 << 44 << 0 << Pair(0, 0);
+    QTest::newRow("in a pause, less than a frame away") << 1799 << 44 << 0 << Pair(0, 1);
+    QTest::newRow("in the pause between segments") << 1500 << 60 << 0 << Pair(0, 1);
+    QTest::newRow("nobody speaks from that segment on") << 1500 << 60 << 1 << Pair(-1, -1);
+}
+
+void TestTranscriptLookup::aFrameBetweenTwoWordsShows()
+{
+    QFETCH(int, nextStart);
+    QFETCH(int, frame);
+    QFETCH(int, minSegment);
+    const ShownTranscript shown({{segmentAt(0, {{1000, 1400}, {nextStart, 2200}}), segmentAt(1, {{5000, 6000}})}});
+    std::pair<int, int> word{-1, -1};
+    shown.window->findWordIndexFromFrame(frame, false, minSegment, word.first, word.second);
+    QTEST(word, "word");
+}
+
+void TestTranscriptLookup::neighboursStopAtTheEnds()
+{
+    const ShownTranscript shown(
+        {{segmentOf(0, 0, "a b"), segmentAt(1, {}), segmentOf(2, 2000, "c d e"), segmentOf(3, 4000, "f")}});
+    int segment = -1;
+    int word = -1;
+    QVERIFY(!shown.window->getPrevWordInfo(0, 0, nullptr, nullptr, nullptr));
+    QVERIFY(!shown.window->getNextWordInfo(3, 0, nullptr, nullptr, nullptr));
+    QVERIFY(shown.window->getPrevWordInfo(3, 0, &segment, &word, nullptr));
+    QCOMPARE(std::make_pair(segment, word), std::make_pair(2, 2));
+    for (const auto& missing : {std::make_pair(-1, 0), {4, 0}, {0, -1}, {0, 2}, {1, 0}}) {
+        QVERIFY(!shown.window->getPrevWordInfo(missing.first, missing.second, &segment, &word, nullptr));
+        QVERIFY(!shown.window->getNextWordInfo(missing.first, missing.second, &segment, &word, nullptr));
+        QVERIFY(!shown.window->findWordPosFromWordIndex(missing.first, missing.second, nullptr, nullptr));
+    }
+}
+
+void TestTranscriptLookup::aPositionBelongsToTheWordBeforeIt()
+{
+    STT_TranscriptSegment quoted = segmentOf(1, 1000, "\"ab cd");
+    quoted.wordStartOffsets[0] = 1;
+    const ShownTranscript shown({{segmentOf(0, 0, "x"), quoted}, {}, {{"guid", "clip", 500}}});
+    const int block = shown.window->getBlockNumberForSegment(1);
+    QCOMPARE(block, 2);
+    const int start = shown.text().document()->findBlockByNumber(block).position();
+    const QVector<int> expected{0, 0, 0, 0, 1, 1, 1};
+    for (int offset = 0; offset < expected.size(); ++offset) {
+        int segment = -1;
+        int word = -1;
+        QVERIFY(shown.window->findWordIndexFromPosition(start + offset, segment, word));
+        QCOMPARE(std::make_pair(segment, word), std::make_pair(1, expected[offset]));
+    }
+    int segment = -1;
+    int word = -1;
+    const int clip = shown.text().document()->findBlockByNumber(1).position();
+    for (const int elsewhere : {clip, -1, start + 100})
+        QVERIFY(!shown.window->findWordIndexFromPosition(elsewhere, segment, word));
+}
+
+void TestTranscriptLookup::damageCostsNoMoreThanTheDamagedWords_data()
+{
+    QTest::addColumn<std::function<void(Segments&)>>("damage");
+    QTest::addColumn<QStringList>("found");
+    const auto row = [](const char* name, const std::function<void(Segments&)>& damage, const QString& found) {
+        QTest::newRow(name) << damage << found.split(' ');
+    };
+    row(
+        "no times", [](Segments& all) { all[1].wordStarts = all[1].wordEnds = {}; }, "a b c d e f");
+    row(
+        "no ends", [](Segments& all) { all[1].wordEnds.clear(); }, "a b c d e f");
+    row(
+        "times that run backwards",
+        [](Segments& all) { std::reverse(all[1].wordStarts.begin(), all[1].wordStarts.end()); }, "a b c d e f");
+    row(
+        "enormous times", [](Segments& all) { all[2].wordStarts[0] = all[2].wordEnds[1] = 2147483647; }, "a b c d e f");
+    row(
+        "offsets past the block", [](Segments& all) { all[1].wordEndOffsets[1] = 900; }, "a b c e f");
+    row(
+        "offsets before the block", [](Segments& all) { all[1].wordStartOffsets[0] = -3; }, "a b d e f");
+    row(
+        "an end before its start", [](Segments& all) { all[1].wordEndOffsets[1] = 1; }, "a b c e f");
+    row(
+        "too few offsets", [](Segments& all) { all[1].wordEndOffsets.pop_back(); }, "a b c e f");
+    row(
+        "no words", [](Segments& all) { all[1] = segmentAt(1, {}); }, "a b e f");
+    row(
+        "line breaks", [](Segments& all) { all[1].text = "c\nd"; }, "a b c d e f");
+    row(
+        "emoji and combining marks",
+        [](Segments& all) { all[1] = segmentOf(1, 1000, QStringLiteral("👩‍🚀 é́")); },
+        QStringLiteral("a b 👩‍🚀 é́ e f"));
+    row(
+        "inside an emoji",
+        [](Segments& all) {
+            all[1] = segmentOf(1, 1000, QStringLiteral("😀 d"));
+            all[1].wordEndOffsets[0] = 1;
+        },
+        QStringLiteral("a b ? d e f"));
+    row(
+        "not UTF-8",
+        [](Segments& all) {
+            all[1].text = "c\xff"
+                          "d";
+        },
+        "a b c d e f");
+}
+
+void TestTranscriptLookup::damageCostsNoMoreThanTheDamagedWords()
+{
+    QFETCH(std::function<void(Segments&)>, damage);
+    Segments segments{segmentOf(0, 0, "a b"), segmentOf(1, 1000, "c d"), segmentOf(2, 2000, "e f")};
+    damage(segments);
+    const ShownTranscript shown({segments});
+    QStringList found;
+    for (int segment = -1; segment < 4; ++segment) {
+        for (int word = -1; word < 3; ++word) {
+            int start = -1;
+            int end = -1;
+            if (!shown.window->findWordPosFromWordIndex(segment, word, &start, &end))
+                continue;
+            QTextCursor cursor(shown.text().document());
+            cursor.setPosition(start);
+            cursor.setPosition(end, QTextCursor::KeepAnchor);
+            found += cursor.selectedText().isValidUtf16() ? cursor.selectedText() : QStringLiteral("?");
+        }
+    }
+    QTEST(found, "found");
+    for (const bool converts : {true, false}) {
+        shown.info->convertsNothing = !converts;
+        for (int frame = -2; frame < 100; ++frame)
+            shown.window->MonPosChangedSlot(frame);
+        for (const int key : {Qt::Key_Right, Qt::Key_Right, Qt::Key_Right, Qt::Key_Right, Qt::Key_Left})
+            QTest::keyClick(&shown.text(), Qt::Key(key));
+        for (int x = 0; x < 800; x += 30)
+            QTest::mouseClick(shown.text().viewport(), Qt::LeftButton, {}, {x, 60});
+        shown.text().selectAll();
+        shown.window->setMarksFromSelection();
+    }
+}
+
+void TestTranscriptLookup::speakersAreOrderedAndNamedOnce()
+{
+    const ShownTranscript shown(
+        {{segmentOf(0, 0, "a")}, {{"3", "", "Zoe"}, {"10", "", ""}, {"4", "", "Zoe"}, {"2", "", "Ada"}}});
+    QStringList names;
+    for (const STT_SpeakerInfo& speaker : shown.window->getSpeakersInfo(true))
+        names += speaker.displayName();
+    QCOMPARE(names, QStringList({"Ada", "Speaker 10", "Zoe"}));
+}
+
+STRATACUT_TEST_MAIN(TestTranscriptLookup)
+#include "tst_transcript_lookup.moc"
