@@ -74,6 +74,7 @@ void SettingsStorage::setAside(const QString& reason)
     for (int n = 2; QFileInfo::exists(aside); ++n)
         aside = m_file + QStringLiteral(".unreadable-%1-%2").arg(stamp).arg(n);
     const bool moved = QFile::rename(m_file, aside);
+    m_values = {};
     // What stays in its place must not be overwritten: from here on the values go to a file of their own.
     const QString unreadable = m_file;
     if (!moved)

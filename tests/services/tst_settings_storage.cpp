@@ -46,7 +46,7 @@ private slots:
         row("no JSON", QByteArray("{\"A\": [1,"));
         row("half a document", QByteArray("{\"UNBURNED_ITEMS_KEY\":[{\"Name\":\"x\""));
         row("an array", QByteArray("[1, 2]"));
-        row("wrong type below a key", QByteArray("{\"UNBURNED_ITEMS_KEY\": \"x\"}"));
+        row("wrong type below a key", QByteArray("{\"KEY\": [1], \"UNBURNED_ITEMS_KEY\": \"x\"}"));
         row("empty", QByteArray());
         row("bytes", QByteArray("\0\xff\xfe\x01", 4));
     }
@@ -59,6 +59,7 @@ private slots:
         const QStringList notices = storage.takeNotices();
         QCOMPARE(notices.size(), 1);
         QVERIFY(notices.first().contains(file()));
+        QVERIFY(!storage.get("KEY").has_value());
         storage.set("KEY", {1});
         QStringList aside = files();
         QVERIFY(aside.removeOne(QStringLiteral("packages.json")));
