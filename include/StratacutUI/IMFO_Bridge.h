@@ -106,13 +106,14 @@ public:
     ///        model: it is then without effect.
     virtual void commit(IMFO_Error_t& error, const IMFO_ItemInfo& item, CommitCallback onDone) = 0;
 
-    /// Slot 9. Registers a new IMP. A failure is not shown, and the IMP stays in the tree.
+    /// Slot 9. Registers a new IMP. After a failure the IMP stays in the tree all the same. While saved work is
+    /// restored a failure is not shown, and the IMP is left out.
     /// @param impComponentId the deliverable's identifier, "/", the IMP's name, in UTF-8.
     /// @param descriptiveMetadata UTF-8 text, empty or a compact JSON object.
     virtual void createIMP(IMFO_Error_t& error, const QByteArray& impComponentId,
                            const QByteArray& descriptiveMetadata) = 0;
 
-    /// Slot 10. Registers a new CPL. A failure is not shown, and the CPL stays in the tree.
+    /// Slot 10. Registers a new CPL. A failure counts as that of slot 9 does.
     /// @param cplComponentId the IMP's identifier, "/", the CPL's name, in UTF-8.
     /// @param token what MXE_Bridge::sequenceToken answered for the CPL's sequence.
     /// @param reserved always empty.
