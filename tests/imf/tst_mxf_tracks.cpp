@@ -294,6 +294,13 @@ private slots:
         QVERIFY(writer->append(sample, 1));
         QVERIFY(QFile::remove(path("vanishing.mxf")));
         QVERIFY(writer->finish().error().what.contains(QStringLiteral("folder is gone")));
+        // A long one is not written to its end in vain.
+        const qint64 many = 3000000;
+        auto longer =
+            support::valueOf(SoundTrackWriter::create({path("endless.mxf"), {}, 2 * many}, tinytracks::sound()));
+        QVERIFY(QFile::remove(path("endless.mxf")));
+        const std::vector<std::int32_t> silence(2 * many);
+        QVERIFY(longer->append(silence.data(), many).error().what.contains(QStringLiteral("folder is gone")));
     }
 
 private:

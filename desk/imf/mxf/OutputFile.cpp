@@ -90,7 +90,7 @@ Status OutputFile::write(const char* data, qint64 size)
         size -= written;
         m_position += written;
     }
-    return {};
+    return m_position < m_nextLook || isStillThere() ? Status() : failure(ENOENT);
 }
 
 Status OutputFile::rewrite(qint64 offset, const QByteArray& bytes)
@@ -117,8 +117,10 @@ Status OutputFile::hashWhole()
 }
 
 /// Writing goes on into a file that somebody has removed or whose folder has gone.
-bool OutputFile::isStillThere() const
+bool OutputFile::isStillThere()
 {
+    constexpr qint64 interval = 8 << 20;
+    m_nextLook = m_position + interval;
     struct stat byName = {};
     struct stat byDescriptor = {};
     return ::stat(QFile::encodeName(m_path).constData(), &byName) == 0 && ::fstat(m_descriptor, &byDescriptor) == 0 &&

@@ -29,6 +29,7 @@ public:
 
     Status write(const QByteArray& bytes) { return write(bytes.constData(), bytes.size()); }
 
+    /// Notices after some megabytes that the file has gone.
     Status write(const char* data, qint64 size);
     /// Only with Hashing::Afterwards.
     Status rewrite(qint64 offset, const QByteArray& bytes);
@@ -39,7 +40,7 @@ private:
     OutputFile(QString path, int descriptor, Hashing hashing);
     Error failure(int code) const;
     Status hashWhole();
-    bool isStillThere() const;
+    bool isStillThere();
 
     struct FreeDigest {
         void operator()(evp_md_ctx_st* context) const;
@@ -49,6 +50,8 @@ private:
     int m_descriptor;
     Hashing m_hashing;
     qint64 m_position = 0;
+    /// Where in the file it is next made sure that the file is still there.
+    qint64 m_nextLook = 0;
     std::unique_ptr<evp_md_ctx_st, FreeDigest> m_digest;
 };
 
