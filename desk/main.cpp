@@ -91,9 +91,16 @@ bool isMedia(const QString& argument)
     return !argument.startsWith(QLatin1Char('-')) && QFileInfo(argument).isFile();
 }
 
+bool asksForHelp(int argc, char** argv)
+{
+    return std::any_of(argv + 1, argv + argc, [](const char* one) { return qstrcmp(one, "--help") == 0; });
+}
+
 bool opensWindow(int argc, char** argv)
 {
-    return argc < 2 || qstrcmp(argv[1], "window") == 0 || isMedia(QFile::decodeName(argv[1]));
+    if (argc < 2)
+        return true;
+    return !asksForHelp(argc, argv) && (qstrcmp(argv[1], "window") == 0 || isMedia(QFile::decodeName(argv[1])));
 }
 
 bool hasDisplay()

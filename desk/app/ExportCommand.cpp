@@ -1,6 +1,7 @@
 #include "desk/app/Command.h"
 #include "desk/app/Console.h"
 #include "desk/app/ExportSession.h"
+#include "desk/app/ItemSettings.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -58,11 +59,11 @@ int runExport(const QCommandLineParser& parser, const QStringList& arguments)
     if (request.folder.isEmpty())
         return wrong(QStringLiteral("say with --to where the delivery is to be made"));
     const QStringList settings = parser.values(QStringLiteral("set"));
-    for (const QString& setting : settings) {
-        const int equals = setting.indexOf(QLatin1Char('='));
-        if (equals <= 0)
-            return wrong(QStringLiteral("--set wants KEY=VALUE, not \"%1\"").arg(setting));
-        request.settings += {setting.left(equals), setting.mid(equals + 1)};
+    for (const QString& text : settings) {
+        const auto setting = parseSetting(text);
+        if (!setting)
+            return wrong(setting.error().sentence());
+        request.settings += *setting;
     }
     return ExportSession(request).run();
 }

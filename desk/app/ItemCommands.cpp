@@ -208,7 +208,7 @@ int runSet(const QCommandLineParser& parser, const QStringList& arguments)
     for (const QString& text : texts) {
         const auto setting = parseSetting(text);
         if (!setting)
-            return usage(setting.error().what);
+            return usage(setting.error().sentence());
         settings += *setting;
     }
     const AudioSettings audio = AudioSettings::from(parser);

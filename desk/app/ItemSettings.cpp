@@ -86,7 +86,12 @@ Result<Setting> parseSetting(const QString& text)
     const int equals = text.indexOf(QLatin1Char('='));
     if (equals <= 0)
         return Error{{}, {}, {}, QStringLiteral("KEY=VALUE is wanted, not \"%1\"").arg(text), {}};
-    return Setting(text.left(equals), text.mid(equals + 1));
+    Setting setting(text.left(equals), text.mid(equals + 1));
+    const QStringList known = services::OutputFormat::keys() + QStringList{ImfDict::MultipleAudioMix} + textKeys();
+    if (!known.contains(setting.first))
+        return wrong(setting, QStringLiteral("there is no such parameter"),
+                     QStringLiteral("choose one of %1").arg(known.join(QStringLiteral(", "))));
+    return setting;
 }
 
 const QStringList& textKeys()
@@ -130,12 +135,7 @@ Status applyParameter(Model& model, const QModelIndex& cpl, const Setting& setti
         return {};
     }
     const QJsonValue parameter = parameterOf(cpl, setting.first);
-    if (parameter.isUndefined())
-        return wrong(setting, QStringLiteral("there is no such parameter"),
-                     QStringLiteral("choose one of %1")
-                         .arg((services::OutputFormat::keys() + QStringList{ImfDict::MultipleAudioMix} + textKeys())
-                                  .join(QStringLiteral(", "))));
-    const QJsonArray choices = parameter.toObject()[QLatin1String(ImfDict::values)].toArray();
+    const QJsonArray choices = parameter[QLatin1String(ImfDict::values)].toArray();
     if (!choices.contains(setting.second)) {
         QStringList names;
         for (const QJsonValue& choice : choices)

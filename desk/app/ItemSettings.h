@@ -16,7 +16,7 @@ namespace desk::app
 /// Key and value as the command line gives them.
 using Setting = QPair<QString, QString>;
 
-/// "KEY=VALUE"; the error says what is wrong with it.
+/// "KEY=VALUE" with a key that some item has; the error says what is wrong with it.
 Result<Setting> parseSetting(const QString& text);
 
 /// The keys of descriptive texts, which every kind of item may have.

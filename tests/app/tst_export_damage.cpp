@@ -111,6 +111,8 @@ private slots:
         QTest::newRow("no folder") << QStringList{"export", "a.mov"} << 2;
         QTest::newRow("unknown option") << QStringList{"export", "a.mov", "--too", "/tmp"} << 2;
         QTest::newRow("set without value") << QStringList{"export", "a.mov", "--to", "/tmp", "--set", "x"} << 2;
+        QTest::newRow("set of an unknown key")
+            << QStringList{"export", "a.mov", "--to", "/tmp", "--set", "Shoe Size=11"} << 2;
         QTest::newRow("two folders") << QStringList{"verify", "/a", "/b"} << 2;
         QTest::newRow("no delivery") << QStringList{"show", "/proc"} << 1;
         QTest::newRow("nothing to verify") << QStringList{"verify", "/proc"} << 3;
@@ -149,8 +151,6 @@ private slots:
         QTest::addColumn<QString>("choice");
         QTest::newRow("value") << "Audio Mix=22.2"
                                << "\"5.1\"";
-        QTest::newRow("key") << "Shoe Size=11"
-                             << "Frame Rate";
         QTest::newRow("mix") << "Multiple Audio Mix=x"
                              << "multi-mix";
         QTest::newRow("object that is no mix") << "Multiple Audio Mix={\"Audio Mapping\":[{\"x\":1}]}"
