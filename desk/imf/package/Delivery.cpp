@@ -139,6 +139,12 @@ private:
         return {};
     }
 
+    /// This program writes no other text/xml; others do.
+    bool isMeantAsOne(const PackedAsset& packed) const
+    {
+        return packed.type == QLatin1String(mediaType::composition) && isOurs(m_delivery.assetMap);
+    }
+
     Status readComposition(const QUuid& packingList, const PackedAsset& packed, DeliveredPackage& package)
     {
         const QString file = m_delivery.files.value(packed.id);
@@ -150,7 +156,7 @@ private:
         const Result<bool> isComposition = holdsComposition(*bytes, file);
         if (!isComposition)
             return isComposition.error();
-        if (!*isComposition)
+        if (!*isComposition && !isMeantAsOne(packed))
             return {};
         Result<Composition> read = imf::readComposition(*bytes, file);
         if (!read)

@@ -7,9 +7,11 @@
 #include "desk/imf/package/Seal.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSet>
 
+#include <climits>
 #include <optional>
 
 namespace desk::imf
@@ -93,9 +95,26 @@ struct PackageTransaction::State {
 namespace
 {
 
+/// Refuses at once what would fail when all is encoded and the documents are written.
+Status checkLength(const QString& folder)
+{
+    constexpr char longest[] = "/.stratacut-commit-0123456789ab/CPL_01234567-89ab-cdef-0123-456789abcdef.xml";
+    constexpr int room = PATH_MAX - int(sizeof longest);
+    if (QFile::encodeName(folder).size() <= room)
+        return {};
+    return Error{folder,
+                 {},
+                 {},
+                 QStringLiteral("the path is longer than the %1 bytes that the system takes").arg(room),
+                 QStringLiteral("choose a shorter name or a folder further up")};
+}
+
 /// The longest part of the path that exists must be a folder; what is missing is made.
 Result<CommitFolder::Parent> makeFolder(const QString& folder)
 {
+    const Status fits = checkLength(folder);
+    if (!fits)
+        return fits.error();
     const QFileInfo facts(folder);
     if (facts.isDir())
         return CommitFolder::Parent::Existed;

@@ -205,6 +205,14 @@ private slots:
         QCOMPARE(deliveries::contents(folder).size(), 1);
     }
 
+    void aDocumentInTheCompositionsPlaceIsRefused()
+    {
+        const QString folder = committed("replaced");
+        support::writeFile(folder + "/CPL_" + deliveries::compositionId(1).toString(QUuid::WithoutBraces) + ".xml",
+                           "<a/>");
+        QVERIFY(openDelivery(folder).error().sentence().contains("not a CompositionPlaylist"));
+    }
+
     void aRolledBackCommitLeavesNothing()
     {
         const QString folder = path("undone");
@@ -275,6 +283,18 @@ private slots:
         QFile::setPermissions(folder, QFile::Permissions(0x7755));
         QCOMPARE(failure, folder + ": writing is not permitted; choose a folder that you may write to.");
         QCOMPARE(deliveries::contents(folder), before);
+    }
+
+    void aPathThatIsTooLongIsToldAtOnce()
+    {
+        QString folder = path("deep");
+        while (folder.size() + 201 < 4096)
+            folder += QLatin1Char('/') + QString(200, 'd');
+        QVERIFY(QDir().mkpath(folder));
+        const auto begun =
+            PackageTransaction::begin(folder + QLatin1Char('/') + QString(4090 - folder.size(), 'n'), described());
+        QVERIFY2(begun.error().what.contains("4019 bytes"), qPrintable(begun.error().what));
+        QVERIFY(QDir(folder).isEmpty());
     }
 
     void aFullDiskLosesNothing()
