@@ -61,7 +61,7 @@ public:
     ~IMF_PackageMgrQtModel() override;
 
     /// Creates the controller, which at once loads the saved state into the tree; a controller that was there goes.
-    /// @param bridge must outlive the model. @param settings is kept by the controller.
+    /// @param bridge must outlive the model; without one nothing happens. @param settings is kept by the controller.
     void initialize(IMFO_Bridge* bridge, std::unique_ptr<ISettingsStorage> settings);
     /// Null before initialize().
     IMF_Controller* getIMFController() const;

@@ -16,6 +16,7 @@
 #include "StratacutUI/MXE_Bridge.h"
 
 #include <QJsonDocument>
+#include <QSet>
 
 #include <vector>
 
@@ -29,6 +30,13 @@ constexpr char unburnedKey[] = "UNBURNED_ITEMS_KEY";
 QString compactText(const QJsonObject& json)
 {
     return QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact));
+}
+
+QSet<QString> foldersOf(const Model& model)
+{
+    QSet<QString> folders;
+    model.deliveriesVisitor([&folders](const IMF_Deliverable& delivery) { folders.insert(delivery.path()); });
+    return folders;
 }
 
 QModelIndexList rowsOf(const Model& model, const QModelIndex& parent)
@@ -76,6 +84,8 @@ IMF_Controller::IMF_Controller(IMF_PackageMgrQtModel* model, IMFO_Bridge* bridge
           this, [this](quint64 ticket, const IMFO_Bridge::Error& error) { finishCommit(ticket, error); }))
 {
     setObjectName(QStringLiteral("IMF_Controller"));
+    // Under the name that the slots' signatures use, so that they can be called by name over a queue.
+    qRegisterMetaType<IMFO_Bridge::Error>("IMFO_Bridge::Error");
     loadModelFromSettings();
     loadUncommitedModelState();
     if (!m_model)
@@ -108,10 +118,22 @@ void IMF_Controller::loadModelFromSettings()
     const boost::optional<QJsonArray> folders = m_settings ? m_settings->get(visitedKey) : boost::none;
     if (!folders)
         return;
+    // Asking the tree for each folder would take a time that grows with the square of their number.
+    QSet<QString> loaded;
+    int rows = -1;
     for (const QJsonValue& folder : *folders) {
-        // The application may end while the user reads why a folder was not loaded.
-        if (m_model)
-            loadNewDelivery(folder.toString(), nullptr, false);
+        // The application may end, and the tree change, while the user reads why a folder was not loaded.
+        if (!m_model)
+            return;
+        if (m_model->rowCount() != rows) {
+            loaded = foldersOf(*m_model);
+            rows = m_model->rowCount();
+        }
+        if (loaded.contains(folder.toString()))
+            continue;
+        addDeliveryFromFolder(folder.toString(), nullptr);
+        if (m_model && m_model->rowCount() == rows + 1)
+            loaded.insert(m_model->getIMFPath(m_model->index(rows++, 0)));
     }
 }
 

@@ -42,6 +42,9 @@ IMF_PackageMgrQtModel::~IMF_PackageMgrQtModel()
 
 void IMF_PackageMgrQtModel::initialize(IMFO_Bridge* bridge, std::unique_ptr<ISettingsStorage> settings)
 {
+    NV_ASSERT(bridge != nullptr);
+    if (!bridge)
+        return;
     const QPointer<IMF_PackageMgrQtModel> self(this);
     auto controller = std::make_unique<IMF_Controller>(this, bridge, std::move(settings), nullptr);
     if (self)

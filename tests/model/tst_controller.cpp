@@ -1,6 +1,7 @@
 #include "ModelFixture.h"
 
 #include "ViewDeckQt/ManagedMessageBox.h"
+#include "support/Assertions.h"
 #include "support/ModalAnswer.h"
 #include "support/Rows.h"
 #include "support/TestMain.h"
@@ -357,12 +358,31 @@ private slots:
     {
         ModelFixture f;
         f.putOnDisk("/b", "b", documents::delivery("B", "/b"));
-        (*f.settings)["VISITED_IMF_SETTINGS_KEY"] = QJsonArray{"/gone", 7, "/b"};
+        (*f.settings)["VISITED_IMF_SETTINGS_KEY"] = QJsonArray{"/gone", 7, "/b", "/b"};
         ModalAnswer gone(QMessageBox::Ok);
         ModalAnswer noText(QMessageBox::Ok);
         f.restart();
         QVERIFY(looksLike(gone, QMessageBox::Critical, "No deliverable in /gone."));
         QCOMPARE(f.model->rowCount(), 1);
+    }
+
+    void aModelWithoutAHostHasNoController()
+    {
+        support::Assertions assertions;
+        IMF_PackageMgrQtModel model;
+        model.initialize(nullptr, std::make_unique<support::MemorySettings>());
+        QCOMPARE(assertions.take(), QStringList{"IMF_PackageMgrQtModel: bridge != nullptr"});
+        QVERIFY(!model.getIMFController());
+    }
+
+    void slotsCanBeCalledByNameOverAQueue()
+    {
+        ModelFixture f;
+        ModalAnswer answer(QMessageBox::Ok);
+        QVERIFY(QMetaObject::invokeMethod(&f.controller(), "onCommitComplete", Qt::QueuedConnection,
+                                          Q_ARG(QModelIndex, QModelIndex()),
+                                          Q_ARG(IMFO_Bridge::Error, IMFO_Bridge::Error(1, "Disk full."))));
+        QTRY_VERIFY(looksLike(answer, QMessageBox::Critical, "Disk full."));
     }
 
     void theModelMayEndBehindAMessage_data()
