@@ -94,6 +94,7 @@ Status ExportSession::installHost()
     m_model = std::make_unique<IMF_PackageMgrQtModel>();
     m_output.follow(m_model.get());
     m_model->initialize(&m_output, std::move(settings));
+    tell(m_output.removeLeftovers());
     // What saved work says about itself is no failure of this export.
     tell(std::exchange(m_messages, {}));
     return {};

@@ -25,6 +25,7 @@ void Host::load()
     m_model = std::make_unique<IMF_PackageMgrQtModel>();
     m_output.follow(m_model.get());
     m_model->initialize(&m_output, std::move(settings));
+    m_notices += m_output.removeLeftovers();
 }
 
 Status Host::save()

@@ -133,13 +133,8 @@ PackageOutput::Entry* PackageOutput::entryOf(const QByteArray& componentId)
 
 QByteArray PackageOutput::idOfFolder(const QString& folder) const
 {
-    for (QString Entry::*place : {&Entry::folder, &Entry::target}) {
-        for (const auto& [id, entry] : m_entries) {
-            if (entry.*place == folder)
-                return id;
-        }
-    }
-    return imf::deliveryComponentId(folder);
+    const auto known = m_folders.constFind(folder);
+    return known == m_folders.constEnd() ? imf::deliveryComponentId(folder) : *known;
 }
 
 imf::AssetResolver PackageOutput::resolverFor(const QString& folder) const
@@ -154,15 +149,20 @@ imf::AssetResolver PackageOutput::resolverFor(const QString& folder) const
     };
 }
 
-QStringList PackageOutput::impsInTreeOrder(const QByteArray& id) const
+QStringList PackageOutput::impsInTreeOrder(const QByteArray& id)
 {
     QStringList names;
-    for (int row = 0; m_packageModel && row < m_packageModel->rowCount(); ++row) {
+    const int rows = m_packageModel ? m_packageModel->rowCount() : 0;
+    for (int i = 0; i < rows; ++i) {
+        // Whoever reads all of them again does so in the order of the tree.
+        const int row = (m_lastRow + i) % rows;
         const QModelIndex delivery = m_packageModel->index(row, 0);
         if (IMF_PackageMgrQtModel::ComponentIDFromIndex(delivery) != id)
             continue;
+        m_lastRow = row;
         for (int imp = 0; imp < m_packageModel->rowCount(delivery); ++imp)
             names += m_packageModel->index(imp, 0, delivery).data(IMF_PackageMgrQtModel::NameRole).toString();
+        break;
     }
     return names;
 }
@@ -188,14 +188,30 @@ Result<QByteArray> PackageOutput::open(const QString& folder)
     if (!delivery)
         return delivery.error();
     const QByteArray id = idOfFolder(folder);
-    Entry& entry = m_entries[id];
+    const auto [place, isNew] = m_entries.try_emplace(id);
+    Entry& entry = place->second;
     entry.folder = folder;
+    m_folders[folder] = id;
     entry.delivery = std::move(*delivery);
     entry.name = entry.delivery.name;
-    sortPackages(entry.delivery, impsInTreeOrder(id));
+    // What was not known so far is not in the tree.
+    if (!isNew && entry.delivery.packages.size() > 1)
+        sortPackages(entry.delivery, impsInTreeOrder(id));
     entry.document = documentOf(entry.delivery);
     indexCompositions(id, entry);
     return id;
+}
+
+QStringList PackageOutput::removeLeftovers() const
+{
+    QStringList notices;
+    for (const auto& [id, entry] : m_entries) {
+        const auto removed =
+            imf::recoverFolder(entry.folder.isEmpty() ? QDir(entry.parent).filePath(entry.name) : entry.folder);
+        if (!removed)
+            notices += removed.error().sentence();
+    }
+    return notices;
 }
 
 void PackageOutput::readDelivery(IMFO_Error_t& error, const QString& path, std::pair<QByteArray, QJsonObject>& result)
@@ -275,6 +291,8 @@ void PackageOutput::removeItem(IMFO_Error_t& error, const QByteArray& componentI
         return;
     }
     m_entries.erase(componentId);
+    for (auto folder = m_folders.begin(); folder != m_folders.end();)
+        folder = *folder == componentId ? m_folders.erase(folder) : std::next(folder);
 }
 
 Status PackageOutput::checkTarget(const QString& folder, const Entry& entry) const
@@ -293,6 +311,25 @@ Status PackageOutput::checkTarget(const QString& folder, const Entry& entry) con
         return fail(QStringLiteral("nothing can be written to the folder"),
                     QStringLiteral("change its rights or choose another"));
     return {};
+}
+
+/// The end of a commit is read from the folder in which it was begun.
+Status PackageOutput::checkMovable(const QByteArray& id, const Entry& entry) const
+{
+    if (m_queue.isBusy(id))
+        return desk::Error{entry.target,
+                           {},
+                           {},
+                           QStringLiteral("the delivery is being exported"),
+                           QStringLiteral("wait for the end or cancel it")};
+    const QString folder = entry.folder.isEmpty() ? entry.target : entry.folder;
+    if (folder.isEmpty() || (entry.folder.isEmpty() && !imf::isDelivery(folder)))
+        return {};
+    return desk::Error{folder,
+                       {},
+                       {},
+                       QStringLiteral("a delivery that is written keeps its folder and its name"),
+                       QStringLiteral("make a new delivery for the other ones")};
 }
 
 Status PackageOutput::start(const IMFO_ItemInfo& item, const CommitCallback& onDone)
@@ -317,6 +354,7 @@ Status PackageOutput::start(const IMFO_ItemInfo& item, const CommitCallback& onD
     if (plan->newFolder && entry.folder != plan->folder && isOccupied(plan->folder))
         return occupied(plan->folder);
     entry.target = plan->folder;
+    m_folders[plan->folder] = plan->deliveryId;
     emit commitStarted({plan->deliveryId, QFileInfo(plan->folder).fileName(), plan->folder, plan->totalFrames});
     m_queue.add(*plan, [this, id = plan->deliveryId, onDone](const IMFO_Error_t& outcome) {
         onDone(outcome);
@@ -351,15 +389,8 @@ void PackageOutput::setItemPath(IMFO_Error_t& error, const IMFO_ItemInfo& item, 
     const QString name = document ? (*document)[QLatin1String(ImfDict::Name)].toString() : entry.name;
     const QString parent = cleaned(path);
     const QString folder = QDir(parent).filePath(name);
-    if (!entry.folder.isEmpty() && folder != entry.folder) {
-        error = failure(desk::Error{entry.folder,
-                                    {},
-                                    {},
-                                    QStringLiteral("a delivery that is written keeps its folder"),
-                                    QStringLiteral("make a new delivery in the other folder")});
-        return;
-    }
-    const Status target = checkTarget(folder, entry);
+    const Status movable = folder == entry.folder ? Status() : checkMovable(item.componentId, entry);
+    const Status target = movable ? checkTarget(folder, entry) : movable;
     error = outcome(target);
     if (!target)
         return;
@@ -375,18 +406,11 @@ void PackageOutput::renameItem(IMFO_Error_t& error, const IMFO_ItemInfo& item, c
 {
     newComponentId = QString::fromUtf8(item.componentId);
     Entry& entry = m_entries[item.componentId];
-    const Status fit = checkFolderName(name);
+    const Status movable = checkMovable(item.componentId, entry);
+    const Status fit = movable ? checkFolderName(name) : movable;
     error = outcome(fit);
     if (!fit)
         return;
-    if (!entry.folder.isEmpty()) {
-        error = failure(desk::Error{entry.folder,
-                                    {},
-                                    {},
-                                    QStringLiteral("a delivery that is written keeps its name"),
-                                    QStringLiteral("make a new delivery with the other name")});
-        return;
-    }
     const QString folder = QDir(entry.parent).filePath(name);
     if (!entry.parent.isEmpty() && isOccupied(folder)) {
         error = failure(occupied(folder), IMFO_Error_t::ItemExists);
@@ -420,11 +444,9 @@ void PackageOutput::applyDescriptiveMetadata(IMFO_Error_t& error, const QString&
 void PackageOutput::getCPLTrackInfo(IMFO_Error_t& error, QMap<QString, IMFO_TrackInfo>& tracks, const QByteArray& cplId)
 {
     error = OutputError();
-    for (const auto& [id, entry] : m_entries) {
-        const auto found = entry.compositions.constFind(cplId);
-        if (found == entry.compositions.constEnd())
-            continue;
-        tracks = trackInfoOf(*found);
+    const Entry* entry = entryOf(cplId.left(cplId.indexOf('/')));
+    if (entry && entry->compositions.contains(cplId)) {
+        tracks = trackInfoOf(entry->compositions[cplId]);
         return;
     }
     error = failure(desk::Error{{},

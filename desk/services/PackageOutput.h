@@ -58,6 +58,9 @@ public:
     /// Cancels the commits of a delivery. Their completion carries the code for a warning.
     void cancel(const QByteArray& deliveryId);
 
+    /// Removes what crashed commits have left where the known deliveries are or will be. Answers where it cannot.
+    QStringList removeLeftovers() const;
+
     void readDelivery(IMFO_Error_t& error, const QString& path, std::pair<QByteArray, QJsonObject>& result) override;
     void getDeliveryInfo(IMFO_Error_t& error, const QByteArray& componentId, QJsonObject& info,
                          bool recursive) override;
@@ -108,9 +111,10 @@ private:
     QByteArray idOfFolder(const QString& folder) const;
     Entry* entryOf(const QByteArray& componentId);
     imf::AssetResolver resolverFor(const QString& folder) const;
-    QStringList impsInTreeOrder(const QByteArray& id) const;
+    QStringList impsInTreeOrder(const QByteArray& id);
     static void indexCompositions(const QByteArray& id, Entry& entry);
     Status checkTarget(const QString& folder, const Entry& entry) const;
+    Status checkMovable(const QByteArray& id, const Entry& entry) const;
     Status start(const IMFO_ItemInfo& item, const CommitCallback& onDone);
 
     MediaLibrary* m_library;
@@ -118,6 +122,10 @@ private:
     Padding m_padding = Padding::Refuse;
     QPointer<const QAbstractItemModel> m_packageModel;
     std::map<QByteArray, Entry> m_entries;
+    /// The deliveries that are in a folder, or were last begun to be written there.
+    QHash<QString, QByteArray> m_folders;
+    /// Of the item model: where a delivery was last found.
+    int m_lastRow = 0;
     QVector<AppliedItem> m_applied;
     std::pair<QByteArray, QJsonObject> m_settings;
     CommitQueue m_queue;

@@ -1,5 +1,6 @@
 #include "app/Desk.h"
 #include "services/Clip.h"
+#include "support/Files.h"
 #include "support/TestMain.h"
 
 #include <QFileInfo>
@@ -111,6 +112,16 @@ private slots:
                               "3  IMF Supplemental \"Three\", not written", "3.1  IMP \"IMP of Three\", not written"}));
     }
 
+    void whatACrashHasLeftGoesAtTheNextStart()
+    {
+        done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()});
+        const QString left = path(QStringLiteral("Harbour/.stratacut-commit-1"));
+        QVERIFY(QDir().mkpath(left));
+        support::writeFile(left + QStringLiteral("/made-folder"), {});
+        QCOMPARE(listed().size(), 2);
+        QVERIFY(!QFileInfo::exists(path(QStringLiteral("Harbour"))));
+    }
+
     void aRefusedCommandSaysWhyAndChangesNothing_data()
     {
         QTest::addColumn<QStringList>("arguments");
@@ -118,7 +129,8 @@ private slots:
         QTest::addColumn<QString>("said");
         QTest::newRow("no item") << QStringList{"rename", "Quay", "Pier"} << 1 << "no such item";
         QTest::newRow("an ambiguous name") << QStringList{"rename", "Twin", "Pier"} << 1 << "2, 3";
-        QTest::newRow("no key") << QStringList{"set", "1", "Colour=blue"} << 1 << "Issuer";
+        QTest::newRow("no key") << QStringList{"set", "1", "Colour=blue"} << 2 << "Issuer";
+        QTest::newRow("another item's key") << QStringList{"set", "1", "Audio Mix=5.1"} << 1 << "Issuer";
         QTest::newRow("no value") << QStringList{"set", "1", "Issuer"} << 2 << "KEY=VALUE";
         QTest::newRow("no choice") << QStringList{"set", "1.1.1", "Audio Mix=22.2"} << 1 << "Stereo";
         QTest::newRow("no mode") << QStringList{"set", "1.1.1", "--map", "A1=all:22.2"} << 1 << "Stereo";

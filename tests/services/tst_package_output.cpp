@@ -16,6 +16,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
+#include <thread>
+
 using namespace desk;
 using namespace desk::services;
 using Model = IMF_PackageMgrQtModel;
@@ -177,6 +179,29 @@ private slots:
         QCOMPARE(status(delivery), IMF_PackageMgr::Uncommitted);
         QVERIFY(!QFileInfo::exists(m_folder->filePath(QStringLiteral("Feature"))));
         QVERIFY(commit(delivery));
+    }
+
+    void aDeliveryStaysWhereItsExportWasBegun()
+    {
+        const QModelIndex delivery = add(QStringLiteral("Feature"));
+        addImp(delivery, QStringLiteral("First"));
+        QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("other")));
+        controller().onCommit({delivery});
+        const IMFO_ItemInfo info = IMF_Controller::itemInfo(delivery);
+        const auto isRefused = [&](const QString& why) {
+            IMFO_Bridge::Error folder;
+            IMFO_Bridge::Error name;
+            QString out;
+            m_output->setItemPath(folder, info, m_folder->filePath(QStringLiteral("other")), out);
+            m_output->renameItem(name, info, QStringLiteral("Documentary"), out);
+            return folder.message().contains(why) && name.message().contains(why);
+        };
+        QVERIFY(isRefused(QStringLiteral("being exported")));
+        // The end is posted, and nobody has heard of it yet.
+        while (m_output->isBusy(info.componentId))
+            std::this_thread::yield();
+        QVERIFY(isRefused(QStringLiteral("keeps its folder")));
+        QTRY_COMPARE(status(delivery), IMF_PackageMgr::Committed);
     }
 
     void anExportThatOutlivesTheModelEndsQuietly()
