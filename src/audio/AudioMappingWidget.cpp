@@ -107,7 +107,7 @@ void AudioMappingWidget::setTrackGroupingManager(std::unique_ptr<ITrackGroupingM
 void AudioMappingWidget::insertTrackMapping(int index, bool notify)
 {
     m_choices->update(m_manager.get());
-    insertRow(index);
+    insertRow(qBound(0, index, m_rows.size()));
     validateWidgets();
     if (notify)
         onTrackMappingChanged();

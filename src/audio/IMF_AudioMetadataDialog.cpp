@@ -103,6 +103,7 @@ void IMF_AudioMetadataDialog::createContents()
     fillLanguages();
     showMetadata();
     setReadOnly(m_readOnly);
+    m_ok->setFocus();
 }
 
 QHBoxLayout* IMF_AudioMetadataDialog::createLanguageRow()
@@ -128,19 +129,18 @@ QHBoxLayout* IMF_AudioMetadataDialog::createLanguageRow()
 QHBoxLayout* IMF_AudioMetadataDialog::createButtonRow()
 {
     m_cancel = new StyledButton(stx_func("Cancel"), this);
-    auto* ok = new StyledButton(stx_func("Ok"), this);
-    ok->setDefault(true);
+    m_ok = new StyledButton(stx_func("Ok"), this);
+    m_ok->setDefault(true);
     auto* row = new QHBoxLayout;
     row->addStretch();
     row->addWidget(m_cancel);
-    row->addWidget(ok);
+    row->addWidget(m_ok);
     connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
-    connect(ok, &QPushButton::clicked, this, &IMF_AudioMetadataDialog::onOkButtonClicked);
+    connect(m_ok, &QPushButton::clicked, this, &IMF_AudioMetadataDialog::onOkButtonClicked);
     setTabOrder(m_language, m_region);
     setTabOrder(m_region, m_contentKind);
     setTabOrder(m_contentKind, m_cancel);
-    setTabOrder(m_cancel, ok);
-    ok->setFocus();
+    setTabOrder(m_cancel, m_ok);
     return row;
 }
 
@@ -265,6 +265,9 @@ void IMF_AudioMetadataDialog::setReadOnly(bool readOnly)
 
 void IMF_AudioMetadataDialog::onOkButtonClicked()
 {
+    // What could not be chosen stays as it was stored, to the letter.
+    if (m_readOnly)
+        return accept();
     QString tag = codeOf(m_language->getValue().toString());
     const QString region = codeOf(m_region->currentText());
     const QString kind = codeOf(m_contentKind->getValue().toString());
@@ -280,6 +283,8 @@ void IMF_AudioMetadataDialog::setVisible(bool visible)
 {
     if (visible && !m_heading)
         createContents();
+    if (visible)
+        m_ok->setFocus();
     if (visible && isWindow()) {
         rememberSize(QStringLiteral("IMF_AudioMetadataDialog"), sizeHint());
         // The note, which the dialog of another track may not have had, takes more lines where there is less room.

@@ -52,6 +52,7 @@ public:
     /// Whether the tables have every part of the language tag.
     bool isLanguageTagListed() const;
 
+    /// A read-only dialog is accepted with the metadata as it was set.
     void setReadOnly(bool readOnly);
 
     void setVisible(bool visible) override;
@@ -80,6 +81,7 @@ private:
     ViewDeckQt::PWDiscrete* m_contentKind = nullptr;
     QPushButton* m_cancel = nullptr;
 
+    QPushButton* m_ok = nullptr;
     QLabel* m_note = nullptr;
     QString m_trackName;
     bool m_hasRegions = false;

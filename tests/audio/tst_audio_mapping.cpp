@@ -392,20 +392,22 @@ private slots:
         }
     }
 
-    void theMetadataButtonTellsWhatIsChosen()
+    void whatIsShownFollowsTheMetadataAndTheSkin()
     {
         Window window;
-        QJsonObject set = row("Dialogue");
+        QJsonObject set = row("Gone");
         set[Metadata] = QJsonObject{{RFC5646SpokenLanguage, "fr-CA"}, {AudioContentKind, "VO"}};
         window.mapping->setValue(mappingOf({set}));
         QPushButton* button = window.button("m_metadataButton", 0);
         QCOMPARE(button->toolTip(), QString("Edit multi - channel audio metadata\nMCA Language: fr (French)\n"
                                             "Region: CA\nMCA ContentKind: VO (Voice Over)"));
         const qint64 icon = button->icon().cacheKey();
+        const QColor marked = window.source(0)->palette().color(QPalette::ButtonText);
         using Palette::Skin;
         const Skin skin = Palette::PaletteManager::Instance().skin();
         Palette::PaletteManager::Instance().setSkin(skin == Skin::Dark ? Skin::Light : Skin::Dark);
         QVERIFY(button->icon().cacheKey() != icon);
+        QVERIFY(window.source(0)->palette().color(QPalette::ButtonText) != marked);
     }
 
     void aCancelledChoiceLeavesNoTrace()
