@@ -48,10 +48,13 @@ QTextCharFormat formatOfHeight(int height)
     return format;
 }
 
-int heightOfFirstLine(const QTextBlock& block, const QRectF& bounds)
+/// Where a line's widgets stand: in the middle of the first line of text.
+QRect besideFirstLine(const QTextBlock& block, const QRect& bounds, int fieldHeight)
 {
     const QTextLayout* layout = block.layout();
-    return int(layout && layout->lineCount() > 0 ? layout->lineAt(0).height() : bounds.height());
+    const int text = layout && layout->lineCount() > 0 ? int(layout->lineAt(0).height()) : bounds.height();
+    const int height = std::max(text, fieldHeight);
+    return {0, bounds.top() - (height - text) / 2, bounds.width(), height};
 }
 
 template <class Widget>
@@ -172,6 +175,7 @@ EntryColumn::Places EntryColumn::placesInView() const
     const QAbstractTextDocumentLayout* layout = m_edit->document()->documentLayout();
     const QRect view = m_edit->viewport()->rect();
     const int scrolled = m_edit->verticalScrollBar()->value();
+    const int fieldHeight = LineParts::fieldHeight(m_edit->font());
     const int first = std::max(layout->hitTest(QPointF(0, scrolled), Qt::FuzzyHit), 0);
     for (QTextBlock block = m_edit->document()->findBlock(first); block.isValid(); block = block.next()) {
         const QRectF bounds = layout->blockBoundingRect(block);
@@ -181,7 +185,8 @@ EntryColumn::Places EntryColumn::placesInView() const
         if (!block.isVisible())
             continue;
         if (block.userState() >= 0) {
-            places.entries.push_back({block.userState(), {0, top, gutterWidth(), heightOfFirstLine(block, bounds)}});
+            const QRect gutter(0, top, gutterWidth(), int(bounds.height()));
+            places.entries.push_back({block.userState(), besideFirstLine(block, gutter, fieldHeight)});
         } else if (clipOf(block)) {
             const int width = view.width() - 2 * LineParts::clipEdge;
             const QRect line(LineParts::clipEdge, top, width, int(bounds.height()));

@@ -26,6 +26,11 @@ int timecodeWidth(const QFont& font)
 }
 } // namespace
 
+int fieldHeight(const QFont& font)
+{
+    return QFontMetrics(font).height() + 2 * fieldMargin;
+}
+
 int clipHeight(const QFont& font)
 {
     constexpr int air = 20;

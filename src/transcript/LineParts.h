@@ -16,6 +16,11 @@ constexpr int edge = 18;
 constexpr int clipEdge = 6;
 constexpr int gap = 10;
 constexpr int menuButton = 16;
+/// Between the edge of a speaker field and its text.
+constexpr int fieldMargin = 2;
+
+/// The height of a speaker field.
+int fieldHeight(const QFont& font);
 
 /// The height of the line of a clip that has no transcript: two lines of text and air.
 int clipHeight(const QFont& font);

@@ -1,5 +1,6 @@
 #include "StratacutUI/STT_SpeakerTextEdit.h"
 
+#include "LineParts.h"
 #include "StratacutUI/STT_EntryWidget.h"
 
 #include <QKeyEvent>
@@ -11,7 +12,7 @@
 
 namespace
 {
-constexpr int textMargin = 2;
+using LineParts::fieldMargin;
 
 bool endsEditing(int key)
 {
@@ -28,14 +29,14 @@ STT_SpeakerTextEdit::STT_SpeakerTextEdit(QWidget* line) : QTextEdit(line)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    document()->setDocumentMargin(textMargin);
+    document()->setDocumentMargin(fieldMargin);
     setReadOnly(true);
     connect(this, &QTextEdit::textChanged, this, &STT_SpeakerTextEdit::adjustSpeakerName);
 }
 
 QSize STT_SpeakerTextEdit::sizeHint() const
 {
-    return {fontMetrics().averageCharWidth() * 16, fontMetrics().height() + 2 * textMargin};
+    return {fontMetrics().averageCharWidth() * 16, LineParts::fieldHeight(font())};
 }
 
 void STT_SpeakerTextEdit::showName(const QString& name)
@@ -100,7 +101,7 @@ void STT_SpeakerTextEdit::editableChanged()
 void STT_SpeakerTextEdit::adjustSpeakerName()
 {
     const QString name = toPlainText();
-    m_isElided = !isEditing() && fontMetrics().horizontalAdvance(name) > viewport()->width() - 2 * textMargin;
+    m_isElided = !isEditing() && fontMetrics().horizontalAdvance(name) > viewport()->width() - 2 * fieldMargin;
     setToolTip(m_isElided ? name.toHtmlEscaped() : QString());
     viewport()->update();
 }
@@ -185,7 +186,7 @@ void STT_SpeakerTextEdit::paintEvent(QPaintEvent* event)
         painter.setPen(palette().color(QPalette::Highlight));
         painter.drawRect(all.adjusted(0, 0, -1, -1));
     } else if (m_isElided) {
-        const QRect place = all.adjusted(textMargin, 0, -textMargin, 0);
+        const QRect place = all.adjusted(fieldMargin, 0, -fieldMargin, 0);
         painter.setPen(palette().color(QPalette::Text));
         painter.drawText(place, Qt::AlignVCenter,
                          fontMetrics().elidedText(toPlainText(), Qt::ElideRight, place.width()));

@@ -61,7 +61,7 @@ Window::STT_TranscriptManagerWindow(std::unique_ptr<ITranscriptWindowInfo> host,
 /// A speaker field in which the user types loses the focus when it is destroyed, after the host is gone.
 Window::~STT_TranscriptManagerWindow()
 {
-    m_entryColumn->disconnect(this);
+    delete m_entryColumn;
 }
 
 void Window::createWidgets()

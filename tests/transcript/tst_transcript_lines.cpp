@@ -201,7 +201,8 @@ private slots:
                 QCOMPARE(entry->speakerEdit()->toPlainText(), QString::fromStdString(shown.info->speakerText(key)));
                 const QTextBlock block = shown.text().document()->findBlockByNumber(
                     shown.window->getBlockNumberForSegment(entry->segment()));
-                QCOMPARE(entry->y(), shown.text().blockRect(block).top());
+                const int apart = entry->y() - shown.text().blockRect(block).top();
+                QVERIFY2(std::abs(apart) <= 2, qPrintable(QString::number(apart)));
             }
         }
         QVERIFY(seen.size() > 500);
