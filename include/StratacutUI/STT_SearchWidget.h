@@ -43,7 +43,7 @@ public:
 
 Q_SIGNALS:
     /// The user asks for the next or the previous occurrence.
-    void searchText(Direction direction);
+    void searchText(STT_SearchWidget::Direction direction);
 
 public Q_SLOTS:
     void onSearchLabelTextChanged();

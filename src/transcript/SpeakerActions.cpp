@@ -75,6 +75,7 @@ void STT_TranscriptManagerWindow::RefreshSpeakerMenu(int)
             &STT_TranscriptManagerWindow::AddNewSpeakerAction);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is fixed
 void STT_TranscriptManagerWindow::IdentifySpeakerAction(QAction*, STT_SpeakerInfo speaker)
 {
     const int segment = menuSegment();
@@ -89,6 +90,7 @@ void STT_TranscriptManagerWindow::ClearNameSpeakerAction()
         SpeakerNameChangedSlot(segment, QString());
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is fixed
 void STT_TranscriptManagerWindow::CorrectSpeakerAction(QAction*, STT_SpeakerInfo speaker)
 {
     const int segment = menuSegment();
