@@ -154,8 +154,8 @@ void AudioMappingWidget::onAddButtonClicked(int index)
 
 void AudioMappingWidget::revealLater(TrackMappingWidget* row)
 {
-    // Only when the layout has given it a place.
-    QTimer::singleShot(0, row, [row] {
+    // A timer of some length runs after all that is posted, so that the layouts have given the row its place.
+    QTimer::singleShot(1, row, [row] {
         for (QWidget* widget = row->parentWidget(); widget; widget = widget->parentWidget()) {
             if (auto* area = qobject_cast<QScrollArea*>(widget))
                 return area->ensureWidgetVisible(row);

@@ -17,6 +17,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QScopeGuard>
+#include <QScrollArea>
 #include <QSignalSpy>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -206,6 +207,22 @@ private slots:
         support::expectMessage(QtWarningMsg, "out of range");
         window.mapping->removeTrackMapping(5, false);
         QCOMPARE(window.rows().size(), 1);
+    }
+
+    void aRowAddedBelowTheEdgeIsScrolledTo()
+    {
+        Window window;
+        QScrollArea area;
+        area.setWidgetResizable(true);
+        area.setWidget(window.mapping);
+        QJsonArray many;
+        for (int i = 0; i < 40; ++i)
+            many.append(row("Dialogue"));
+        window.mapping->setValue(mappingOf(many));
+        area.resize(600, 200);
+        area.show();
+        QTest::mouseClick(window.button("m_plusButton", 39), Qt::LeftButton);
+        QTRY_VERIFY(!window.button("m_plusButton", 40)->visibleRegion().isEmpty());
     }
 
     void onlyAMappingWithoutRowsIsReported_data()
