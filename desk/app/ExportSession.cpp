@@ -66,6 +66,7 @@ Status ExportSession::openMedia()
             return sequence.error();
         m_library.add(*sequence);
         m_sequences += sequence->id;
+        tell(sequence->notices);
         if (sequence->picture && services::words::frameRate(sequence->frameRate).isEmpty())
             console::note(QStringLiteral("%1 has %2 frames a second and is written at the nearest rate of the output.")
                               .arg(path)

@@ -152,6 +152,8 @@ Result<QString> ItemSession::sequence(const QString& media)
     const auto opened = media::openSequence(media);
     if (!opened)
         return opened.error();
+    for (const QString& notice : opened->notices)
+        console::note(notice);
     m_host->library().add(*opened);
     return opened->id;
 }

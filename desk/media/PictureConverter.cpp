@@ -218,7 +218,6 @@ struct PictureConverter::Private {
     Status prepare(const AVFrame& in, const Fit& fit, Planes& planes);
     Status scaleRgb(const AVFrame& in, const ColourMeaning& meaning, const Fit& fit, Planes& planes);
     void place(const Planes& planes, const Fit& fit, Frame& out) const;
-    void blacken(Frame& out) const;
 };
 
 PictureConverter::PictureConverter(const PictureTarget& target, Rational pixelAspect) : d(new Private)
@@ -350,11 +349,12 @@ Status PictureConverter::Private::scaleRgb(const AVFrame& in, const ColourMeanin
     return {};
 }
 
-void PictureConverter::Private::blacken(Frame& out) const
+void blacken(const PictureTarget& target, Frame& out)
 {
     out.format = target;
+    const bool halved = target.sampling == Sampling::YCbCr422;
     const std::size_t area = std::size_t(target.width) * std::size_t(target.height);
-    const std::size_t chromaWidth = std::size_t(targetChromaW() == 1 ? (target.width + 1) / 2 : target.width);
+    const std::size_t chromaWidth = std::size_t(halved ? (target.width + 1) / 2 : target.width);
     const int up = target.bitDepth - 8;
     out.planes[0].assign(area, std::uint16_t(16 << up));
     out.planes[1].assign(chromaWidth * std::size_t(target.height), std::uint16_t(128 << up));
@@ -388,7 +388,7 @@ Status PictureConverter::convert(const AVFrame& in, Frame& out)
     Planes planes;
     if (const Status status = d->prepare(in, fit, planes); !status)
         return status;
-    d->blacken(out);
+    blacken(d->target, out);
     d->place(planes, fit, out);
     return {};
 }

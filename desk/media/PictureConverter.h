@@ -24,4 +24,7 @@ private:
     std::unique_ptr<Private> d;
 };
 
+/// Makes `out` a black picture of the target's format; leaves its number alone.
+void blacken(const PictureTarget& target, Frame& out);
+
 } // namespace desk::media

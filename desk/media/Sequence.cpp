@@ -3,6 +3,7 @@
 #include "desk/media/MediaFile.h"
 #include "desk/media/PictureDecoder.h"
 #include "desk/media/PictureIndex.h"
+#include "desk/media/Timeline.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -200,6 +201,8 @@ QString identifier(const QString& canonicalPath)
     return QUuid::createUuidV5(space, canonicalPath).toString(QUuid::WithoutBraces);
 }
 
+} // namespace
+
 Sequence describeFile(const QString& path)
 {
     const QFileInfo info(path);
@@ -211,6 +214,9 @@ Sequence describeFile(const QString& path)
     sequence.modified = info.lastModified().toMSecsSinceEpoch();
     return sequence;
 }
+
+namespace
+{
 
 /// Some files leave it to the pictures to say that they are made of fields.
 Status learnFromFirstFrame(Sequence& sequence)
@@ -247,11 +253,18 @@ bool PictureTrackInfo::isHighDynamicRange() const
     return transfer == QLatin1String("smpte2084") || transfer == QLatin1String("arib-std-b67");
 }
 
+bool isTimelineFile(const QString& path)
+{
+    return path.endsWith(QLatin1String(".otio"), Qt::CaseInsensitive);
+}
+
 Result<Sequence> openSequence(const QString& path)
 {
     const Result<QString> checked = checkedMediaPath(path);
     if (!checked)
         return checked.error();
+    if (isTimelineFile(*checked))
+        return openTimeline(*checked);
     Result<FormatPtr> file = openMediaFile(*checked);
     if (!file)
         return file.error();

@@ -4,6 +4,7 @@
 #include "desk/base/Result.h"
 
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 #include <memory>
@@ -12,7 +13,7 @@
 namespace desk::media
 {
 
-/// One audio track of a sequence: one channel of one audio stream of the file.
+/// One audio track of a sequence: one channel of one audio stream of the file, or of one audio track of a timeline.
 struct AudioTrackInfo {
     /// "A1", "A2", ... in the order of streams and channels.
     QString name;
@@ -23,7 +24,7 @@ struct AudioTrackInfo {
     /// As the file gives it, mostly ISO 639-2 ("eng"); empty where it does not say.
     QString language;
     QString codec;
-    /// The stream's number in the file and the channel in that stream, both from 0.
+    /// The number of the stream in the file or of the audio track in the timeline, and the channel in it; from 0.
     int stream = 0;
     int channel = 0;
     /// Samples a second in the file.
@@ -61,8 +62,12 @@ struct PictureTrackInfo {
 /// Where each frame lies in the file; made while the file is opened and shared by its readers. Never changes.
 class PictureIndex;
 
-/// A media file as the desk edits it: one picture track and its audio tracks, with time 0 at the first picture.
-/// A value; copies share the index. A sequence without picture has sound only and cannot be exported.
+/// What of which file a timeline shows and sounds when. Never changes.
+struct EditList;
+
+/// A media file, or a timeline that takes parts of several, as the desk edits it: one picture track and its audio
+/// tracks, with time 0 at the first picture. A value; copies share the index and the edit list. A sequence without
+/// picture has sound only and cannot be exported.
 struct Sequence {
     /// A UUID made from the canonical path of the file alone: the same in every run, and when the file is written
     /// anew; another when the file moves.
@@ -83,17 +88,29 @@ struct Sequence {
     qint64 soundSamples = 0;
     /// "hh:mm:ss:ff", with ";" before the frames for drop-frame; empty where the file has none.
     QString startTimecode;
+    /// Of a timeline that of its first clip, but high dynamic range where any clip has it.
     std::optional<PictureTrackInfo> picture;
     QVector<AudioTrackInfo> audio;
+    /// Set for a file with a picture.
     std::shared_ptr<const PictureIndex> index;
+    /// Set for a timeline.
+    std::shared_ptr<const EditList> edits;
+    /// What of a timeline is left out or silent, one sentence each.
+    QStringList notices;
+
+    bool isTimeline() const { return edits != nullptr; }
 };
 
-/// Opens a media file of this machine and learns everything above. Reads the file's index, or the whole file where it
-/// has none: not for the user-interface thread. Any thread; calls do not disturb each other.
+/// Whether a file of this name is read as a timeline: OpenTimelineIO JSON, ".otio".
+bool isTimelineFile(const QString& path);
+
+/// Opens a media file or a timeline of this machine and learns everything above. Reads the file's index, or the whole
+/// file where it has none: not for the user-interface thread. Any thread; calls do not disturb each other.
 ///
 /// Refused, each with one sentence: addresses of a network, folders and devices, empty and unreadable files, files
 /// that are no media, playlists (they name other files), a variable frame rate (names the frame where it first
-/// differs), and a file that holds fewer pictures than it promises (names the last good frame).
+/// differs), and a file that holds fewer pictures than it promises (names the last good frame). A timeline also where a
+/// file that it names cannot be opened or a clip cannot be cut exactly.
 Result<Sequence> openSequence(const QString& path);
 
 } // namespace desk::media

@@ -1,5 +1,7 @@
 #include "app/Desk.h"
+#include "media/Otio.h"
 #include "services/Clip.h"
+#include "support/Files.h"
 #include "support/TestMain.h"
 
 #include <QJsonArray>
@@ -148,6 +150,41 @@ private slots:
         const QByteArray sound = decoded({"-i", media}, interleaved);
         QCOMPARE(sound.size(), 6000 * 2 * 3);
         QVERIFY(decoded(cpl, {"-map", "0:a", "-f", "s24le", "-c:a", "pcm_s24le"}) == sound);
+    }
+
+    void aTimelineGivesTheFramesAndSamplesOfItsCuts()
+    {
+        Clip source;
+        source.picture = QStringLiteral("testsrc2");
+        source.frames = 5;
+        source.tracks = 1;
+        const QString a = clip(source, QStringLiteral("a"));
+        source.picture = QStringLiteral("smptehdbars");
+        const QString b = clip(source, QStringLiteral("b"));
+        const QJsonArray cuts{otio::clip(QStringLiteral("a.mov"), otio::range(1, 2, 24)), otio::gap(1, 24),
+                              otio::clip(QStringLiteral("b.mov"), otio::range(3, 2, 24))};
+        support::writeFile(path(QStringLiteral("cut.otio")),
+                           otio::timeline({otio::track("Video", cuts), otio::track("Audio", cuts)}));
+        const QString delivery =
+            exported({path(QStringLiteral("cut.otio")), "--set", "Compression=JPEG 2000 reversible"});
+        const QStringList cpl{"-f", "imf", "-i", support::onlyFile(delivery, QStringLiteral("CPL_*.xml"))};
+        const QStringList raw{"-f", "rawvideo", "-pix_fmt", "yuv422p10le"};
+        const int frame = 1920 * 1080 * 4;
+        const auto pictures = [&](const QString& media, const char* cut) {
+            return decoded({"-i", media}, QStringList{"-map", "0:v", "-vf", QLatin1String(cut)} + raw);
+        };
+        const QByteArray written = decoded(cpl, QStringList{"-map", "0:v"} + raw);
+        QCOMPARE(written.size(), 5 * frame);
+        QVERIFY(written.left(2 * frame) == pictures(a, "trim=start_frame=1:end_frame=3,setpts=PTS-STARTPTS"));
+        QCOMPARE(written.mid(2 * frame, frame / 2), QByteArray("\x40\x00", 2).repeated(frame / 4));
+        QVERIFY(written.mid(3 * frame) == pictures(b, "trim=start_frame=3:end_frame=5,setpts=PTS-STARTPTS"));
+        const QStringList pcm{"-f", "s24le", "-c:a", "pcm_s24le"};
+        const auto sound = [&](const char* cut) {
+            return decoded({"-i", a}, QStringList{"-map", "0:a", "-af", QLatin1String(cut)} + pcm);
+        };
+        QVERIFY(decoded(cpl, QStringList{"-map", "0:a"} + pcm) ==
+                sound("atrim=start_sample=2000:end_sample=6000") + QByteArray(2000 * 3, '\0') +
+                    sound("atrim=start_sample=6000:end_sample=10000"));
     }
 
     void everyRateGivesEveryFrameAndSample_data()

@@ -104,7 +104,10 @@ void DeskWindow::connectAll()
     connect(m_bin, &BinPane::addToPackageAsked, this, &DeskWindow::addSelectedSequences);
     connect(m_bin, &BinPane::filesDropped, this, &DeskWindow::addMedia);
     connect(m_bin->view().selectionModel(), &QItemSelectionModel::selectionChanged, this, &DeskWindow::updateActions);
-    connect(m_loader, &MediaLoader::opened, &m_host->library(), &services::MediaLibrary::add);
+    connect(m_loader, &MediaLoader::opened, this, [this](const media::Sequence& sequence) {
+        m_host->library().add(sequence);
+        m_errors += sequence.notices;
+    });
     connect(m_loader, &MediaLoader::failed, this, [this](const Error& error) { m_errors += error.sentence(); });
     connect(m_loader, &MediaLoader::pendingChanged, this, [this](int files) {
         if (files == 0)
