@@ -39,7 +39,8 @@ const QString target = QStringLiteral("target_url");
 
 constexpr qint64 largestFile = 64 << 20;
 /// Ten days: beyond it times would no longer be exact.
-constexpr qint64 mostTicks = 864000 * ticksPerSecond;
+constexpr qint64 mostSeconds = 864000;
+constexpr qint64 mostTicks = mostSeconds * ticksPerSecond;
 
 const QString tooFar = QStringLiteral("it lies more than ten days from the start");
 const QString repair = QStringLiteral("export the timeline again");
@@ -143,9 +144,10 @@ Result<qint64> Reader::ticks(const QJsonValue& time, const QString& item) const
         return failure(item, QStringLiteral("times at %1 frames a second cannot be kept exactly").arg(given),
                        QStringLiteral("export the timeline at a usual frame rate"));
     const double value = time.toObject()[key::value].toDouble();
-    if (!(std::abs(value) / given <= double(mostTicks / ticksPerSecond)))
+    if (!(std::abs(value) / given <= double(mostSeconds)))
         return failure(item, tooFar);
-    return qint64(std::llround(value * double(ticksPerSecond * rate.den / rate.num)));
+    const qint64 unit = ticksPerSecond * rate.den / rate.num;
+    return qint64(std::llround(value * double(unit)));
 }
 
 Result<Span> Reader::span(const QJsonObject& range, const QString& item) const
