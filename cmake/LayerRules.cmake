@@ -13,7 +13,7 @@ set(STRATACUT_RULE_StratacutUI_transcript NvCoreM2W10 ViewDeckQt Qt5::Core Qt5::
 set(STRATACUT_RULE_StratacutUI ViewDeckQt NvCoreM2W10 Qt5::Core Qt5::Gui Qt5::Widgets Boost::headers)
 set(STRATACUT_RULE_deskbase Qt5::Core)
 set(STRATACUT_RULE_deskimf deskbase Qt5::Core PkgConfig::OPENJP2 OpenSSL::Crypto Threads::Threads)
-set(STRATACUT_RULE_deskmedia deskbase Qt5::Core PkgConfig::FFMPEG Threads::Threads)
+set(STRATACUT_RULE_deskmedia deskbase Qt5::Core PkgConfig::FFMPEG PkgConfig::SDL2 Threads::Threads)
 set(STRATACUT_RULE_deskspeech deskbase Qt5::Core Qt5::Sql PkgConfig::POCKETSPHINX Threads::Threads)
 set(STRATACUT_RULE_deskservices deskbase deskimf deskmedia deskspeech StratacutUI Qt5::Core Qt5::Gui)
 set(STRATACUT_RULE_deskapp deskservices StratacutUI ViewDeckQt NvCoreM2W10 Qt5::Core Qt5::Gui Qt5::Widgets)

@@ -58,7 +58,7 @@ function(stratacut_test name)
 endfunction()
 
 set(STRATACUT_TEST_ENV
-    "QT_QPA_PLATFORM=offscreen;TZ=UTC;LC_ALL=C.UTF-8;QT_LOGGING_RULES=;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime")
+    "QT_QPA_PLATFORM=offscreen;SDL_AUDIODRIVER=dummy;TZ=UTC;LC_ALL=C.UTF-8;QT_LOGGING_RULES=;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime")
 if(STRATACUT_SANITIZE)
   list(APPEND STRATACUT_TEST_ENV
        "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/leaks.supp:print_suppressions=0"

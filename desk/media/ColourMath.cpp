@@ -142,4 +142,22 @@ void halveRow(const std::uint16_t* in, int width, std::vector<std::uint16_t>& ou
     }
 }
 
+AVPixelFormat plainFormat(int format)
+{
+    switch (format) {
+    case AV_PIX_FMT_YUVJ420P:
+        return AV_PIX_FMT_YUV420P;
+    case AV_PIX_FMT_YUVJ422P:
+        return AV_PIX_FMT_YUV422P;
+    case AV_PIX_FMT_YUVJ444P:
+        return AV_PIX_FMT_YUV444P;
+    case AV_PIX_FMT_YUVJ440P:
+        return AV_PIX_FMT_YUV440P;
+    case AV_PIX_FMT_YUVJ411P:
+        return AV_PIX_FMT_YUV411P;
+    default:
+        return AVPixelFormat(format);
+    }
+}
+
 } // namespace desk::media

@@ -30,6 +30,9 @@ struct MeaningOf {
 
 MeaningOf colourMeaning(const AVFrame& frame);
 
+/// The pixel format without the old names that stand for full range.
+AVPixelFormat plainFormat(int format);
+
 /// Three rows of samples Y Cb Cr or R G B, in place to Y Cb Cr of BT.709 in narrow range at 16 bits. The values are
 /// in the upper `depth` bits of each word.
 class ColourMatrix

@@ -181,25 +181,6 @@ AVPixelFormat planarFormat(int log2ChromaW, int depth)
     return log2ChromaW == 1 ? row->half : row->whole;
 }
 
-/// The scaler treats the full-range twins of YCbCr formats as an order to change the range.
-AVPixelFormat plainFormat(int format)
-{
-    switch (format) {
-    case AV_PIX_FMT_YUVJ420P:
-        return AV_PIX_FMT_YUV420P;
-    case AV_PIX_FMT_YUVJ422P:
-        return AV_PIX_FMT_YUV422P;
-    case AV_PIX_FMT_YUVJ444P:
-        return AV_PIX_FMT_YUV444P;
-    case AV_PIX_FMT_YUVJ440P:
-        return AV_PIX_FMT_YUV440P;
-    case AV_PIX_FMT_YUVJ411P:
-        return AV_PIX_FMT_YUV411P;
-    default:
-        return AVPixelFormat(format);
-    }
-}
-
 } // namespace
 
 struct PictureConverter::Private {

@@ -1,0 +1,208 @@
+#include "desk/media/PictureFeed.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace desk::media
+{
+
+namespace
+{
+
+/// Frames of a run that are decoded forwards and shown backwards: going back a frame at a time would decode a group of
+/// pictures for each.
+constexpr qint64 group = 12;
+/// Pictures that a run starts with.
+constexpr std::size_t enough = 3;
+
+} // namespace
+
+PictureFeed::PictureFeed(const Sequence& sequence, std::function<void()> ready)
+    : m_sequence(sequence),
+      m_ready(std::move(ready)),
+      m_source(m_sequence, {FF_THREAD_FRAME | FF_THREAD_SLICE, 0}),
+      m_thread([this] { loop(); })
+{
+}
+
+PictureFeed::~PictureFeed()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_ending = true;
+        ++m_order.number;
+    }
+    m_wake.notify_all();
+    m_thread.join();
+}
+
+void PictureFeed::setBox(QSize box)
+{
+    const std::lock_guard lock(m_mutex);
+    m_order.box = box;
+}
+
+void PictureFeed::show(qint64 frame)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_order = {Order::Kind::Show, true, frame, 1, m_order.box, m_order.number + 1};
+        m_queue.clear();
+    }
+    m_wake.notify_all();
+}
+
+void PictureFeed::rest()
+{
+    const std::lock_guard lock(m_mutex);
+    m_order = {Order::Kind::Show, false, 0, 1, m_order.box, m_order.number + 1};
+    m_queue.clear();
+}
+
+void PictureFeed::run(qint64 frame, int step)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_order = {Order::Kind::Run, true, frame, step, m_order.box, m_order.number + 1};
+        m_queue.clear();
+        m_due = frame;
+        m_dropped = 0;
+        m_told = false;
+    }
+    m_wake.notify_all();
+}
+
+bool PictureFeed::isPrimed() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_told;
+}
+
+PreviewPtr PictureFeed::take(qint64 due)
+{
+    PreviewPtr taken;
+    {
+        const std::lock_guard lock(m_mutex);
+        const int direction = m_order.step < 0 ? -1 : 1;
+        m_due = due;
+        const bool shows = m_order.kind == Order::Kind::Show;
+        while (!m_queue.empty() && (shows || (m_queue.front()->frame - due) * direction <= 0)) {
+            m_dropped += taken ? 1 : 0;
+            taken = std::move(m_queue.front());
+            m_queue.pop_front();
+        }
+    }
+    m_wake.notify_all();
+    return taken;
+}
+
+qint64 PictureFeed::dropped() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_dropped;
+}
+
+bool PictureFeed::mayWork() const
+{
+    return m_order.open && (m_order.kind == Order::Kind::Show || m_queue.size() < ahead);
+}
+
+/// The next picture or group; what is left of the order stays behind.
+PictureFeed::Order PictureFeed::nextOrder()
+{
+    Order next = m_order;
+    if (next.kind == Order::Kind::Show) {
+        m_order.open = false;
+        return next;
+    }
+    // Late frames of a run are not worth decoding; the one that is due now will be late too.
+    const qint64 behind = (m_due - next.frame) * (next.step < 0 ? -1 : 1);
+    if (behind > 0) {
+        const qint64 skipped = (behind + std::abs(next.step) - 1) / std::abs(next.step);
+        m_dropped += skipped;
+        next.frame += skipped * next.step;
+    }
+    m_order.frame = next.frame + (next.step < 0 ? group : 1) * next.step;
+    m_order.open = m_order.frame >= 0 && m_order.frame < m_sequence.frames;
+    return next;
+}
+
+bool PictureFeed::isWanted(const Order& order) const
+{
+    const bool shows = order.kind == Order::Kind::Show && m_order.kind == Order::Kind::Show;
+    return shows || m_order.number == order.number;
+}
+
+bool PictureFeed::isCurrent(const Order& order) const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_order.number == order.number;
+}
+
+PreviewPtr PictureFeed::decode(qint64 frame, QSize box)
+{
+    const auto failed = [frame](const Error& error) {
+        auto preview = std::make_shared<Preview>();
+        preview->frame = frame;
+        preview->problem = error.sentence();
+        return preview;
+    };
+    if (!m_opened) {
+        Status status = checkUnchanged(m_sequence, QStringLiteral("picture"));
+        status = status ? m_source.open() : status;
+        if (!status)
+            return failed(status.error());
+        m_opened = true;
+    }
+    const Result<SourceFrame> source = m_source.frame(frame);
+    if (!source)
+        return failed(source.error());
+    const Result<PreviewPtr> preview = m_maker.make(*source, frame, box);
+    return preview ? *preview : failed(preview.error());
+}
+
+void PictureFeed::work(const Order& order)
+{
+    std::deque<PreviewPtr> pictures;
+    const bool backwards = order.kind == Order::Kind::Run && order.step < 0;
+    const qint64 stride = std::abs(order.step);
+    const qint64 more = backwards ? std::min(group - 1, order.frame / stride) : 0;
+    for (qint64 frame = order.frame - more * stride; frame <= order.frame && isCurrent(order); frame += stride) {
+        const PreviewPtr picture = decode(frame, order.box);
+        backwards ? pictures.push_front(picture) : pictures.push_back(picture);
+    }
+    place(order, std::move(pictures));
+}
+
+void PictureFeed::place(const Order& order, std::deque<PreviewPtr> pictures)
+{
+    bool tell = false;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!isWanted(order))
+            return;
+        for (PreviewPtr& picture : pictures)
+            m_queue.push_back(std::move(picture));
+        const bool primed = order.kind == Order::Kind::Run && (m_queue.size() >= enough || !m_order.open) && !m_told;
+        m_told = m_told || primed;
+        tell = primed || order.kind == Order::Kind::Show;
+    }
+    if (tell)
+        m_ready();
+}
+
+void PictureFeed::loop()
+{
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_wake.wait(lock, [this] { return m_ending || mayWork(); });
+        if (m_ending)
+            return;
+        const Order order = nextOrder();
+        lock.unlock();
+        work(order);
+        lock.lock();
+    }
+}
+
+} // namespace desk::media
