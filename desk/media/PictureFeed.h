@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desk/media/Preview.h"
+#include "desk/media/PreviewMaker.h"
 
 #include <condition_variable>
 #include <deque>

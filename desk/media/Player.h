@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desk/media/Preview.h"
+#include "desk/media/Sequence.h"
 #include "desk/media/SoundOutput.h"
 
 #include <QElapsedTimer>

@@ -104,10 +104,13 @@ void MediaEngine::reserved20() {}
 
 QStringList MediaEngine::mobIdsFromMimeData(const QMimeData* mime)
 {
+    return mime ? idsOf(*mime) : QStringList();
+}
+
+QStringList MediaEngine::idsOf(const QMimeData& mime)
+{
     QStringList ids;
-    if (!mime)
-        return ids;
-    const QJsonArray list = QJsonDocument::fromJson(mime->data(QLatin1String(dragFormat))).array();
+    const QJsonArray list = QJsonDocument::fromJson(mime.data(QLatin1String(dragFormat))).array();
     for (const QJsonValue& id : list) {
         if (id.isString())
             ids += id.toString();

@@ -25,6 +25,8 @@ public:
 
     /// The data of a drag of these sequences, for drag sources of the host; the caller owns it.
     static QMimeData* mimeData(const QStringList& ids);
+    /// The sequences that such data carry; none for other data.
+    static QStringList idsOf(const QMimeData& mime);
 
     void reserved1() override;
     void reserved2() override;

@@ -183,7 +183,7 @@ private slots:
         const QPersistentModelIndex made = delivery(QStringLiteral("Typed"));
         const QModelIndex imp = model().index(0, 0, made);
         m_window->tree().select(model().index(0, 0, imp));
-        QTest::keyClick(&m_window->bin().view(), Qt::Key_Return);
+        trigger("addSequence");
         QCOMPARE(model().rowCount(imp), 2);
         m_window->tree().select(made);
         trigger("addSequence");

@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <cmath>
+#include <condition_variable>
 #include <mutex>
 #include <thread>
 
@@ -28,7 +29,7 @@ int spelledNumber(const Preview& picture)
     return number;
 }
 
-/// A sound device that plays steadily and remembers what. Stalls when told to, as a busy machine does.
+/// A sound device that plays steadily and remembers what.
 class SteadyDevice : public SoundOutput
 {
 public:
@@ -41,14 +42,12 @@ public:
         m_count = 0;
         m_runs = true;
         m_thread = std::thread([this, pull = std::move(pull)] {
-            QElapsedTimer clock;
-            clock.start();
-            for (qint64 done = 0; m_runs; ++done) {
-                while (m_runs && clock.elapsed() < done * 10)
-                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            auto next = std::chrono::steady_clock::now();
+            std::unique_lock lock(m_mutex);
+            while (!m_wake.wait_until(lock, next, [this] { return !m_runs; })) {
+                next += std::chrono::milliseconds(10);
                 std::vector<float> pairs(960, 0.0F);
                 const int got = pull(pairs.data(), 480);
-                const std::lock_guard lock(m_mutex);
                 played.insert(played.end(), pairs.begin(), pairs.begin() + got * 2);
                 m_count += got;
             }
@@ -57,7 +56,11 @@ public:
 
     void stop() override
     {
-        m_runs = false;
+        {
+            const std::lock_guard lock(m_mutex);
+            m_runs = false;
+        }
+        m_wake.notify_all();
         if (m_thread.joinable())
             m_thread.join();
     }
@@ -68,8 +71,9 @@ public:
 
 private:
     std::atomic<qint64> m_count{0};
-    std::atomic<bool> m_runs{false};
+    bool m_runs = false;
     std::mutex m_mutex;
+    std::condition_variable m_wake;
     std::thread m_thread;
 };
 

@@ -47,7 +47,7 @@ BinView::BinView(QWidget* parent) : QListView(parent)
     setDragDropMode(DragOnly);
     setUniformItemSizes(true);
     setVerticalScrollMode(ScrollPerPixel);
-    connect(this, &QListView::doubleClicked, this, &BinView::addToPackageAsked);
+    connect(this, &QListView::doubleClicked, this, &BinView::openAsked);
 }
 
 QStringList BinView::selectedIds() const
@@ -80,7 +80,7 @@ void BinView::keyPressEvent(QKeyEvent* event)
     if (key == Qt::Key_Delete || key == Qt::Key_Backspace)
         emit removeAsked();
     else if (key == Qt::Key_Return || key == Qt::Key_Enter)
-        emit addToPackageAsked();
+        emit openAsked();
     else
         QListView::keyPressEvent(event);
 }
@@ -121,8 +121,9 @@ QWidget* BinPane::createInvitation()
     page->setAutoFillBackground(true);
     page->setBackgroundRole(QPalette::Base);
     auto* layout = new QVBoxLayout(page);
-    layout->addWidget(invitation(QStringLiteral("Drop media files here or click Add Media\n\n"
-                                                "Then drag a sequence onto a package")));
+    layout->addWidget(
+        invitation(QStringLiteral("Drop media files here or click Add Media\n\n"
+                                  "Then double-click a sequence to watch it, or drag it onto a package")));
     return page;
 }
 
@@ -151,7 +152,7 @@ void BinPane::connectAll(BinModel* model, MediaLoader* loader)
     connect(m_use, &QPushButton::clicked, this, &BinPane::addToPackageAsked);
     connect(m_remove, &QPushButton::clicked, this, &BinPane::removeAsked);
     connect(m_view, &BinView::removeAsked, this, &BinPane::removeAsked);
-    connect(m_view, &BinView::addToPackageAsked, this, &BinPane::addToPackageAsked);
+    connect(m_view, &BinView::openAsked, this, &BinPane::openAsked);
     connect(model, &QAbstractItemModel::rowsInserted, this, &BinPane::refresh);
     connect(model, &QAbstractItemModel::rowsRemoved, this, &BinPane::refresh);
     connect(m_view->selectionModel(), &QItemSelectionModel::selectionChanged, this, &BinPane::refresh);

@@ -27,7 +27,7 @@ public:
 signals:
     void removeAsked();
     /// Enter or a double click.
-    void addToPackageAsked();
+    void openAsked();
 
 protected:
     void startDrag(Qt::DropActions actions) override;
@@ -49,6 +49,7 @@ signals:
     void addAsked();
     void removeAsked();
     void addToPackageAsked();
+    void openAsked();
     void filesDropped(const QStringList& paths);
 
 protected:

@@ -15,6 +15,7 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPushButton>
+#include <QSplitter>
 
 namespace desk::app
 {
@@ -46,10 +47,16 @@ const DeskWindow::ActionRow DeskWindow::actionRows[] = {
     {"", "refreshAll", "Refresh A&ll", "Shift+F5", &DeskWindow::refreshAll},
     {"", "resolveMissing", "Find &What Is Missing...", "", &DeskWindow::resolveMissing},
     {nullptr, "export", "&Export", "Ctrl+E", &DeskWindow::exportSelected},
+    {"&Monitor", "loadMonitor", "&Load Selected Sequence", "Ctrl+L", &DeskWindow::loadSelectedSequence},
+    {"", "playStop", "&Play or Stop", "Ctrl+Space", &DeskWindow::togglePlayback},
+    {"", "clearMarks", "&Clear Marks", "", &DeskWindow::clearMarks},
     {"&View", "focusBin", "&Bin", "Ctrl+1", &DeskWindow::focusBin},
     {"", "focusPackages", "&Packages", "Ctrl+2", &DeskWindow::focusPackages},
     {"", "focusParameters", "P&arameters", "Ctrl+3", &DeskWindow::focusParameters},
     {"", "focusJobs", "E&xports", "Ctrl+4", &DeskWindow::focusJobs},
+    {"", "focusSource", "&Source Monitor", "Ctrl+5", &DeskWindow::focusSource},
+    {"", "focusRecord", "&Record Monitor", "Ctrl+6", &DeskWindow::focusRecord},
+    {nullptr, "showMonitors", "Show &Monitors", "Ctrl+M", &DeskWindow::showMonitors},
     {"&Help", "about", "&About Stratacut Desk", "", &DeskWindow::about},
 };
 
@@ -67,9 +74,10 @@ void DeskWindow::createActions()
         m_actions.insert(action->objectName(), action);
         if (row.run)
             connect(action, &QAction::triggered, this, row.run);
-        if (action->objectName() == QLatin1String("focusJobs"))
+        if (action->objectName() == QLatin1String("showMonitors"))
             createSkinActions(menu);
     }
+    action(QStringLiteral("showMonitors"))->setCheckable(true);
     // Not a member: closing tells by its answer whether the window went.
     connect(action(QStringLiteral("quit")), &QAction::triggered, this, [this] { close(); });
 }
@@ -120,6 +128,7 @@ void DeskWindow::updateActions()
     const QModelIndex delivery = currentDelivery();
     const bool written = delivery.isValid() && Model::StatusFromIndex(delivery) == IMF_PackageMgr::Committed;
     const bool media = m_bin->view().selectionModel()->hasSelection();
+    const bool watching = m_source->player().sequence() || m_record->player().sequence();
 
     const struct {
         const char* name;
@@ -127,6 +136,9 @@ void DeskWindow::updateActions()
     } states[] = {
         {"removeMedia", media},
         {"addSequence", media},
+        {"loadMonitor", media},
+        {"playStop", watching},
+        {"clearMarks", watching},
         {"newImp", delivery.isValid()},
         {"rename", open},
         {"chooseFolder", open && isDelivery},
@@ -244,6 +256,68 @@ void DeskWindow::focusJobs()
         if (button->isVisible() && button->isEnabled())
             return button->setFocus(Qt::ShortcutFocusReason);
     }
+}
+
+void DeskWindow::focusSource()
+{
+    action(QStringLiteral("showMonitors"))->setChecked(true);
+    showMonitors();
+    m_source->setFocus(Qt::ShortcutFocusReason);
+}
+
+void DeskWindow::focusRecord()
+{
+    action(QStringLiteral("showMonitors"))->setChecked(true);
+    showMonitors();
+    m_record->setFocus(Qt::ShortcutFocusReason);
+}
+
+void DeskWindow::showMonitors()
+{
+    const bool shown = action(QStringLiteral("showMonitors"))->isChecked();
+    m_settings.monitors = shown ? WindowSettings::Monitors::Shown : WindowSettings::Monitors::Hidden;
+    if (!shown) {
+        m_source->player().stop();
+        m_record->player().stop();
+    }
+    m_monitors->setVisible(shown);
+    scheduleSave();
+}
+
+void DeskWindow::loadSelectedSequence()
+{
+    const QStringList ids = m_bin->view().selectedIds();
+    if (!ids.isEmpty())
+        loadInMonitor(ids.first());
+}
+
+void DeskWindow::loadInMonitor(const QString& id)
+{
+    const auto item = m_host->library().find(id);
+    if (item)
+        loadInMonitor(id, media::isTimelineFile(item->path) ? *m_record : *m_source);
+}
+
+void DeskWindow::loadInMonitor(const QString& id, MonitorPane& monitor)
+{
+    const auto item = m_host->library().find(id);
+    if (!item)
+        return;
+    action(QStringLiteral("showMonitors"))->setChecked(true);
+    showMonitors();
+    monitor.open(item->path, item->name);
+    m_activeMonitor = &monitor;
+    monitor.setFocus();
+}
+
+void DeskWindow::togglePlayback()
+{
+    m_activeMonitor->player().togglePlay();
+}
+
+void DeskWindow::clearMarks()
+{
+    m_activeMonitor->player().clearMarks();
 }
 
 void DeskWindow::chooseMedia()

@@ -11,10 +11,13 @@
 #include "desk/app/window/MediaLoader.h"
 #include "desk/app/window/PaneParts.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QScreen>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
 namespace desk::app
@@ -22,7 +25,9 @@ namespace desk::app
 
 namespace
 {
-constexpr QSize firstSize(1360, 840);
+constexpr QSize firstSize(1600, 960);
+constexpr int binWidth = 320;
+constexpr int jobsHeight = 130;
 
 /// A splitter whose panes keep their sizes when the window grows, but for one.
 QSplitter* splitter(const char* name, Qt::Orientation orientation, const QList<QWidget*>& panes, int growing)
@@ -55,6 +60,7 @@ DeskWindow::DeskWindow(Host* host)
     createActions();
     connectAll();
     connectModel();
+    connectMonitors();
     restoreLook();
     updateActions();
 }
@@ -74,6 +80,10 @@ void DeskWindow::createWidgets()
     m_manager = new IMF_ManagerWindow(&m_host->model(), m_host->model().rootIndex());
     m_manager->setObjectName(QStringLiteral("m_manager"));
     m_jobs = new JobPane(&m_host->output());
+    const auto sound = media::systemSoundOutput();
+    m_source = new MonitorPane(MonitorPane::Kind::Source, sound);
+    m_record = new MonitorPane(MonitorPane::Kind::Record, sound);
+    m_activeMonitor = m_source;
     m_hint = new QuietLabel;
 }
 
@@ -81,15 +91,25 @@ void DeskWindow::layOut()
 {
     m_bin->setMinimumWidth(260);
     m_jobs->setMinimumHeight(110);
-    m_down = splitter("m_downSplitter", Qt::Vertical, {m_manager, m_jobs}, 0);
-    m_across = splitter("m_acrossSplitter", Qt::Horizontal, {m_bin, m_down}, 1);
-    m_across->setSizes({320, firstSize.width() - 320});
-    m_down->setSizes({firstSize.height() - 170, 170});
+    m_work = new QTabWidget;
+    m_work->setDocumentMode(true);
+    m_work->setTabBarAutoHide(true);
+    m_work->addTab(m_manager, QStringLiteral("Packages"));
+    m_monitors = splitter("m_monitorSplitter", Qt::Horizontal, {m_source, m_record}, 0);
+    m_monitors->setStretchFactor(1, 1);
+    m_column = splitter("m_columnSplitter", Qt::Vertical, {m_monitors, m_work, m_jobs}, 0);
+    m_across = splitter("m_acrossSplitter", Qt::Horizontal, {m_bin, m_column}, 1);
+    const int side = firstSize.width() - binWidth;
+    const int monitorHeight = side / 2 * 9 / 16 + 100;
+    m_across->setSizes({binWidth, side});
+    m_monitors->setSizes({side / 2, side / 2});
+    m_column->setSizes({monitorHeight, firstSize.height() - monitorHeight - jobsHeight, jobsHeight});
     setCentralWidget(m_across);
     statusBar()->setSizeGripEnabled(false);
     m_hint->setContentsMargins(spacing::gap, 0, spacing::gap, 0);
     statusBar()->addWidget(m_hint, 1);
-    resize(firstSize);
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    resize(screen ? firstSize.boundedTo(screen->availableSize()) : firstSize);
 }
 
 IMF_TreeView& DeskWindow::tree() const
@@ -102,6 +122,7 @@ void DeskWindow::connectAll()
     connect(m_bin, &BinPane::addAsked, this, &DeskWindow::chooseMedia);
     connect(m_bin, &BinPane::removeAsked, this, &DeskWindow::removeSelectedSequences);
     connect(m_bin, &BinPane::addToPackageAsked, this, &DeskWindow::addSelectedSequences);
+    connect(m_bin, &BinPane::openAsked, this, &DeskWindow::loadSelectedSequence);
     connect(m_bin, &BinPane::filesDropped, this, &DeskWindow::addMedia);
     connect(m_bin->view().selectionModel(), &QItemSelectionModel::selectionChanged, this, &DeskWindow::updateActions);
     connect(m_loader, &MediaLoader::opened, this, [this](const media::Sequence& sequence) {
@@ -124,6 +145,26 @@ void DeskWindow::connectAll()
     const auto splitters = findChildren<QSplitter*>();
     for (QSplitter* one : splitters)
         connect(one, &QSplitter::splitterMoved, this, &DeskWindow::scheduleSave);
+}
+
+void DeskWindow::connectMonitors()
+{
+    for (MonitorPane* one : {m_source, m_record}) {
+        MonitorPane* other = one == m_source ? m_record : m_source;
+        // They share the sound.
+        connect(&one->player(), &media::Player::aboutToPlay, this, [this, one, other] {
+            other->player().stop();
+            m_activeMonitor = one;
+        });
+        connect(one, &MonitorPane::sequenceDropped, this, [this, one](const QString& id) { loadInMonitor(id, *one); });
+        connect(&one->player(), &media::Player::loaded, this, &DeskWindow::updateActions);
+        connect(&one->player(), &media::Player::failed, this,
+                [this](const QString& sentence) { statusBar()->showMessage(sentence); });
+    }
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+        for (MonitorPane* one : {m_source, m_record})
+            m_activeMonitor = now && one->isAncestorOf(now) ? one : m_activeMonitor;
+    });
 }
 
 void DeskWindow::connectModel()
@@ -159,6 +200,9 @@ void DeskWindow::restoreLook()
         if (auto* one = findChild<QSplitter*>(entry.key()))
             one->restoreState(*entry);
     }
+    const bool shown = m_settings.monitors == WindowSettings::Monitors::Shown;
+    action(QStringLiteral("showMonitors"))->setChecked(shown);
+    m_monitors->setVisible(shown);
 }
 
 WindowSettings DeskWindow::look() const

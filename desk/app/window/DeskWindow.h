@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ViewDeckQt/ManagedWindow.h"
+#include "desk/app/window/MonitorPane.h"
 #include "desk/app/window/WindowSettings.h"
 #include "desk/base/Result.h"
 
@@ -15,6 +16,7 @@ class IMF_TreeView;
 class QActionGroup;
 class QLabel;
 class QSplitter;
+class QTabWidget;
 
 namespace desk::services
 {
@@ -31,8 +33,9 @@ class JobPane;
 class MediaLoader;
 class Thumbnails;
 
-/// The desk: the bin on the left, the package manager and below it the exports. All that can be done here is an action
-/// of the menu bar with a key of its own. Work is kept a moment after each change and when the window closes.
+/// The desk: the bin on the left; on the right the monitors, below them the package manager and the exports. All that
+/// can be done here is an action of the menu bar with a key of its own. Work is kept a moment after each change and
+/// when the window closes.
 class DeskWindow : public QMainWindow, public ViewDeckQt::ManagedWindow
 {
     Q_OBJECT
@@ -60,6 +63,11 @@ public:
 
     JobPane& jobs() const { return *m_jobs; }
 
+    MonitorPane& monitor(MonitorPane::Kind kind) const
+    {
+        return kind == MonitorPane::Kind::Source ? *m_source : *m_record;
+    }
+
 signals:
     /// The work was kept.
     void saved();
@@ -79,6 +87,7 @@ private:
     void createSkinActions(QMenu* menu);
     void connectAll();
     void connectModel();
+    void connectMonitors();
     void restoreLook();
     WindowSettings look() const;
 
@@ -100,8 +109,17 @@ private:
     void focusPackages();
     void focusParameters();
     void focusJobs();
+    void focusSource();
+    void focusRecord();
+    void loadSelectedSequence();
+    void togglePlayback();
+    void clearMarks();
+    void showMonitors();
     void about();
 
+    /// A clip goes to the source monitor, a timeline to the record monitor.
+    void loadInMonitor(const QString& id);
+    void loadInMonitor(const QString& id, MonitorPane& monitor);
     QModelIndex current() const;
     QModelIndex currentDelivery() const;
     void selectNewestDelivery();
@@ -126,8 +144,15 @@ private:
     BinPane* m_bin = nullptr;
     IMF_ManagerWindow* m_manager = nullptr;
     JobPane* m_jobs = nullptr;
+    MonitorPane* m_source = nullptr;
+    MonitorPane* m_record = nullptr;
+    /// The one that keys of the menu bar mean.
+    MonitorPane* m_activeMonitor = nullptr;
+    /// What is worked on below the monitors, a tab each; a single one shows no tabs.
+    QTabWidget* m_work = nullptr;
+    QSplitter* m_monitors = nullptr;
     QSplitter* m_across = nullptr;
-    QSplitter* m_down = nullptr;
+    QSplitter* m_column = nullptr;
     QLabel* m_hint = nullptr;
     QHash<QString, QAction*> m_actions;
     QStringList m_errors;

@@ -18,6 +18,7 @@ const QString geometry = QStringLiteral("geometry");
 const QString splitters = QStringLiteral("splitters");
 const QString dialogs = QStringLiteral("dialogs");
 const QString mediaFolder = QStringLiteral("mediaFolder");
+const QString monitors = QStringLiteral("monitors");
 } // namespace key
 
 const QString lightSkin = QStringLiteral("light");
@@ -44,6 +45,7 @@ WindowSettings WindowSettings::load(const QString& file)
     settings.skin = json[key::skin].toString() == lightSkin ? Palette::Skin::Light : Palette::Skin::Dark;
     settings.geometry = bytesOf(json[key::geometry]);
     settings.mediaFolder = json[key::mediaFolder].toString();
+    settings.monitors = json[key::monitors].toBool(true) ? Monitors::Shown : Monitors::Hidden;
     const QJsonObject splitters = json[key::splitters].toObject();
     for (auto entry = splitters.constBegin(); entry != splitters.constEnd(); ++entry)
         settings.splitters[entry.key()] = bytesOf(*entry);
@@ -67,6 +69,7 @@ Status WindowSettings::save(const QString& file) const
     const QJsonObject json{{key::skin, skin == Palette::Skin::Light ? lightSkin : darkSkin},
                            {key::geometry, textOf(geometry)},
                            {key::mediaFolder, mediaFolder},
+                           {key::monitors, monitors == Monitors::Shown},
                            {key::splitters, states},
                            {key::dialogs, sizes}};
     const QByteArray text = QJsonDocument(json).toJson();

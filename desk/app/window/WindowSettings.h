@@ -22,6 +22,7 @@ struct WindowSettings {
     QMap<QString, QSize> dialogs;
     /// Where the last media came from.
     QString mediaFolder;
+    enum class Monitors { Shown, Hidden } monitors = Monitors::Shown;
 
     /// What cannot be read keeps its default: looks are no work that could be lost.
     static WindowSettings load(const QString& file);

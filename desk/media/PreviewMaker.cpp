@@ -1,4 +1,4 @@
-#include "desk/media/Preview.h"
+#include "desk/media/PreviewMaker.h"
 
 #include "desk/media/ColourMath.h"
 
