@@ -97,6 +97,15 @@ void Hand::click(QAbstractItemView* view, const QModelIndex& index)
     QApplication::processEvents();
 }
 
+void Hand::doubleClick(QAbstractItemView* view, const QModelIndex& index)
+{
+    click(view, index);
+    const QPoint place = view->visualRect(index).center();
+    send(view->viewport(), QEvent::MouseButtonDblClick, place, Qt::LeftButton);
+    send(view->viewport(), QEvent::MouseButtonRelease, place, Qt::NoButton);
+    QApplication::processEvents();
+}
+
 void Hand::key(QWidget* widget, int key, Qt::KeyboardModifiers modifiers)
 {
     sendKey(widget, key, modifiers, {});

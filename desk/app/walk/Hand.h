@@ -30,6 +30,7 @@ public:
 
     static void click(QWidget* widget);
     static void click(QAbstractItemView* view, const QModelIndex& index);
+    static void doubleClick(QAbstractItemView* view, const QModelIndex& index);
     static void key(QWidget* widget, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     /// Clicks a field, selects what it holds and types over it.
     static void type(QWidget* field, const QString& text);

@@ -13,7 +13,12 @@
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QDir>
+#include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
@@ -32,6 +37,37 @@ namespace
 const QString deliveryName = QStringLiteral("Evening by the Sea");
 const QString issuer = QStringLiteral("Stratacut Pictures");
 const QString contentTitle = QStringLiteral("Evening by the Sea");
+
+QJsonObject timeOf(int frames)
+{
+    return {{"OTIO_SCHEMA", "RationalTime.1"}, {"rate", 24.0}, {"value", frames}};
+}
+
+QJsonObject rangeOf(int start, int frames)
+{
+    return {{"OTIO_SCHEMA", "TimeRange.1"}, {"start_time", timeOf(start)}, {"duration", timeOf(frames)}};
+}
+
+/// A timeline of the second and the first part of a clip with black between them.
+QByteArray trailer(const QString& media)
+{
+    const auto clip = [&](int start) {
+        return QJsonObject{
+            {"OTIO_SCHEMA", "Clip.1"},
+            {"name", QFileInfo(media).completeBaseName()},
+            {"source_range", rangeOf(start, 48)},
+            {"media_reference", QJsonObject{{"OTIO_SCHEMA", "ExternalReference.1"}, {"target_url", media}}}};
+    };
+    const QJsonArray children{clip(72), QJsonObject{{"OTIO_SCHEMA", "Gap.1"}, {"source_range", rangeOf(0, 24)}},
+                              clip(0)};
+    QJsonArray tracks;
+    for (const char* kind : {"Video", "Audio"})
+        tracks += QJsonObject{{"OTIO_SCHEMA", "Track.1"}, {"kind", kind}, {"children", children}};
+    return QJsonDocument(QJsonObject{{"OTIO_SCHEMA", "Timeline.1"},
+                                     {"global_start_time", timeOf(86400)},
+                                     {"tracks", QJsonObject{{"OTIO_SCHEMA", "Stack.1"}, {"children", tracks}}}})
+        .toJson();
+}
 
 bool isCommitted(const QModelIndex& index)
 {
@@ -111,10 +147,10 @@ Status Walk::takeSteps(const QVector<Status (Walk::*)()>& steps)
 
 Status Walk::work()
 {
-    return takeSteps({&Walk::open, &Walk::start, &Walk::fillBin, &Walk::createDelivery, &Walk::dropSequence,
-                      &Walk::renameDelivery, &Walk::fillIn, &Walk::chooseFolder, &Walk::describeComposition,
-                      &Walk::exportDelivery, &Walk::readCommitted, &Walk::cancelExport, &Walk::changeSkin,
-                      &Walk::refuseToForget, &Walk::quit});
+    return takeSteps({&Walk::open, &Walk::start, &Walk::fillBin, &Walk::watchClip, &Walk::createDelivery,
+                      &Walk::dropSequence, &Walk::renameDelivery, &Walk::fillIn, &Walk::chooseFolder,
+                      &Walk::describeComposition, &Walk::exportDelivery, &Walk::readCommitted, &Walk::cancelExport,
+                      &Walk::watchTimeline, &Walk::changeSkin, &Walk::refuseToForget, &Walk::quit});
 }
 
 /// The place that is chosen for the delivery.
@@ -176,6 +212,56 @@ Status Walk::fillBin()
     Hand::click(&m_window->bin().view(), bin->index(0, 0));
     Status seen = expect(added, QStringLiteral("taking the media into the bin"));
     return seen ? m_hand->shoot(QStringLiteral("media-in-the-bin")) : seen;
+}
+
+Status Walk::watch(int row, MonitorPane& monitor)
+{
+    BinView& bin = m_window->bin().view();
+    Hand::doubleClick(&bin, bin.model()->index(row, 0));
+    const bool shown = Hand::waitFor([&] { return monitor.player().picture() && monitor.message().isEmpty(); });
+    return expect(shown, QStringLiteral("showing a sequence in its monitor"));
+}
+
+Status Walk::watchClip()
+{
+    MonitorPane& monitor = m_window->monitor(MonitorPane::Kind::Source);
+    Status shown = watch(0, monitor);
+    if (!shown)
+        return shown;
+    QWidget* view = monitor.focusWidget();
+    const media::Player& player = monitor.player();
+    const qint64 frames = player.frames();
+    Hand::key(view, Qt::Key_L);
+    bool played = Hand::waitFor([&] { return player.position() >= frames / 4; });
+    Hand::key(view, Qt::Key_I);
+    played = played && Hand::waitFor([&] { return player.position() >= frames / 2; });
+    Status pictured = m_hand->shoot(QStringLiteral("playing"));
+    Hand::key(view, Qt::Key_O);
+    Hand::key(view, Qt::Key_K);
+    Status done = expect(played && player.markIn() > 0 && player.markOut() > player.markIn() && !player.isPlaying(),
+                         QStringLiteral("playing and marking a clip"));
+    return done ? pictured : done;
+}
+
+/// The second half of the clip, a second of black, the first half.
+Status Walk::watchTimeline()
+{
+    const QString file = m_request.folder + QStringLiteral("/trailer.otio");
+    QFile timeline(file);
+    if (!timeline.open(QIODevice::WriteOnly))
+        return expect(false, QStringLiteral("writing a timeline"));
+    timeline.write(trailer(m_request.media));
+    timeline.close();
+    m_window->addMedia({file});
+    const QAbstractItemModel* bin = m_window->bin().view().model();
+    Status added = expect(Hand::waitFor([bin] { return bin->rowCount() == 2; }), QStringLiteral("taking a timeline"));
+    if (!added)
+        return added;
+    MonitorPane& monitor = m_window->monitor(MonitorPane::Kind::Record);
+    Status shown = watch(1, monitor);
+    Hand::key(monitor.focusWidget(), Qt::Key_Right, Qt::ShiftModifier);
+    Hand::waitFor([&] { return monitor.player().picture() && monitor.player().picture()->frame == 10; });
+    return shown ? m_hand->shoot(QStringLiteral("timeline")) : shown;
 }
 
 Status Walk::createDelivery()
@@ -330,8 +416,8 @@ Result<QString> Walk::comeBack()
     m_window->tree().expandAll();
     if (m_host->model().rowCount() == 3)
         Hand::click(&m_window->tree(), delivery(0));
-    Status found = expect(m_host->model().rowCount() == 3 && bin->rowCount() == 1,
-                          QStringLiteral("finding three deliveries and a sequence after the restart"));
+    Status found = expect(m_host->model().rowCount() == 3 && bin->rowCount() == 2,
+                          QStringLiteral("finding three deliveries and two sequences after the restart"));
     if (found)
         found = expect(isCommitted(delivery(0)) && delivery(0).data(Model::NameRole) == deliveryName &&
                            composition(1).isValid() && !isCommitted(delivery(1)),

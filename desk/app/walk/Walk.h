@@ -12,6 +12,8 @@
 namespace desk::app
 {
 
+class MonitorPane;
+
 class DeskWindow;
 class Host;
 class JobRow;
@@ -49,6 +51,8 @@ private:
 
     Status start();
     Status fillBin();
+    Status watchClip();
+    Status watchTimeline();
     Status createDelivery();
     Status dropSequence();
     Status renameDelivery();
@@ -63,6 +67,8 @@ private:
     Status quit();
 
     QString cinemaFolder() const;
+    /// Opens a row of the bin and waits for its picture.
+    Status watch(int row, MonitorPane& monitor);
     QModelIndex delivery(int row) const;
     QModelIndex composition(int row) const;
     Status expect(bool held, const QString& what) const;

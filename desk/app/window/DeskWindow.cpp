@@ -26,6 +26,7 @@ namespace desk::app
 namespace
 {
 constexpr QSize firstSize(1600, 960);
+constexpr int smallestScreen = 1024;
 constexpr int binWidth = 320;
 constexpr int jobsHeight = 130;
 
@@ -108,8 +109,9 @@ void DeskWindow::layOut()
     statusBar()->setSizeGripEnabled(false);
     m_hint->setContentsMargins(spacing::gap, 0, spacing::gap, 0);
     statusBar()->addWidget(m_hint, 1);
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    resize(screen ? firstSize.boundedTo(screen->availableSize()) : firstSize);
+    // A display that nobody looks at may be smaller than any desk.
+    const QSize screen = QGuiApplication::primaryScreen()->availableSize();
+    resize(screen.width() < smallestScreen ? firstSize : firstSize.boundedTo(screen));
 }
 
 IMF_TreeView& DeskWindow::tree() const

@@ -102,6 +102,8 @@ void MonitorPane::createWidgets()
     const QString title = m_kind == Kind::Source ? QStringLiteral("Source") : QStringLiteral("Record");
     m_title = paneTitle(title);
     m_name = new QuietLabel;
+    // A long name takes no room from the other monitor.
+    m_name->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_view = new MonitorView;
     m_view->setObjectName(QStringLiteral("m_view"));
     m_view->setAccessibleName(title + QStringLiteral(" Monitor"));
