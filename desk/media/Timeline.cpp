@@ -108,12 +108,12 @@ Status Conform::openMedia()
         }
     }
     missing.removeDuplicates();
-    if (!missing.isEmpty())
-        return failure({},
-                       QStringLiteral("%n media file(s) it names are not there: %1")
-                           .replace(QLatin1String("%n"), QString::number(missing.size()))
-                           .arg(missing.join(QStringLiteral(", "))),
+    if (!missing.isEmpty()) {
+        const QString what = missing.size() == 1 ? QStringLiteral("a media file that it names is not there: %1")
+                                                 : QStringLiteral("media files that it names are not there: %1");
+        return failure({}, what.arg(missing.join(QStringLiteral(", "))),
                        QStringLiteral("bring the media back or relink the timeline"));
+    }
     QHash<QString, MediaPtr> byPath;
     for (const OtioTrack& track : m_timeline.tracks) {
         for (const OtioClip& clip : track.clips) {

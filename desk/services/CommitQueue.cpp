@@ -3,6 +3,10 @@
 #include <QDir>
 #include <QElapsedTimer>
 
+#ifdef Q_OS_LINUX
+#include <sys/resource.h>
+#endif
+
 namespace desk::services
 {
 
@@ -36,6 +40,18 @@ private:
     QElapsedTimer m_timer;
     qint64 m_reported = 0;
 };
+
+namespace
+{
+/// Of the calling thread, and of those that it starts: all that encode and decode for it.
+void lowerPriority()
+{
+#ifdef Q_OS_LINUX
+    constexpr int nice = 10;
+    setpriority(PRIO_PROCESS, 0, nice);
+#endif
+}
+} // namespace
 
 struct CommitQueue::Job {
     CommitPlan plan;
@@ -97,6 +113,8 @@ void CommitQueue::loop()
                 return;
             job = m_jobs.front();
         }
+        if (m_yields)
+            lowerPriority();
         const IMFO_Bridge::Error outcome = run(*job);
         {
             // Before the completion: whoever hears of it may start the next commit of the same delivery at once.

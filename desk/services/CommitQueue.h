@@ -3,6 +3,7 @@
 #include "StratacutUI/IMFO_Bridge.h"
 #include "desk/services/CommitPlan.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -28,6 +29,10 @@ public:
     void add(const CommitPlan& plan, IMFO_CommitCallback done);
     /// Any thread. Cancels the commit of a delivery, running or waiting. Its completion says so.
     void cancel(const QByteArray& deliveryId);
+
+    /// Any thread. Commits that start after this leave the processor to what somebody watches or listens to.
+    void yieldToPlayback() { m_yields = true; }
+
     /// Any thread. Whether a commit of the delivery runs or waits.
     bool isBusy(const QByteArray& deliveryId) const;
 
@@ -43,6 +48,7 @@ private:
     std::condition_variable m_wake;
     std::deque<std::shared_ptr<Job>> m_jobs;
     bool m_ending = false;
+    std::atomic<bool> m_yields{false};
     std::thread m_thread;
 };
 

@@ -48,6 +48,9 @@ public:
     /// Counts for commits that start after the call.
     void setPadding(Padding padding) { m_padding = padding; }
 
+    /// As CommitQueue has it.
+    void yieldToPlayback() { m_queue.yieldToPlayback(); }
+
     /// The item model whose order of IMPs readDelivery() keeps: a folder lists them in the order of their commits,
     /// which is another one where they were committed one by one. Not owned.
     void follow(const QAbstractItemModel* packageModel) { m_packageModel = packageModel; }

@@ -136,7 +136,7 @@ private slots:
         row("a million deep", QByteArray(1000000, '['), "no JSON");
         row("other JSON", "[1, 2]", "no OpenTimelineIO timeline");
         row("empty timeline", otio::timeline({}), "no clip with picture or sound");
-        row("missing media", video(otio::clip("gone/a.mov", part)), "1 media file(s) it names are not there");
+        row("missing media", video(otio::clip("gone/a.mov", part)), "a media file that it names is not there");
         row("offline media", video({{"OTIO_SCHEMA", "Clip.1"}, {"name", "x"}, {"source_range", part}}),
             "clip \"x\" in track V1");
         row("remote media", video(otio::clip("https://example.org/a.mov", part)), "only files of this machine");

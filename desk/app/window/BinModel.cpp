@@ -41,6 +41,8 @@ QStringList factsOf(const services::BinItem& item)
     const QString sound = tracks == 0   ? QStringLiteral("no sound")
                           : tracks == 1 ? QStringLiteral("1 audio track")
                                         : QStringLiteral("%1 audio tracks").arg(tracks);
+    if (media::isTimelineFile(item.path))
+        picture.prepend(QStringLiteral("timeline"));
     return {(picture.isEmpty() ? QStringList{size} : picture).join(separator()),
             (picture.isEmpty() ? QStringList{sound} : QStringList{size, sound}).join(separator())};
 }

@@ -56,6 +56,7 @@ DeskWindow::DeskWindow(Host* host)
 {
     setObjectName(QStringLiteral("DeskWindow"));
     setManagedTitle(NvText("Stratacut Desk"));
+    m_host->output().yieldToPlayback();
     createWidgets();
     layOut();
     createActions();

@@ -175,7 +175,8 @@ void MonitorPane::goTo(qint64 frame)
 
 void MonitorPane::open(const QString& path, const QString& name)
 {
-    m_opening = name;
+    m_asked = name;
+    m_opening = true;
     m_failure.clear();
     m_player.unload();
     showLoaded();
@@ -191,7 +192,7 @@ void MonitorPane::finish(int number, const Result<media::Sequence>& sequence)
 {
     if (number != m_number)
         return;
-    m_opening.clear();
+    m_opening = false;
     if (!sequence)
         m_failure = sequence.error().sentence();
     else
@@ -202,7 +203,8 @@ void MonitorPane::finish(int number, const Result<media::Sequence>& sequence)
 void MonitorPane::close()
 {
     ++m_number;
-    m_opening.clear();
+    m_opening = false;
+    m_asked.clear();
     m_failure.clear();
     m_player.unload();
     showLoaded();
@@ -224,8 +226,8 @@ void MonitorPane::showMessage()
     const media::PreviewPtr& picture = m_player.picture();
     if (!m_failure.isEmpty())
         m_view->setMessage(m_failure, MonitorView::Tone::Attention);
-    else if (!m_opening.isEmpty())
-        m_view->setMessage(QStringLiteral("Opening %1...").arg(m_opening));
+    else if (m_opening)
+        m_view->setMessage(QStringLiteral("Opening %1...").arg(m_asked));
     else if (!m_player.sequence())
         m_view->setMessage(invitationText());
     else if (picture && !picture->problem.isEmpty())
@@ -239,7 +241,7 @@ void MonitorPane::showMessage()
 void MonitorPane::showLoaded()
 {
     const auto& sequence = m_player.sequence();
-    m_name->setText(sequence ? sequence->name : m_opening);
+    m_name->setText(sequence ? sequence->name : m_asked);
     m_name->setToolTip(sequence ? sequence->path : QString());
     m_timecode = sequence ? media::Timecode::startingAt(sequence->startTimecode, m_player.rate()) : media::Timecode();
     m_bar->setFrames(m_player.frames());

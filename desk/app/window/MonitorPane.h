@@ -80,8 +80,9 @@ private:
     Kind m_kind;
     media::Player m_player;
     media::Timecode m_timecode;
-    /// While a file is being opened, its name; after a failure, the sentence.
-    QString m_opening;
+    /// What was asked for last; while it is being opened, and after a failure, all there is to say of it.
+    QString m_asked;
+    bool m_opening = false;
     QString m_failure;
     int m_number = 0;
     QLabel* m_title = nullptr;

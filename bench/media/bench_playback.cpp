@@ -1,0 +1,148 @@
+#include "desk/media/Player.h"
+
+#include "desk/media/PictureDecoder.h"
+#include "desk/media/PictureIndex.h"
+
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPainter>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+
+// Does playback keep up, and what does it cost? 1080p 10-bit ProRes with six tracks of sound plays for eight seconds
+// into a monitor of 960 x 540 whose picture is painted. And how long does a seek take against the bare decoder's?
+
+namespace
+{
+
+using namespace desk::media;
+
+constexpr QSize monitor(960, 540);
+
+bool ffmpeg(const QStringList& words)
+{
+    return QProcess::execute(QStringLiteral("ffmpeg"), QStringList{"-nostdin", "-v", "error", "-y"} + words) == 0;
+}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.empty() ? 0 : values[values.size() / 2];
+}
+
+double processorSeconds()
+{
+    return double(std::clock()) / CLOCKS_PER_SEC;
+}
+
+Sequence makeClip(const QString& path, const QStringList& codec)
+{
+    QStringList words{"-f", "lavfi", "-i", "testsrc2=s=1920x1080:r=24:d=10",
+                      "-f", "lavfi", "-i", "sine=f=440:r=48000:d=10"};
+    words += {"-filter_complex", "[1:a]asplit=6[a][b][c][d][e][f]", "-map", "0:v"};
+    for (const char* pad : {"[a]", "[b]", "[c]", "[d]", "[e]", "[f]"})
+        words += {"-map", pad};
+    if (!ffmpeg(words + codec + QStringList{"-c:a", "pcm_s24le", path}))
+        std::abort();
+    const auto opened = openSequence(path);
+    if (!opened)
+        std::abort();
+    return *opened;
+}
+
+void play(const Sequence& sequence)
+{
+    Player player(systemSoundOutput());
+    player.setBox(monitor);
+    player.load(sequence);
+    QImage screen(monitor, QImage::Format_RGB32);
+    std::vector<double> paints;
+    QObject::connect(&player, &Player::pictureChanged, &player, [&] {
+        const auto& picture = *player.picture();
+        if (picture.pixels.empty())
+            return;
+        QElapsedTimer clock;
+        clock.start();
+        const QImage image(picture.pixels.data(), picture.size.width(), picture.size.height(), picture.stride,
+                           QImage::Format_RGB32);
+        QPainter(&screen).drawImage(0, 0, image);
+        paints.push_back(double(clock.nsecsElapsed()) / 1e6);
+    });
+    QEventLoop loop;
+    const qint64 frames = 192;
+    QObject::connect(&player, &Player::positionChanged, &loop, [&](qint64 frame) {
+        if (frame >= frames)
+            loop.quit();
+    });
+    player.play();
+    const double before = processorSeconds();
+    QElapsedTimer clock;
+    clock.start();
+    loop.exec();
+    const double share = (processorSeconds() - before) / (double(clock.nsecsElapsed()) / 1e9);
+    const Player::Statistics counts = player.statistics();
+    std::printf("playback of 1080p ProRes, frames dropped of %lld | %lld | 0\n", frames, counts.dropped);
+    std::printf("playback of 1080p ProRes, mean and longest lateness in frames | %.2f, %.2f | below 1\n",
+                counts.lateness / double(counts.shown) * 24, counts.latest * 24);
+    std::printf("playback of 1080p ProRes, painting a picture, of a frame's time | %.4f | none\n",
+                median(paints) * 24 / 1000);
+    std::printf("playback of 1080p ProRes, share of one core | %.2f | none\n", share);
+}
+
+/// The same frames through the player, from the call to the picture, and through a decoder alone, in turn.
+void seek(const char* name, const Sequence& sequence)
+{
+    Player player(systemSoundOutput());
+    player.setBox(monitor);
+    player.load(sequence);
+    PictureDecoder decoder(sequence.path, *sequence.index, {FF_THREAD_FRAME | FF_THREAD_SLICE, 0});
+    if (!decoder.open())
+        std::abort();
+    std::vector<double> ours;
+    std::vector<double> bare;
+    QRandomGenerator random(1);
+    for (int i = 0; i < 60; ++i) {
+        const qint64 frame = random.bounded(int(sequence.frames));
+        QElapsedTimer clock;
+        clock.start();
+        player.seek(frame);
+        QEventLoop loop;
+        QObject::connect(&player, &Player::pictureChanged, &loop, [&] {
+            if (player.picture()->frame == frame)
+                loop.quit();
+        });
+        if (!player.picture() || player.picture()->frame != frame)
+            loop.exec();
+        ours.push_back(double(clock.nsecsElapsed()));
+        clock.start();
+        if (!decoder.frame(frame))
+            std::abort();
+        bare.push_back(double(clock.nsecsElapsed()));
+    }
+    std::printf("seek, %s, against the bare decoder | %.2fx (%.1f ms) | none\n", name, median(ours) / median(bare),
+                median(ours) / 1e6);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication application(argc, argv);
+    QTemporaryDir folder;
+    const Sequence prores = makeClip(folder.filePath(QStringLiteral("prores.mov")),
+                                     {"-c:v", "prores", "-profile:v", "3", "-pix_fmt", "yuv422p10le"});
+    const Sequence h264 = makeClip(folder.filePath(QStringLiteral("h264.mov")),
+                                   {"-c:v", "libx264", "-preset", "veryfast", "-g", "48", "-pix_fmt", "yuv420p"});
+    play(prores);
+    seek("ProRes", prores);
+    seek("H.264 with groups of 48", h264);
+    return 0;
+}
