@@ -47,7 +47,7 @@ namespace
 void lowerPriority()
 {
 #ifdef Q_OS_LINUX
-    constexpr int nice = 10;
+    constexpr int nice = 5;
     setpriority(PRIO_PROCESS, 0, nice);
 #endif
 }
