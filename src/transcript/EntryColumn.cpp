@@ -9,7 +9,6 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QEvent>
-#include <QFontMetrics>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QTextBlock>
@@ -21,8 +20,6 @@
 
 namespace
 {
-constexpr int clipGap = 3;
-
 /// What a clip's line shows; the block owns it.
 struct ClipLine : QTextBlockUserData {
     ClipLine(STT_MissingTranscript shown, QString start) : clip(std::move(shown)), timecode(std::move(start)) {}
@@ -34,18 +31,6 @@ struct ClipLine : QTextBlockUserData {
 const ClipLine* clipOf(const QTextBlock& block)
 {
     return dynamic_cast<const ClipLine*>(block.userData());
-}
-
-/// An empty block is as high as its font: the one way to make room that first and last blocks do not lose.
-QTextCharFormat formatOfHeight(int height)
-{
-    QFont font;
-    font.setPixelSize(height);
-    while (font.pixelSize() > 1 && QFontMetrics(font).height() > height)
-        font.setPixelSize(font.pixelSize() - 1);
-    QTextCharFormat format;
-    format.setFont(font);
-    return format;
 }
 
 /// Where a line's widgets stand: in the middle of the first line of text.
@@ -75,8 +60,9 @@ EntryColumn::EntryColumn(QTextEdit* edit, Texts texts) : QObject(edit), m_edit(e
 
 void EntryColumn::layClipLine(QTextCursor& cursor, const STT_MissingTranscript& clip, const QString& timecode)
 {
-    cursor.setBlockFormat({});
-    cursor.setBlockCharFormat(formatOfHeight(LineParts::clipHeight(QApplication::font())));
+    QTextBlockFormat room;
+    room.setLineHeight(LineParts::clipHeight(QApplication::font()), QTextBlockFormat::MinimumHeight);
+    cursor.mergeBlockFormat(room);
     QTextBlock block = cursor.block();
     block.setUserState(-1);
     block.setUserData(new ClipLine(clip, timecode));
@@ -190,7 +176,7 @@ EntryColumn::Places EntryColumn::placesInView() const
         } else if (clipOf(block)) {
             const int width = view.width() - 2 * LineParts::clipEdge;
             const QRect line(LineParts::clipEdge, top, width, int(bounds.height()));
-            places.clips.push_back({block.blockNumber(), line.adjusted(0, clipGap, 0, -clipGap)});
+            places.clips.push_back({block.blockNumber(), line});
         }
     }
     return places;

@@ -33,7 +33,7 @@ int fieldHeight(const QFont& font)
 
 int clipHeight(const QFont& font)
 {
-    constexpr int air = 20;
+    constexpr int air = 16;
     return 2 * QFontMetrics(font).height() + air;
 }
 
