@@ -4,6 +4,7 @@
 #include "StratacutUI/IMF_DataParser.h"
 #include "StratacutUI/ImfDict.h"
 #include "ViewDeckQt/PWDiscrete.h"
+#include "ViewDeckQt/PWExpandableContainer.h"
 #include "ViewDeckQt/PaletteManager.h"
 #include "support/Junk.h"
 #include "support/Rows.h"
@@ -214,7 +215,11 @@ private slots:
         Window window;
         QScrollArea area;
         area.setWidgetResizable(true);
-        area.setWidget(window.mapping);
+        auto* page = new QWidget;
+        auto* section = new ViewDeckQt::PWExpandableContainer(page, "Audio", "section");
+        section->addContent(window.mapping);
+        (new QVBoxLayout(page))->addWidget(section);
+        area.setWidget(page);
         QJsonArray many;
         for (int i = 0; i < 40; ++i)
             many.append(row("Dialogue"));
