@@ -3,12 +3,14 @@
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
 // Widths are rounded to this by the text engine.
 constexpr qreal leastRoom = 1.0 / 64;
 constexpr qreal endlessLine = 1e6;
+constexpr int mostKnown = 20000;
 
 QTextLayout::FormatRange boldRange(int start, int end)
 {
@@ -40,11 +42,15 @@ QVector<QTextLayout::FormatRange> boldParts(const QTextBlock& block, int start, 
     return parts;
 }
 
-int startOfLastLetter(const QString& text, int start, int end)
+/// The letter next to which a gap belongs to the space after the word. Within a letter from right to left, the gap is
+/// on the right.
+std::pair<int, int> spacedLetter(const QString& word)
 {
-    QTextBoundaryFinder letters(QTextBoundaryFinder::Grapheme, text.constData() + start, end - start);
+    QTextBoundaryFinder letters(QTextBoundaryFinder::Grapheme, word);
+    if (word.at(0).direction() == QChar::DirR)
+        return {0, letters.toNextBoundary()};
     letters.toEnd();
-    return start + std::max(letters.toPreviousBoundary(), 0);
+    return {std::max(letters.toPreviousBoundary(), 0), word.size()};
 }
 
 bool joinsToTheLetterBefore(QChar letter)
@@ -85,19 +91,31 @@ QVector<QTextLayout::FormatRange> BoldReserve::rangesFor(const QTextBlock& block
 void BoldReserve::reserve(const QTextBlock& block, const QString& text, const Token& word, Ranges& ranges) const
 {
     const QString letters = text.mid(word.start, word.end - word.start);
-    Ranges now = boldParts(block, word.start, word.end);
-    Token place{startOfLastLetter(text, word.start, word.end), word.end};
-    qreal spacing = 0;
-    if (joinsToTheLetterBefore(text.at(place.start))) {
-        place = {word.end, word.end + 1};
-    } else {
-        // Spacing parts the last letter from the others, which costs their kerning: measured as it will be.
-        spacing = 1;
-        now.append(spacedRange(place.start - word.start, place.end - word.start, spacing));
-    }
-    const qreal missing = widthOf(letters, {boldRange(0, letters.size())}) - (widthOf(letters, now) - spacing);
+    const auto [first, end] = spacedLetter(letters);
+    const bool isJoined = joinsToTheLetterBefore(letters.at(first));
+    const Token spaced = isJoined ? Token{letters.size(), letters.size()} : Token{first, end};
+    const Token place = isJoined ? Token{word.end, word.end + 1} : Token{word.start + first, word.start + end};
+    const qreal missing = missingWidth(letters, spaced, boldParts(block, word.start, word.end));
     if (missing >= leastRoom && place.end <= text.size())
         ranges.append(spacedRange(place.start, place.end, missing));
+}
+
+/// @param spaced the letter of the word that will be spaced; empty for none.
+qreal BoldReserve::missingWidth(const QString& word, const Token& spaced, Ranges bold) const
+{
+    const bool isPlain = bold.isEmpty();
+    if (const auto known = m_missing.constFind(word); isPlain && known != m_missing.constEnd())
+        return *known;
+    // Spacing parts a letter from the others, which costs their kerning: measured as it will be.
+    const qreal spacing = spaced.end > spaced.start ? 1 : 0;
+    if (spaced.end > spaced.start)
+        bold.append(spacedRange(spaced.start, spaced.end, spacing));
+    const qreal missing = widthOf(word, {boldRange(0, word.size())}) - (widthOf(word, bold) - spacing);
+    if (m_missing.size() >= mostKnown)
+        m_missing.clear();
+    if (isPlain)
+        m_missing.insert(word, missing);
+    return missing;
 }
 
 qreal BoldReserve::widthOf(const QString& word, const Ranges& formats) const

@@ -227,7 +227,6 @@ void Window::showEvent(QShowEvent* event)
     if (event->spontaneous())
         return;
     info->prepareTranscript();
-    m_isActive = info->isTranscriptLoaded();
     UpdateTranscriptWindow();
 }
 
@@ -236,6 +235,9 @@ void Window::SourceRecordMonChange()
     m_showsRecord = !m_showsRecord;
     showMonitorImage();
     info->showMonitor(m_showsRecord);
+    // What is known is the other monitor's.
+    m_markIn = m_markOut = m_stoppedAt = -1;
+    m_frame = -1;
     emit monChanged();
     showHighlightColor();
     updateMarkSelection();

@@ -108,7 +108,7 @@ void Window::MarkInSlot()
 
 void Window::MarkOutSlot()
 {
-    info->setMarks(m_markIn, currentFrame());
+    info->setMarks(info->markIn(), currentFrame());
     emit markOutSignal();
 }
 

@@ -96,7 +96,8 @@ void TranscriptLayout::forgetHeights()
     m_difference.assign(std::size_t(count), 0);
     forgetLines(0, std::numeric_limits<int>::max());
     m_hidden.erase(std::lower_bound(m_hidden.begin(), m_hidden.end(), count), m_hidden.end());
-    m_reserve = BoldReserve(document()->defaultFont());
+    if (m_reserve.font() != document()->defaultFont())
+        m_reserve = BoldReserve(document()->defaultFont());
     readEstimate();
     for (const int hidden : m_hidden)
         setHeight(document()->findBlockByNumber(hidden), 0);
@@ -203,9 +204,9 @@ qreal TranscriptLayout::createLines(const QTextBlock& block) const
     option.setTextDirection(block.textDirection());
     option.setAlignment(QStyle::visualAlignment(block.textDirection(), block.blockFormat().alignment()));
     layout.setTextOption(option);
-    // Setting formats marks the block as changed for the next edit, so only where it must be.
+    // Setting formats reports the block as changed with the next edit, so only where they differ.
     const QVector<QTextLayout::FormatRange> reserved = m_reserve.rangesFor(block);
-    if (!reserved.isEmpty() || !layout.formats().isEmpty())
+    if (reserved != layout.formats())
         layout.setFormats(reserved);
     const qreal width = textWidth(block);
     qreal y = 0;

@@ -324,7 +324,7 @@ void TestTranscriptFollowing::keysReachTheMonitor()
     QFETCH(Qt::KeyboardModifiers, modifiers);
     const ShownTranscript shown = longTranscript();
     shown.window->MonPosChangedSlot(7);
-    shown.window->MarkInChangedSlot(2);
+    shown.info->source.markIn = 2;
     QTest::keyClick(&shown.text(), key, modifiers);
     QTEST(shown.info->takeCalls(), "calls");
     shown.window->SwitchEditModeSlot();
