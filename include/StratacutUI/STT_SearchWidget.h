@@ -66,6 +66,8 @@ private:
         int end = 0;
     };
 
+    static bool startsBefore(const Match& match, int position) { return match.start < position; }
+
     /// A place in reading order. Relative to its block it holds while blocks above turn out higher or lower.
     struct ReadingPoint {
         int block = 0;
@@ -76,6 +78,12 @@ private:
         {
             return std::tie(block, y, x) < std::tie(other.block, other.y, other.x);
         }
+    };
+
+    /// A place in the transcript that outlives a rebuild of the text.
+    struct Place {
+        int segment = -1;
+        int offset = 0;
     };
 
     /// Indexes into the matches, the end excluded.
@@ -121,6 +129,7 @@ private:
     // Stepping
     void step(Direction direction);
     void makeCurrent(int match);
+    void findCurrentAgain();
     int firstAfter(const ReadingPoint& point) const;
     int lastBefore(const ReadingPoint& point) const;
     std::vector<int> inReadingOrder(Range matches) const;
@@ -128,6 +137,7 @@ private:
 
     ReadingPoint m_position;
     int m_current = -1;
+    Place m_currentPlace;
     STT_TranscriptTextEdit* m_textEdit = nullptr;
     QLineEdit* m_line = nullptr;
     std::vector<Match> m_matches;

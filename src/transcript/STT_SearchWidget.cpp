@@ -197,6 +197,7 @@ void STT_SearchWidget::onSearchLabelTextChanged()
     m_expression = expressionFor(m_line->text());
     m_isActive = !m_expression.pattern().isEmpty();
     startWhereTheUserReads();
+    m_currentPlace = {};
     highlight();
 }
 
@@ -267,6 +268,7 @@ void STT_SearchWidget::finishSearch()
     m_text = QString();
     m_found = {};
     m_laid = {};
+    findCurrentAgain();
     if (areAllHighlighted())
         lay({0, int(m_matches.size())});
     else

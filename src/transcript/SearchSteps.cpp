@@ -136,9 +136,7 @@ STT_SearchWidget::Range STT_SearchWidget::matchesOfBlocks(int first, int last) c
     const QTextDocument* document = transcriptText()->document();
     const QTextBlock end = document->findBlockByNumber(last);
     const auto from = [this](int position) {
-        const auto found = std::lower_bound(m_matches.begin(), m_matches.end(), position,
-                                            [](const Match& match, int start) { return match.start < start; });
-        return int(found - m_matches.begin());
+        return int(std::lower_bound(m_matches.begin(), m_matches.end(), position, startsBefore) - m_matches.begin());
     };
     return {from(document->findBlockByNumber(first).position()), from(end.position() + end.length())};
 }
@@ -220,6 +218,20 @@ void STT_SearchWidget::step(Direction direction)
     makeCurrent(direction == next ? firstAfter(m_position) : lastBefore(m_position));
 }
 
+/// A rebuild need not have touched the match where the user is.
+void STT_SearchWidget::findCurrentAgain()
+{
+    auto* window = transcriptWindow();
+    const int number = window->getBlockNumberForSegment(m_currentPlace.segment);
+    const QTextBlock block = transcriptText()->document()->findBlockByNumber(number);
+    const int start = block.position() + m_currentPlace.offset;
+    const auto found = std::lower_bound(m_matches.begin(), m_matches.end(), start, startsBefore);
+    if (number < 0 || found == m_matches.end() || found->start != start)
+        return;
+    m_current = int(found - m_matches.begin());
+    m_textEdit = transcriptText();
+}
+
 void STT_SearchWidget::makeCurrent(int match)
 {
     const int former = std::exchange(m_current, match);
@@ -231,6 +243,8 @@ void STT_SearchWidget::makeCurrent(int match)
     m_textEdit->setExtraSelections(m_selections);
     const QTextCursor cursor = cursorOf(m_matches[size_t(match)]);
     m_position = pointOf(cursor);
+    const QTextBlock block = m_textEdit->document()->findBlock(cursor.selectionStart());
+    m_currentPlace = {block.userState(), cursor.selectionStart() - block.position()};
     if (!m_textEdit->isInView(m_textEdit->getTranscriptRectForCursor(cursor)))
         m_textEdit->scrollToMiddle(cursor);
     layInView();

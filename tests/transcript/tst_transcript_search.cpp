@@ -104,6 +104,9 @@ private slots:
         QCOMPARE(highlighted(shown.text()), (QStringList{"One", "one", "one", "one"}));
         QTest::keyClick(line(shown), Qt::Key_Return, Qt::ShiftModifier);
         QCOMPARE(highlighted(shown.text()), (QStringList{"One", "one", "one", "[one]"}));
+        shown.info->source.missing = {{"guid", "before.mov", 0, STT_Transcription::Running, 1, {}}};
+        shown.window->TranscriptInfoChangedSlot(true);
+        QCOMPARE(highlighted(shown.text()), (QStringList{"One", "one", "one", "[one]"}));
     }
 
     /// Long enough to be searched in slices, with more matches than are highlighted at once.
