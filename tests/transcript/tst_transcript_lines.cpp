@@ -124,8 +124,9 @@ private slots:
         openMenu(shown, 1);
         QMenu* menu = STT_TranscriptManagerWindow::GetSpeakerMenu();
         QCOMPARE(textsOf(menu), (QStringList{"Identify Speaker", "Correct Speaker ID"}));
-        QCOMPARE(textsOf(menu->actions()[0]->menu()), (QStringList{"Ada", "Tom && Co", "-", "Clear Name", "Rename"}));
-        QCOMPARE(textsOf(menu->actions()[1]->menu()),
+        QCOMPARE(textsOf(menu->actions().at(0)->menu()),
+                 (QStringList{"Ada", "Tom && Co", "-", "Clear Name", "Rename"}));
+        QCOMPARE(textsOf(menu->actions().at(1)->menu()),
                  (QStringList{"Ada", "Speaker 2", "Tom && Co", "-", "Add New Speaker"}));
         menu->close();
     }
@@ -269,7 +270,7 @@ private slots:
         material.missing = {{"guid-a", "A.mov", 0, STT_Transcription::Missing, 0, {}}};
         const ShownTranscript shown(std::move(material));
         QCOMPARE(shown.window->missingWidgets().size(), 1);
-        QVERIFY(shown.window->missingWidgets().first()->y() < 20);
+        QVERIFY(shown.window->missingWidgets().constFirst()->y() < 20);
         QVERIFY(!visibleLabels(shown).contains(QStringLiteral("Empty transcript")));
         trigger(shown, QStringLiteral("Show Not Transcribed"));
         QTRY_VERIFY(shown.window->missingWidgets().isEmpty());
@@ -338,7 +339,7 @@ private:
     static void choose(const QString& choice)
     {
         QMenu* menu = STT_TranscriptManagerWindow::GetSpeakerMenu();
-        const QList<QAction*> actions = menu->actions()[choice.section('/', 0, 0).toInt()]->menu()->actions();
+        const QList<QAction*> actions = menu->actions().at(choice.section('/', 0, 0).toInt())->menu()->actions();
         for (QAction* action : actions) {
             if (action->text() == choice.section('/', 1)) {
                 menu->close();
