@@ -68,7 +68,7 @@ function(stratacut_check_all_headers)
   foreach(pair IN ITEMS "NvCoreM2W10|host/NvCore/include|host/NvCore/include"
                         "ViewDeckQt|host/ViewDeckQt/include|host/ViewDeckQt/include"
                         "deskbase|.|desk/base" "deskimf|.|desk/imf" "deskmedia|.|desk/media"
-                        "deskservices|.|desk/services" "deskapp|.|desk/app")
+                        "deskspeech|.|desk/speech" "deskservices|.|desk/services" "deskapp|.|desk/app")
     string(REPLACE "|" ";" pair "${pair}")
     list(GET pair 0 layer)
     list(GET pair 1 root)

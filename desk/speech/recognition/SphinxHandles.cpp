@@ -1,0 +1,39 @@
+#include "desk/speech/recognition/SphinxHandles.h"
+
+#include <QByteArray>
+
+namespace desk::speech::sphinx
+{
+
+namespace
+{
+
+/// The library writes pages to the error output. What concerns the user comes back as return values.
+void beSilent()
+{
+    err_set_logfp(nullptr);
+}
+
+} // namespace
+
+DecoderPtr openDecoder(const QByteArray& folder)
+{
+    beSilent();
+    const QByteArray acoustic = folder + "/en-us";
+    const QByteArray language = folder + "/en-us.lm.bin";
+    const QByteArray dictionary = folder + "/cmudict-en-us.dict";
+    const OptionsPtr options(cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", acoustic.constData(), "-lm",
+                                         language.constData(), "-dict", dictionary.constData(), nullptr));
+    return DecoderPtr(options ? ps_init(options.get()) : nullptr);
+}
+
+FrontEndPtr openFrontEnd()
+{
+    beSilent();
+    const OptionsPtr options(cmd_ln_init(nullptr, fe_get_args(), TRUE, "-remove_silence", "no", "-remove_noise", "no",
+                                         "-samprate", "16000", "-nfft", "512", "-lowerf", "130", "-upperf", "6800",
+                                         "-nfilt", "25", "-transform", "dct", "-lifter", "22", nullptr));
+    return FrontEndPtr(options ? fe_init_auto_r(options.get()) : nullptr);
+}
+
+} // namespace desk::speech::sphinx
