@@ -1,5 +1,6 @@
 #include "desk/speech/formats/Readers.h"
 #include "desk/speech/formats/TextReading.h"
+#include "desk/speech/model/Repair.h"
 
 #include <QHash>
 #include <QRegularExpression>
@@ -119,16 +120,23 @@ private:
             from = match.capturedEnd();
         }
         parts.append(text.mid(from));
+        shareOut(parts, names, {start, end});
+    }
+
+    /// Gives each part of a cue time by its length.
+    void shareOut(const QStringList& parts, const QStringList& names, TimeSpan cue)
+    {
+        QVector<qint64> ends;
         qint64 length = 0;
-        for (const QString& part : qAsConst(parts))
-            length += part.size();
-        qint64 before = 0;
-        for (int i = 0; i < parts.size(); ++i) {
-            const qint64 after = before + parts[i].size();
-            const qint64 span = end - start;
-            if (length > 0)
-                addPart(parts[i], names[i], start + int(span * before / length), start + int(span * after / length));
-            before = after;
+        for (const QString& part : parts) {
+            length += withoutMarkup(part).simplified().size();
+            ends.append(length);
+        }
+        const qint64 span = cue.endMs - cue.startMs;
+        for (int i = 0; i < parts.size() && length > 0; ++i) {
+            const qint64 before = i > 0 ? ends[i - 1] : 0;
+            addPart(parts[i], names[i], cue.startMs + int(span * before / length),
+                    cue.startMs + int(span * ends[i] / length));
         }
     }
 

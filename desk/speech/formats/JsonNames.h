@@ -25,6 +25,7 @@ constexpr const char* format = "format";
 constexpr const char* formatName = "stratacut-transcript";
 constexpr const char* version = "version";
 constexpr int currentVersion = 1;
+constexpr const char* title = "title";
 constexpr const char* speakers = "speakers";
 constexpr const char* id = "id";
 constexpr const char* name = "name";

@@ -23,6 +23,9 @@ constexpr qint64 sampleOfMs(qint64 ms)
     return ms * soundRate / 1000;
 }
 
+/// Where to cut samples: the middle of the quietest fifth of a second among the last `range`.
+int quietPlace(const QVector<qint16>& samples, int range);
+
 /// One voice of a clip as mono sound, 16 bits signed, 16 kHz. Sample 0 sounds at the start of the clip. Whoever has the
 /// clip implements it. Used by one thread at a time.
 class SoundSource

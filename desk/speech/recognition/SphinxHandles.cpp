@@ -12,6 +12,7 @@ namespace
 void beSilent()
 {
     err_set_logfp(nullptr);
+    err_set_callback(nullptr, nullptr);
 }
 
 } // namespace
@@ -23,16 +24,18 @@ DecoderPtr openDecoder(const QByteArray& folder)
     const QByteArray language = folder + "/en-us.lm.bin";
     const QByteArray dictionary = folder + "/cmudict-en-us.dict";
     const OptionsPtr options(cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", acoustic.constData(), "-lm",
-                                         language.constData(), "-dict", dictionary.constData(), nullptr));
+                                         language.constData(), "-dict", dictionary.constData(), "-remove_silence", "no",
+                                         nullptr));
     return DecoderPtr(options ? ps_init(options.get()) : nullptr);
 }
 
-FrontEndPtr openFrontEnd()
+FrontEndPtr openFrontEnd(Silence silence)
 {
     beSilent();
-    const OptionsPtr options(cmd_ln_init(nullptr, fe_get_args(), TRUE, "-remove_silence", "no", "-remove_noise", "no",
+    const char* find = silence == Silence::Find ? "yes" : "no";
+    const OptionsPtr options(cmd_ln_init(nullptr, fe_get_args(), TRUE, "-remove_silence", find, "-remove_noise", find,
                                          "-samprate", "16000", "-nfft", "512", "-lowerf", "130", "-upperf", "6800",
-                                         "-nfilt", "25", "-transform", "dct", "-lifter", "22", nullptr));
+                                         "-nfilt", "25", "-transform", "dct", nullptr));
     return FrontEndPtr(options ? fe_init_auto_r(options.get()) : nullptr);
 }
 

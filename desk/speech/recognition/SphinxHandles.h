@@ -30,7 +30,9 @@ using OptionsPtr = std::unique_ptr<cmd_ln_t, Free>;
 /// Loads the models of a folder, which takes a quarter of a second. Null where they cannot be read.
 DecoderPtr openDecoder(const QByteArray& folder);
 
-/// Makes cepstra of every frame, 100 a second, silence included.
-FrontEndPtr openFrontEnd();
+enum class Silence { Keep, Find };
+
+/// Makes cepstra of frames, 100 a second: of every frame, or so that it knows where speech is.
+FrontEndPtr openFrontEnd(Silence silence);
 
 } // namespace desk::speech::sphinx

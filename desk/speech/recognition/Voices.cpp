@@ -240,7 +240,7 @@ private:
 Result<QVector<int>> tellVoicesApart(SoundSource& sound, const QVector<TimeSpan>& spans,
                                      const std::function<bool()>& goOn)
 {
-    const auto frontEnd = sphinx::openFrontEnd();
+    const auto frontEnd = sphinx::openFrontEnd(sphinx::Silence::Keep);
     if (!frontEnd)
         return QVector<int>(spans.size(), 0);
     std::vector<Cluster> clusters;

@@ -9,7 +9,6 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace desk::speech
 {
@@ -20,26 +19,8 @@ namespace
 /// One run of the program. Loading the model costs as much as some seconds of sound; a crash repeats one part.
 constexpr qint64 partLength = 180 * soundRate;
 /// The last stretch of a part, in which the quietest instant becomes its end.
-constexpr qint64 cutRange = 20 * soundRate;
-constexpr int cutStep = soundRate / 5;
+constexpr int cutRange = 20 * soundRate;
 constexpr int pollMs = 100;
-
-/// The middle of the quietest fifth of a second at the end of the samples.
-int quietPlace(const QVector<qint16>& samples)
-{
-    int best = samples.size();
-    qint64 least = -1;
-    for (int at = int(samples.size() - cutRange); at + cutStep <= samples.size(); at += cutStep / 2) {
-        qint64 sum = 0;
-        for (int i = at; i < at + cutStep; ++i)
-            sum += std::abs(int(samples[i]));
-        if (least < 0 || sum < least) {
-            least = sum;
-            best = at + cutStep / 2;
-        }
-    }
-    return best;
-}
 
 /// A WAVE file of 16-bit mono sound.
 bool writeWave(const QString& path, const QVector<qint16>& samples)
@@ -113,7 +94,7 @@ Status WhisperRecogniser::recognise(SoundSource& sound, qint64 first, Recognitio
             return {};
         Part part{at, std::move(*samples)};
         if (part.end() < length && part.samples.size() > 2 * cutRange)
-            part.samples.resize(quietPlace(part.samples));
+            part.samples.resize(quietPlace(part.samples, cutRange));
         const auto batch = recognisePart(part, sink);
         if (!batch)
             return batch.error();

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "desk/base/Result.h"
+#include "desk/speech/model/Transcript.h"
+
+#include <QHash>
+
+namespace desk::speech
+{
+
+/// How far the transcription of a clip is.
+struct ClipState {
+    enum class Stage { Missing, Waiting, Running, Failed, Done };
+
+    Stage stage = Stage::Missing;
+    /// 0 to 100, while it runs.
+    int percent = 0;
+    /// Why it failed and what to do, one sentence.
+    QString failure;
+
+    friend bool operator==(const ClipState& a, const ClipState& b)
+    {
+        return a.stage == b.stage && a.percent == b.percent && a.failure == b.failure;
+    }
+};
+
+/// What a transcription that is not finished has recognised of one track.
+struct RecognisedTrack {
+    /// Recogniser::name() of whose words these are.
+    QString recogniser;
+    QVector<QVector<Word>> utterances;
+    /// As Batch::resumeAt.
+    qint64 resumeAt = 0;
+};
+
+/// By track, counted from 0.
+using Recognised = QHash<int, RecognisedTrack>;
+
+/// What is read when a store is opened.
+struct StoreContents {
+    QVector<Speaker> speakers;
+    QHash<QString, ClipState> clips;
+    QHash<QString, Recognised> recognised;
+};
+
+/// Why a store cannot be used.
+struct StoreProblem {
+    Error error;
+    /// Whether it is another process's lock, which passes.
+    bool isLocked = false;
+};
+
+} // namespace desk::speech

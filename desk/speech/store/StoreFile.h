@@ -1,0 +1,19 @@
+#pragma once
+
+#include "desk/speech/store/Sql.h"
+#include "desk/speech/store/StoreContents.h"
+
+#include <memory>
+
+namespace desk::speech
+{
+
+/// Opens the SQLite file of a project's transcripts for writing, with a write-ahead log; makes it, with its tables,
+/// where it is not there. Looks at the file first and reads it whole through a connection that cannot write: what is
+/// damaged, of another program or of another version stays untouched. Null where that fails, and `problem` says why.
+std::unique_ptr<Sql> openStoreFile(const QString& path, StoreProblem& problem);
+
+/// What a failed statement means for the user.
+StoreProblem storeProblem(const QString& path, const Sql& sql);
+
+} // namespace desk::speech
