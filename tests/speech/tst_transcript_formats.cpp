@@ -342,8 +342,8 @@ private slots:
         QString said;
         for (int i = 0; i < back.transcript.segments.size(); ++i)
             said += saidBy(back.transcript, i);
-        if (format == ExportFormat::WebVtt)
-            QCOMPARE(said, saidIn(captions));
+        // SubRip has no entities, but readers take what looks like one for it.
+        QCOMPARE(said, format == ExportFormat::WebVtt ? saidIn(captions) : saidIn(captions).replace("&amp;", "&"));
     }
 
     void theOwnFormatKeepsEverything()

@@ -1,5 +1,6 @@
 #include "desk/speech/formats/Writers.h"
 
+#include <QRegularExpression>
 #include <QXmlStreamWriter>
 
 namespace desk::speech
@@ -26,10 +27,12 @@ QString timing(const Caption& caption, Rational rate, QChar separator)
            clockTime(caption.endFrame, rate, separator);
 }
 
-/// "-->" in a text would be taken for times.
-QString withoutArrow(QString text)
+/// SubRip has no way to say that "-->" is no time and "<i>" no tag: a mark without width keeps them from being taken
+/// so.
+QString srtText(const QString& text)
 {
-    return text.replace(QLatin1String("-->"), QString::fromUtf8("--\u200b>"));
+    static const QRegularExpression marks(QStringLiteral("(--(?=>)|<(?=[/A-Za-z\\d:.,])|\\{(?=\\\\))"));
+    return QString(text).replace(marks, QStringLiteral("\\1\u200b"));
 }
 
 QString vttText(const QString& text)
@@ -38,11 +41,11 @@ QString vttText(const QString& text)
 }
 
 // Namespaces of TTML2 (W3C, 8 November 2018), 5.1, and of IMSC 1.1, 6.
-constexpr QLatin1String tt("http://www.w3.org/ns/ttml");
-constexpr QLatin1String ttm("http://www.w3.org/ns/ttml#metadata");
-constexpr QLatin1String ttp("http://www.w3.org/ns/ttml#parameter");
-constexpr QLatin1String tts("http://www.w3.org/ns/ttml#styling");
-constexpr QLatin1String xmlSpace("http://www.w3.org/XML/1998/namespace");
+const QLatin1String tt("http://www.w3.org/ns/ttml");
+const QLatin1String ttm("http://www.w3.org/ns/ttml#metadata");
+const QLatin1String ttp("http://www.w3.org/ns/ttml#parameter");
+const QLatin1String tts("http://www.w3.org/ns/ttml#styling");
+const QLatin1String xmlSpace("http://www.w3.org/XML/1998/namespace");
 
 struct Attribute {
     QLatin1String space;
@@ -98,7 +101,8 @@ public:
     QByteArray write()
     {
         m_xml.writeStartDocument();
-        for (const auto& [space, prefix] : {std::pair(tt, ""), {ttm, "ttm"}, {ttp, "ttp"}, {tts, "tts"}})
+        m_xml.writeDefaultNamespace(tt);
+        for (const auto& [space, prefix] : {std::pair(ttm, "ttm"), {ttp, "ttp"}, {tts, "tts"}})
             m_xml.writeNamespace(space, QLatin1String(prefix));
         m_xml.writeStartElement(tt, QStringLiteral("tt"));
         writeParameters();
@@ -218,7 +222,7 @@ QByteArray writeSubRip(const Transcript& transcript, const ExportSettings& setti
     for (const Caption& caption : captions) {
         text += QStringLiteral("%1\r\n").arg(++number) +
                 timing(caption, settings.captions.frameRate, QLatin1Char(',')) + QLatin1String("\r\n") +
-                withoutArrow(caption.lines.join(QLatin1String("\r\n"))) + QLatin1String("\r\n\r\n");
+                srtText(caption.lines.join(QLatin1String("\r\n"))) + QLatin1String("\r\n\r\n");
     }
     return text.toUtf8();
 }

@@ -33,7 +33,7 @@ QVector<Word> unpacked(const QVariant& value)
 /// A null text would be NULL, which no column takes.
 QString notNull(const QString& text)
 {
-    return text.isNull() ? QStringLiteral("") : text;
+    return text.isNull() ? QString(QLatin1String("")) : text;
 }
 
 } // namespace
