@@ -36,6 +36,7 @@ struct State {
     QMutex mutex;
     QString fileName;
     QHash<QByteArray, bool> set;
+    QHash<QByteArray, bool> defaults;
     QSet<QByteArray> reported;
 };
 
@@ -69,11 +70,21 @@ std::optional<bool> parse(const QByteArray& path, const QByteArray& value, const
     return std::nullopt;
 }
 
-std::optional<bool> fromHost(const QByteArray& path)
+std::optional<bool> find(const QHash<QByteArray, bool>& values, const QByteArray& path)
 {
     const QMutexLocker guard(&state().mutex);
-    const auto found = state().set.constFind(path);
-    return found == state().set.constEnd() ? std::nullopt : std::optional<bool>(*found);
+    const auto found = values.constFind(path);
+    return found == values.constEnd() ? std::nullopt : std::optional<bool>(*found);
+}
+
+std::optional<bool> fromHost(const QByteArray& path)
+{
+    return find(state().set, path);
+}
+
+std::optional<bool> fromHostsDefaults(const QByteArray& path)
+{
+    return find(state().defaults, path);
 }
 
 std::optional<bool> fromEnvironment(const QByteArray& path)
@@ -115,7 +126,7 @@ bool defaultOf(const QByteArray& path)
 bool TGL_GetToggle(const char* path)
 {
     const QByteArray key(path);
-    for (auto* place : {fromHost, fromEnvironment, fromFile}) {
+    for (auto* place : {fromHost, fromEnvironment, fromFile, fromHostsDefaults}) {
         if (const std::optional<bool> value = place(key))
             return *value;
     }
@@ -132,6 +143,12 @@ void TGL_ResetToggle(const char* path)
 {
     const QMutexLocker guard(&state().mutex);
     state().set.remove(path);
+}
+
+void TGL_SetDefault(const char* path, bool on)
+{
+    const QMutexLocker guard(&state().mutex);
+    state().defaults.insert(path, on);
 }
 
 QString TGL_ToggleFile()

@@ -9,7 +9,7 @@
 
 namespace
 {
-constexpr QLatin1String separator("----------");
+constexpr char separator[] = "----------";
 }
 
 IMF_TrackGroupingManager::IMF_TrackGroupingManager(QAbstractItemModel* trackModel, const QJsonArray& groups)
@@ -33,14 +33,14 @@ QStringList IMF_TrackGroupingManager::getSourceList()
         return {};
     MXE_Bridge* engine = IMF_MXE_bridge::Instance();
     const MXE_TrackColumns columns = engine->trackColumns(m_trackModel);
-    QStringList sources{stx_func("All Active Tracks"), separator};
+    QStringList sources{stx_func("All Active Tracks"), QLatin1String(separator)};
     for (int row = 0; row < m_trackModel->rowCount(); ++row) {
         const auto text = [&](int column) { return m_trackModel->index(row, column).data().toString(); };
         // Filled in one go: a name that holds "%2" stays what it is.
         sources << QStringLiteral("%1 %2 %3")
                        .arg(text(columns.name), engine->trackLabel(m_trackModel, row), text(columns.secondText));
     }
-    sources << separator;
+    sources << QLatin1String(separator);
     for (const QJsonValue& group : qAsConst(m_groups))
         sources << group.toObject().value(QLatin1String("Name")).toString();
     return sources;

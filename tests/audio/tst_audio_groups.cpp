@@ -223,12 +223,12 @@ private slots:
     void namesThatMeanSomethingElseAreRefused()
     {
         const Shown s;
-        for (const QString name : {"Untitled Group", "All Active Tracks", "----------"}) {
-            s.saveAs(name, [&name](QWidget& asks) {
+        for (const char* name : {"Untitled Group", "All Active Tracks", "----------"}) {
+            s.saveAs(name, [name](QWidget& asks) {
                 {
                     const ModalAnswer answer(QMessageBox::Ok);
                     QTest::mouseClick(asks.findChild<QPushButton*>("OK"), Qt::LeftButton);
-                    QCOMPARE(answer.text, QString("\"%1\" cannot be used as profile name").arg(name));
+                    QCOMPARE(answer.text, QString("\"%1\" cannot be used as profile name").arg(QLatin1String(name)));
                 }
                 QVERIFY(asks.isVisible());
                 asks.findChild<QLineEdit*>("GroupName")->setText("  ");

@@ -146,6 +146,11 @@ private slots:
         qunsetenv(multiMixVariable);
         support::writeFile(TGL_ToggleFile(), "/Stratacut/IMFMultipleAudioMix = no");
         QVERIFY(!TGL_GetToggle(multiMix));
+        TGL_SetDefault(multiMix, true);
+        QVERIFY(!TGL_GetToggle(multiMix));
+        QFile::remove(TGL_ToggleFile());
+        QVERIFY(TGL_GetToggle(multiMix));
+        TGL_SetDefault(multiMix, false);
     }
 
     void aToggleWordIsReadInEveryForm()

@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
+#include <QSignalSpy>
 #include <QTableView>
 
 #include <optional>

@@ -13,7 +13,8 @@
 ///  3. the toggle file (TGL_ToggleFile): UTF-8, a line for each toggle, `path = value`, lines that start with #
 ///  ignored;
 ///     a later line wins;
-///  4. the default below; a path that is not listed is off.
+///  4. the host's own default (TGL_SetDefault);
+///  5. the default below; a path that is not listed is off.
 ///
 /// A value is one of on, true, yes, 1, off, false, no, 0, in any case. Another value counts as not there, which is said
 /// once on the log.
@@ -31,6 +32,9 @@ NVCORE_EXPORT void TGL_SetToggle(const char* path, bool on);
 
 /// Takes back what TGL_SetToggle set.
 NVCORE_EXPORT void TGL_ResetToggle(const char* path);
+
+/// Sets what a toggle is in this process where the user has said nothing, neither in the environment nor in the file.
+NVCORE_EXPORT void TGL_SetDefault(const char* path, bool on);
 
 /// The toggle file: the one set below, or the one that the environment variable STRATACUT_TOGGLES names, or
 /// "stratacut/toggles" in the user's configuration folder. It need not exist.
