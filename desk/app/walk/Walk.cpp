@@ -11,6 +11,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
@@ -36,6 +37,7 @@ namespace
 {
 const QString deliveryName = QStringLiteral("Evening by the Sea");
 const QString issuer = QStringLiteral("Stratacut Pictures");
+const QString groupName = QStringLiteral("Dialogue");
 const QString contentTitle = QStringLiteral("Evening by the Sea");
 
 QJsonObject timeOf(int frames)
@@ -149,8 +151,9 @@ Status Walk::work()
 {
     return takeSteps({&Walk::open, &Walk::start, &Walk::fillBin, &Walk::watchClip, &Walk::createDelivery,
                       &Walk::dropSequence, &Walk::renameDelivery, &Walk::fillIn, &Walk::chooseFolder,
-                      &Walk::describeComposition, &Walk::exportDelivery, &Walk::readCommitted, &Walk::cancelExport,
-                      &Walk::watchTimeline, &Walk::changeSkin, &Walk::refuseToForget, &Walk::quit});
+                      &Walk::describeComposition, &Walk::groupTracks, &Walk::exportDelivery, &Walk::readCommitted,
+                      &Walk::cancelExport, &Walk::watchTimeline, &Walk::changeSkin, &Walk::refuseToForget,
+                      &Walk::quit});
 }
 
 /// The place that is chosen for the delivery.
@@ -322,6 +325,36 @@ Status Walk::describeComposition()
     Hand::click(&m_window->tree(), composition(0));
     Status typed = type(QStringLiteral("id_content_title"), contentTitle);
     return typed ? m_hand->shoot(QStringLiteral("composition")) : typed;
+}
+
+Status Walk::groupTracks()
+{
+    auto* button = m_window->findChild<QPushButton*>(QStringLiteral("ATGbtn"));
+    if (!button)
+        return {};
+    Hand::whenOpen([this](QWidget* dialog) {
+        auto* tracks = dialog->findChild<QAbstractItemView*>(QStringLiteral("m_tracks"));
+        for (int row = 0; row < 2; ++row)
+            Hand::click(tracks, tracks->model()->index(row, 1));
+        auto* groups = dialog->findChild<QComboBox*>(QStringLiteral("m_groups"));
+        Hand::whenOpen([groups](QWidget*) {
+            // From the default group over "Save" to "Save As...".
+            Hand::key(groups->view(), Qt::Key_Down);
+            Hand::key(groups->view(), Qt::Key_Down);
+            Hand::whenOpen([](QWidget* asks) {
+                Hand::type(asks->findChild<QLineEdit*>(QStringLiteral("GroupName")), groupName);
+                Hand::click(asks->findChild<QPushButton*>(QStringLiteral("OK")));
+            });
+            Hand::key(groups->view(), Qt::Key_Return);
+        });
+        Hand::click(groups);
+        (void)m_hand->shoot(QStringLiteral("audio-groups"));
+        Hand::click(dialog->findChild<QPushButton*>(QStringLiteral("m_save")));
+    });
+    Hand::click(button);
+    Status grouped = expect(composition(0).data(Model::TrackGroupsRole).toJsonArray().size() == 1,
+                            QStringLiteral("grouping tracks"));
+    return grouped ? m_hand->shoot(QStringLiteral("audio-mapping")) : grouped;
 }
 
 Status Walk::exportDelivery()

@@ -59,6 +59,7 @@ private:
     Status fillIn();
     Status chooseFolder();
     Status describeComposition();
+    Status groupTracks();
     Status exportDelivery();
     Status readCommitted();
     Status cancelExport();
