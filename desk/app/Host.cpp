@@ -1,5 +1,6 @@
 #include "desk/app/Host.h"
 
+#include "NvCore/Toggles.h"
 #include "StratacutUI/IMF_Bridges.h"
 #include "StratacutUI/IMF_Controller.h"
 #include "desk/services/MediaEngine.h"
@@ -11,6 +12,8 @@ namespace desk::app
 Host::Host(const QString& profileFolder)
     : m_profile(profileFolder), m_lock(m_profile), m_library(m_profile.binFile()), m_output(&m_library)
 {
+    for (const char* toggle : {"/Stratacut/IMFMultipleAudioMix", "/Stratacut/IMFMCAMetadata"})
+        TGL_SetDefault(toggle, true);
 }
 
 Host::~Host() = default;

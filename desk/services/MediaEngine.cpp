@@ -74,7 +74,11 @@ QList<QStandardItem*> rowOf(const BinTrack& track)
 
 QStringList AudioMixDescription::list(const QString& key) const
 {
-    return key == QLatin1String(ImfDict::AudioMix) ? mixModeNames() : QStringList();
+    if (key != QLatin1String(ImfDict::AudioMix))
+        return {};
+    QStringList names = mixModeNames();
+    names.move(names.indexOf(m_first), 0);
+    return names;
 }
 
 MediaEngine::MediaEngine(MediaLibrary* library) : m_library(library) {}
@@ -217,7 +221,11 @@ QStringList MediaEngine::activeTracks(const QAbstractItemModel* trackModel)
 
 const IAudioMixDescription* MediaEngine::audioMixDescription(const QAbstractItemModel* trackModel)
 {
-    return find(mobOf(trackModel)) ? &m_mixes : nullptr;
+    const auto item = find(mobOf(trackModel));
+    if (!item)
+        return nullptr;
+    const QString first = losslessMixMode(item->audio);
+    return &m_mixes.emplace(first, first).first->second;
 }
 
 QString MediaEngine::trackLabel(const QAbstractItemModel* trackModel, int row)

@@ -5,6 +5,8 @@
 
 #include <QPointer>
 
+#include <map>
+
 namespace desk::services
 {
 
@@ -12,7 +14,13 @@ namespace desk::services
 class AudioMixDescription : public IAudioMixDescription
 {
 public:
+    /// @param first the mix mode to name first: new rows of an audio mapping begin with it.
+    explicit AudioMixDescription(const QString& first) : m_first(first) {}
+
     QStringList list(const QString& key) const override;
+
+private:
+    QString m_first;
 };
 
 /// The desk's media for the package manager: sequences are those of the bin, their identifier is also their token.
@@ -58,7 +66,8 @@ private:
     std::optional<BinItem> find(const QString& mobId) const;
 
     QPointer<MediaLibrary> m_library;
-    AudioMixDescription m_mixes;
+    /// By the mix mode that they name first.
+    std::map<QString, AudioMixDescription> m_mixes;
 };
 
 } // namespace desk::services

@@ -244,4 +244,11 @@ QString defaultMixMode(const QVector<BinTrack>& tracks)
     return QLatin1String(layoutModes().at(mode).name);
 }
 
+QString losslessMixMode(const QVector<BinTrack>& tracks)
+{
+    const QString layout = defaultMixMode(tracks);
+    const bool isFilled = tracks.size() <= 1 || findMixMode(layout)->channels().size() == tracks.size();
+    return isFilled ? layout : QStringLiteral("Discrete");
+}
+
 } // namespace desk::services

@@ -36,4 +36,7 @@ QVector<int> silentTracks(const BinItem& sequence, const QVector<SoundPlan>& pla
 /// "Stereo".
 QString defaultMixMode(const QVector<BinTrack>& tracks);
 
+/// The mix mode that takes all of the tracks one to one: their layout where they fill it, otherwise "Discrete".
+QString losslessMixMode(const QVector<BinTrack>& tracks);
+
 } // namespace desk::services
