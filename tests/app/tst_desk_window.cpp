@@ -354,6 +354,18 @@ private slots:
         QVERIFY(m_window->close());
     }
 
+    void soundIsMappedUnlessTheUserTurnsItOff()
+    {
+        const char variable[] = "TGL_Stratacut_IMFMultipleAudioMix";
+        for (const bool off : {false, true}) {
+            if (off)
+                qputenv(variable, "off");
+            openWindow();
+            QCOMPARE(m_window->findChild<QPushButton*>(QStringLiteral("ATGbtn")) == nullptr, off);
+        }
+        qunsetenv(variable);
+    }
+
     void theLookSurvivesARestart()
     {
         m_window->resize(1100, 700);
@@ -361,12 +373,16 @@ private slots:
         across->setSizes({400, 700});
         trigger("light");
         const QList<int> sizes = across->sizes();
+        const QMap<QString, QSize> dialogs{{QStringLiteral("Some dialog"), QSize(321, 234)}};
+        ViewDeckQt::ManagedWindow::setRememberedSizes(dialogs);
         QVERIFY(m_window->close());
+        ViewDeckQt::ManagedWindow::setRememberedSizes({});
         Palette::PaletteManager::Instance().setSkin(Palette::Skin::Dark);
         DeskWindow::prepareLook(m_host->profile());
         openWindow();
         QCOMPARE(m_window->size(), QSize(1100, 700));
         QCOMPARE(m_window->findChild<QSplitter*>(QStringLiteral("m_acrossSplitter"))->sizes(), sizes);
+        QCOMPARE(ViewDeckQt::ManagedWindow::rememberedSizes(), dialogs);
         QCOMPARE(Palette::PaletteManager::Instance().skin(), Palette::Skin::Light);
         QVERIFY(m_window->action(QStringLiteral("light"))->isChecked());
         trigger("dark");

@@ -26,7 +26,10 @@
 #include <QMimeData>
 #include <QPointer>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QUrl>
+
+#include <algorithm>
 
 namespace desk::app
 {
@@ -172,18 +175,23 @@ QModelIndex Walk::composition(int row) const
     return m_host->model().index(0, 0, m_host->model().index(0, 0, delivery(row)));
 }
 
-Status Walk::type(const QString& parameter, const QString& text)
+ViewDeckQt::AbstractParamWidget* Walk::shownParameter(const QString& id) const
 {
     const auto all = m_window->findChildren<ViewDeckQt::AbstractParamWidget*>();
-    for (ViewDeckQt::AbstractParamWidget* one : all) {
-        auto* field = one->getId() == parameter && one->isVisible() ? one->findChild<QLineEdit*>() : nullptr;
-        if (!field)
-            continue;
-        Hand::type(field, text);
-        Hand::key(field, Qt::Key_Tab);
-        return expect(one->getValue().toString() == text, QStringLiteral("typing into %1").arg(parameter));
-    }
-    return expect(false, QStringLiteral("showing %1").arg(parameter));
+    const auto found =
+        std::find_if(all.begin(), all.end(), [&id](const auto* one) { return one->getId() == id && one->isVisible(); });
+    return found == all.end() ? nullptr : *found;
+}
+
+Status Walk::type(const QString& parameter, const QString& text)
+{
+    auto* shown = shownParameter(parameter);
+    auto* field = shown ? shown->findChild<QLineEdit*>() : nullptr;
+    if (!field)
+        return expect(false, QStringLiteral("showing %1").arg(parameter));
+    Hand::type(field, text);
+    Hand::key(field, Qt::Key_Tab);
+    return expect(shown->getValue().toString() == text, QStringLiteral("typing into %1").arg(parameter));
 }
 
 /// The box that the next call opens.
@@ -354,6 +362,11 @@ Status Walk::groupTracks()
     Hand::click(button);
     Status grouped = expect(composition(0).data(Model::TrackGroupsRole).toJsonArray().size() == 1,
                             QStringLiteral("grouping tracks"));
+    auto* mapping = shownParameter(QStringLiteral("id_multiple_audio_mix"));
+    for (QWidget* above = mapping; above; above = above->parentWidget()) {
+        if (auto* area = qobject_cast<QScrollArea*>(above))
+            area->ensureWidgetVisible(mapping);
+    }
     return grouped ? m_hand->shoot(QStringLiteral("audio-mapping")) : grouped;
 }
 

@@ -9,6 +9,11 @@
 
 #include <memory>
 
+namespace ViewDeckQt
+{
+class AbstractParamWidget;
+}
+
 namespace desk::app
 {
 
@@ -73,6 +78,8 @@ private:
     QModelIndex delivery(int row) const;
     QModelIndex composition(int row) const;
     Status expect(bool held, const QString& what) const;
+    /// The widget of a parameter on the page that is shown; null when there is none.
+    ViewDeckQt::AbstractParamWidget* shownParameter(const QString& id) const;
     Status type(const QString& parameter, const QString& text);
     void answerBox(const QString& button, const QString& picture);
     void watchForSurprises();
