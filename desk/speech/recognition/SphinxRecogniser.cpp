@@ -19,8 +19,8 @@ constexpr int step = soundRate / 100;
 constexpr int leadIn = 3 * soundRate / 10;
 /// Speech without any pause, or noise taken for speech, is cut: the decoder's memory and the wait after a cancel grow
 /// with the length.
-constexpr int longestUtterance = 20 * soundRate;
-constexpr int cutRange = 5 * soundRate;
+constexpr int longestUtterance = 12 * soundRate;
+constexpr int cutRange = 4 * soundRate;
 constexpr int msOfFrame = 10;
 
 /// Silences, noises and the marks of sentence ends are no words.
