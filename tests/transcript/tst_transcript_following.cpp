@@ -63,8 +63,7 @@ private slots:
     void followingBringsTheWordToTheMiddle();
     void playbackLeavesTheViewWhereTheUserPutIt();
     void withoutGangNothingFollows();
-    void whileSuspendedNothingMoves();
-    void aHiddenWindowDoesNotFollow();
+    void suspendedOrHiddenNothingFollows();
     void theOtherMonitorHasOtherColours();
     void aWordOnTheHighlightIsBlack();
     void aClickOnAWordGoesThere();
@@ -160,24 +159,17 @@ void TestTranscriptFollowing::withoutGangNothingFollows()
     QCOMPARE(boldWords(shown), QStringList(wordOf(shown, 0, 4)));
 }
 
-void TestTranscriptFollowing::whileSuspendedNothingMoves()
+void TestTranscriptFollowing::suspendedOrHiddenNothingFollows()
 {
     const ShownTranscript shown = longTranscript();
     shown.window->NowPlayingSlot(0);
-    shown.window->setSuspendGanging(true);
-    shown.window->NowPlayingSlot(50);
-    shown.window->MonPosChangedSlot(50);
-    QCOMPARE(boldWords(shown), QStringList(wordOf(shown, 0, 0)));
-}
-
-void TestTranscriptFollowing::aHiddenWindowDoesNotFollow()
-{
-    const ShownTranscript shown = longTranscript();
-    shown.window->NowPlayingSlot(0);
-    shown.window->hide();
-    shown.window->NowPlayingSlot(50);
-    shown.window->MonPosChangedSlot(50);
-    QCOMPARE(boldWords(shown), QStringList(wordOf(shown, 0, 0)));
+    for (const bool isHidden : {false, true}) {
+        shown.window->setSuspendGanging(!isHidden);
+        shown.window->setVisible(!isHidden);
+        shown.window->NowPlayingSlot(50);
+        shown.window->MonPosChangedSlot(50);
+        QCOMPARE(boldWords(shown), QStringList(wordOf(shown, 0, 0)));
+    }
 }
 
 void TestTranscriptFollowing::theOtherMonitorHasOtherColours()
@@ -236,6 +228,11 @@ void TestTranscriptFollowing::aClickOnAWordGoesThere()
     QVERIFY(isSuspended);
     QVERIFY(!shown.window->isGangSuspended());
     QCOMPARE(boldWords(shown), QStringList(wordOf(shown, 1, 3)));
+    shown.window->MarkInChangedSlot(120);
+    shown.window->MarkOutChangedSlot(240);
+    QTest::mouseClick(shown.text().viewport(), Qt::LeftButton, {}, middleOf(shown, 1, 2));
+    QCOMPARE(shown.info->takeCalls(), QStringList({"stopPlayback()", "moveMonitor(150)"}));
+    QVERIFY(shown.text().textCursor().hasSelection());
     // Beside the text, in the gap between two lines, and at the end of a drag.
     const QPoint line = middleOf(shown, 1, 3);
     QTest::mouseClick(shown.text().viewport(), Qt::LeftButton, {}, {shown.text().viewport()->width() - 2, line.y()});

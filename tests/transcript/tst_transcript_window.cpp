@@ -13,40 +13,15 @@ using support::transcriptOf;
 
 namespace
 {
-constexpr const char* slotsInOrder[] = {"MonPosChangedSlot",
-                                        "NowPlayingSlot",
-                                        "AboutToPlaySlot",
-                                        "DonePlayingSlot",
-                                        "TranscriptTextDoubleClickedSlot",
-                                        "TranscriptTextClickedSlot",
-                                        "SpacebarPressedSlot",
-                                        "SwitchGangModeSlot",
-                                        "SwitchEditModeSlot",
-                                        "TranscriptInfoChangedSlot",
-                                        "MarkInSlot",
-                                        "MarkOutSlot",
-                                        "MarkInChangedSlot",
-                                        "MarkOutChangedSlot",
-                                        "GangButtonClickedSlot",
-                                        "ArrowKeyPressedSlot",
-                                        "SpeakerNameChangedSlot",
-                                        "TranscribeSlot",
-                                        "DocumentSizeChangedSlot",
-                                        "refreshSlot",
-                                        "setFontSlot",
-                                        "FastMenuSlot",
-                                        "TranscribeAllMissingSlot",
-                                        "SetTimecodeVisibilitySlot",
-                                        "SetSpeakerVisibilitySlot",
-                                        "SetMissingVisibilitySlot",
-                                        "scriptFromClipSlot",
-                                        "exportTranscriptSlot",
-                                        "exportSubcapSlot",
-                                        "createSubcapSlot",
-                                        "UpdateTranscriptWindow",
-                                        "SourceRecordMonChange",
-                                        "onTrackSelectionClicked",
-                                        "handleShortcuts"};
+constexpr const char* slotsInOrder =
+    "MonPosChangedSlot NowPlayingSlot AboutToPlaySlot DonePlayingSlot TranscriptTextDoubleClickedSlot "
+    "TranscriptTextClickedSlot SpacebarPressedSlot SwitchGangModeSlot SwitchEditModeSlot "
+    "TranscriptInfoChangedSlot MarkInSlot MarkOutSlot MarkInChangedSlot MarkOutChangedSlot "
+    "GangButtonClickedSlot ArrowKeyPressedSlot SpeakerNameChangedSlot TranscribeSlot DocumentSizeChangedSlot "
+    "refreshSlot setFontSlot FastMenuSlot TranscribeAllMissingSlot SetTimecodeVisibilitySlot "
+    "SetSpeakerVisibilitySlot SetMissingVisibilitySlot scriptFromClipSlot exportTranscriptSlot "
+    "exportSubcapSlot createSubcapSlot UpdateTranscriptWindow SourceRecordMonChange onTrackSelectionClicked "
+    "handleShortcuts";
 
 QAction* actionOf(const ShownTranscript& shown, const QString& text)
 {
@@ -95,16 +70,13 @@ private slots:
 
 void TestTranscriptWindow::slotsAreListedInTheirOrder()
 {
-    QStringList expected;
-    for (const char* slot : slotsInOrder)
-        expected += QLatin1String(slot);
     QStringList listed;
     const QMetaObject& meta = STT_TranscriptManagerWindow::staticMetaObject;
     for (int at = meta.methodOffset(); at < meta.methodCount(); ++at) {
         if (meta.method(at).methodType() == QMetaMethod::Slot)
             listed += QString::fromLatin1(meta.method(at).name());
     }
-    QCOMPARE(listed, expected);
+    QCOMPARE(listed.join(' '), QLatin1String(slotsInOrder));
 }
 
 void TestTranscriptWindow::theMenuHandsRequestsToTheHost_data()
