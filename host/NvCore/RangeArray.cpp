@@ -18,6 +18,12 @@ void RangeArray::SetRange(qint64 first, qint64 end, int value)
 {
     if (first >= end)
         return;
+    // Behind all others, where most ranges are set, no search is needed.
+    if (value != Unset && (m_starts.empty() || m_starts.rbegin()->first < first)) {
+        m_starts.emplace_hint(m_starts.end(), first, value);
+        m_starts.emplace_hint(m_starts.end(), end, Unset);
+        return;
+    }
     const int after = GetRange(end);
     auto at = m_starts.erase(m_starts.lower_bound(first), m_starts.upper_bound(end));
     const int before = valueBefore(at);

@@ -10,12 +10,19 @@
 #include <QTextBlock>
 
 #include <algorithm>
+#include <numeric>
 
 using Window = STT_TranscriptManagerWindow;
 
 namespace
 {
 constexpr int lineMargin = 5;
+
+std::size_t bytesOf(const std::vector<STT_TranscriptSegment>& segments)
+{
+    const auto add = [](std::size_t sum, const STT_TranscriptSegment& segment) { return sum + segment.text.size(); };
+    return std::accumulate(segments.begin(), segments.end(), std::size_t(0), add);
+}
 
 bool startsBefore(const STT_MissingTranscript& clip, const STT_TranscriptSegment& segment)
 {
@@ -66,7 +73,7 @@ void Window::fillText()
         isReadable && isLoaded ? info->missingTranscripts() : std::vector<STT_MissingTranscript>();
 
     STT_TranscriptTextEdit::Lines lines(getTranscriptFormat(0));
-    lines.reserve(int(segments.size() + missing.size()), 0);
+    lines.reserve(int(segments.size() + missing.size()), int(bytesOf(segments)));
     m_blocks.reserve(segments.size());
     auto clip = missing.begin();
     const auto addClip = [&] {
