@@ -14,6 +14,10 @@ namespace
 constexpr qint64 group = 12;
 /// Pictures that a run starts with.
 constexpr std::size_t enough = 3;
+/// Pictures that lie ready at most; backwards a group more.
+constexpr std::size_t fewest = 4;
+constexpr std::size_t most = 12;
+constexpr std::size_t mostBytes = 64 << 20;
 
 } // namespace
 
@@ -102,9 +106,15 @@ qint64 PictureFeed::dropped() const
     return m_dropped;
 }
 
+std::size_t PictureFeed::ahead() const
+{
+    const std::size_t bytes = std::size_t(m_order.box.width()) * std::size_t(m_order.box.height()) * 4;
+    return std::clamp(mostBytes / std::max<std::size_t>(1, bytes), fewest, most);
+}
+
 bool PictureFeed::mayWork() const
 {
-    return m_order.open && (m_order.kind == Order::Kind::Show || m_queue.size() < ahead);
+    return m_order.open && (m_order.kind == Order::Kind::Show || m_queue.size() < ahead());
 }
 
 /// The next picture or group; what is left of the order stays behind.

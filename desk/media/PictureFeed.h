@@ -11,14 +11,11 @@
 namespace desk::media
 {
 
-/// Decodes the pictures that a player needs next on a thread of its own, a few ahead. Every call returns at once; they
-/// come from one thread.
+/// Decodes the pictures that a player needs next on a thread of its own, up to twelve ahead; fewer for large monitors.
+/// Every call returns at once; they come from one thread.
 class PictureFeed
 {
 public:
-    /// Pictures that lie ready at most; backwards, and where frames are skipped, a group more.
-    static constexpr std::size_t ahead = 6;
-
     /// `ready` is called on the feed's thread when a picture that was asked for, or enough to start a run, lies ready.
     PictureFeed(const Sequence& sequence, std::function<void()> ready);
     /// Waits for the frame that is being decoded.
@@ -57,6 +54,7 @@ private:
 
     void loop();
     bool mayWork() const;
+    std::size_t ahead() const;
     Order nextOrder();
     void work(const Order& order);
     PreviewPtr decode(qint64 frame, QSize box);

@@ -152,11 +152,10 @@ Status Walk::takeSteps(const QVector<Status (Walk::*)()>& steps)
 
 Status Walk::work()
 {
-    return takeSteps({&Walk::open, &Walk::start, &Walk::fillBin, &Walk::watchClip, &Walk::createDelivery,
-                      &Walk::dropSequence, &Walk::renameDelivery, &Walk::fillIn, &Walk::chooseFolder,
-                      &Walk::describeComposition, &Walk::groupTracks, &Walk::exportDelivery, &Walk::readCommitted,
-                      &Walk::cancelExport, &Walk::watchTimeline, &Walk::changeSkin, &Walk::refuseToForget,
-                      &Walk::quit});
+    return takeSteps({&Walk::open, &Walk::start, &Walk::fillBin, &Walk::createDelivery, &Walk::dropSequence,
+                      &Walk::renameDelivery, &Walk::fillIn, &Walk::chooseFolder, &Walk::describeComposition,
+                      &Walk::groupTracks, &Walk::exportDelivery, &Walk::readCommitted, &Walk::cancelExport,
+                      &Walk::watchClip, &Walk::watchTimeline, &Walk::changeSkin, &Walk::refuseToForget, &Walk::quit});
 }
 
 /// The place that is chosen for the delivery.
@@ -239,7 +238,7 @@ Status Walk::watchClip()
     Status shown = watch(0, monitor);
     if (!shown)
         return shown;
-    QWidget* view = monitor.focusWidget();
+    auto* view = monitor.findChild<QWidget*>(QStringLiteral("m_view"));
     const media::Player& player = monitor.player();
     const qint64 frames = player.frames();
     Hand::key(view, Qt::Key_L);
@@ -270,7 +269,7 @@ Status Walk::watchTimeline()
         return added;
     MonitorPane& monitor = m_window->monitor(MonitorPane::Kind::Record);
     Status shown = watch(1, monitor);
-    Hand::key(monitor.focusWidget(), Qt::Key_Right, Qt::ShiftModifier);
+    Hand::key(monitor.findChild<QWidget*>(QStringLiteral("m_view")), Qt::Key_Right, Qt::ShiftModifier);
     Hand::waitFor([&] { return monitor.player().picture() && monitor.player().picture()->frame == 10; });
     return shown ? m_hand->shoot(QStringLiteral("timeline")) : shown;
 }
