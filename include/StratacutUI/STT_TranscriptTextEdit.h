@@ -133,6 +133,9 @@ protected:
 private:
     /// What stays at its place in the view while heights above it turn out differently.
     struct Anchor {
+        static constexpr int End = -1;
+
+        /// A position in the document, or End: the view is at its lower end.
         int position = 0;
         qreal top = 0;
     };

@@ -205,6 +205,8 @@ STT_TranscriptTextEdit::Anchor STT_TranscriptTextEdit::anchorInView() const
     const int top = verticalScrollBar()->value();
     if (top == 0)
         return {};
+    if (top == verticalScrollBar()->maximum())
+        return {Anchor::End, 0};
     const int position = m_layout->hitTest(QPointF(0, top), Qt::FuzzyHit);
     const int start = m_layout->placeOf(position, position).isNull() ? 0 : position;
     return {start, topOf(start) - top};
@@ -224,7 +226,11 @@ void STT_TranscriptTextEdit::settle(const Anchor& anchor)
         const QScopedValueRollback<bool> settling(m_settling, true);
         QScrollBar* bar = verticalScrollBar();
         const bool isAtTop = anchor.position == 0 && anchor.top == 0;
-        const auto wanted = [&] { return isAtTop ? 0 : qRound(topOf(anchor.position) - anchor.top); };
+        const auto wanted = [&] {
+            if (anchor.position == Anchor::End)
+                return bar->maximum();
+            return isAtTop ? 0 : qRound(topOf(anchor.position) - anchor.top);
+        };
         for (int round = 0; round < mostSettlingRounds; ++round) {
             bar->setValue(wanted());
             m_layout->measureBetween(bar->value(), bar->value() + viewport()->height());

@@ -107,15 +107,27 @@ SegmentTimeIndex::Word SegmentTimeIndex::shownWord(const Word& word, int ms) con
     const int end = endOf(word);
     if (startOf(word) <= ms && ms <= end && frameEnd < end)
         return word;
-    std::optional<Word> coming = next(word);
-    while (coming && startOf(*coming) <= ms)
-        coming = next(*coming);
+    const std::optional<Word> coming = nextStartingAfter(ms, word);
     if (!coming)
         return word;
     const int start = startOf(*coming);
     if (ms < end && frameEnd >= start)
         return *coming;
     return start - frameLength >= ms ? word : *coming;
+}
+
+std::optional<SegmentTimeIndex::Word> SegmentTimeIndex::nextStartingAfter(int ms, const Word& word) const
+{
+    const std::vector<STT_TranscriptSegment>& all = segments();
+    std::ptrdiff_t passed = word.index + 1;
+    for (int segment = word.segment; segment < int(all.size()); ++segment) {
+        const std::vector<int>& starts = all[std::size_t(segment)].wordStarts;
+        const auto found = std::find_if(starts.begin() + passed, starts.end(), [ms](int start) { return start > ms; });
+        if (found != starts.end())
+            return Word{segment, int(found - starts.begin())};
+        passed = 0;
+    }
+    return std::nullopt;
 }
 
 std::optional<SegmentTimeIndex::Word> SegmentTimeIndex::next(const Word& word) const

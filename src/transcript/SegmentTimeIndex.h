@@ -53,6 +53,7 @@ private:
     const std::vector<STT_TranscriptSegment>& segments() const;
     bool exists(const Word& word) const;
     std::optional<Word> wordStartedAt(int ms, int segment) const;
+    std::optional<Word> nextStartingAfter(int ms, const Word& word) const;
     Word shownWord(const Word& word, int ms) const;
 
     ITranscriptWindowInfo& m_host;
