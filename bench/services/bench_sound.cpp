@@ -85,7 +85,13 @@ double ours(const media::Sequence& sequence, const QTemporaryDir& folder)
     return since(clock);
 }
 
-double theirs(const QString& source, const QTemporaryDir& folder)
+struct Peer {
+    double writing = 1e9;
+    /// With the sums that a package needs, which ours are taken on the way.
+    double hashing = 1e9;
+};
+
+Peer theirs(const QString& source, const QTemporaryDir& folder)
 {
     QStringList arguments{"-i", source};
     QStringList paths;
@@ -98,7 +104,12 @@ double theirs(const QString& source, const QTemporaryDir& folder)
     clock.start();
     ffmpeg(arguments);
     need(QProcess::execute(QStringLiteral("sync"), paths) == 0, "sync failed");
-    return since(clock);
+    Peer peer{since(clock), 0};
+    QProcess sum;
+    sum.start(QStringLiteral("sha1sum"), paths);
+    need(sum.waitForFinished(-1) && sum.exitCode() == 0, "sha1sum failed");
+    peer.hashing = since(clock);
+    return peer;
 }
 
 } // namespace
@@ -115,11 +126,13 @@ int main()
     const auto sequence = media::openSequence(source);
     need(sequence.ok() && sequence->audio.size() == streams * channels, "the source cannot be opened");
     double best = 1e9;
-    double peer = 1e9;
+    Peer peer;
     for (int round = 0; round < rounds; ++round) {
-        peer = std::min(peer, theirs(source, folder));
+        const Peer now = theirs(source, folder);
+        peer = {std::min(peer.writing, now.writing), std::min(peer.hashing, now.hashing)};
         best = std::min(best, ours(*sequence, folder));
     }
-    std::printf("%s | %.2f | >= 1\n", qPrintable(name), peer / best);
+    std::printf("%s | %.2f | >= 1\n", qPrintable(name), peer.writing / best);
+    std::printf("%s and sha1sum | %.2f | >= 1\n", qPrintable(name), peer.hashing / best);
     return 0;
 }

@@ -16,8 +16,10 @@ namespace
 
 std::int32_t to24Bit(float value)
 {
-    // A value that is no number is silence.
-    return std::isnan(value) ? 0 : std::int32_t(std::lrint(std::clamp(value * 8388608.0F, -8388608.0F, 8388607.0F)));
+    // Without a call, which would take longer than reading. A value that is no number is silence.
+    const float known = std::isnan(value) ? 0.0F : value;
+    const float within = std::clamp(known * 8388608.0F, -8388608.0F, 8388607.0F);
+    return std::int32_t(within + std::copysign(0.5F, within));
 }
 
 /// Tracks of a block that come from one place.
@@ -67,7 +69,9 @@ Status FileSound::read(qint64 first, qint64 count, SoundBlock& block)
         for (const auto& [channel, place] : tracks()) {
             auto& out = block.tracks[std::size_t(place)];
             const auto& in = samples[std::size_t(channel)];
-            std::transform(in.begin(), in.end(), std::back_inserter(out), to24Bit);
+            const std::size_t old = out.size();
+            out.resize(old + in.size());
+            std::transform(in.begin(), in.end(), out.begin() + std::ptrdiff_t(old), to24Bit);
         }
     }
     for (const auto& track : tracks())

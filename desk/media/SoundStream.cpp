@@ -20,7 +20,7 @@ float sampleValue(T value)
     else if constexpr (std::is_same_v<T, uint8_t>)
         return float(int(value) - 128) / 128.0F;
     else
-        return float(double(value) / -double(std::numeric_limits<T>::min()));
+        return float(double(value) * (-1.0 / double(std::numeric_limits<T>::min())));
 }
 
 template <class T>
@@ -29,8 +29,11 @@ void appendSamples(const AVFrame& frame, int channel, int skip, std::vector<floa
     const bool planar = av_sample_fmt_is_planar(AVSampleFormat(frame.format)) != 0;
     const int step = planar ? 1 : frame.ch_layout.nb_channels;
     const T* in = reinterpret_cast<const T*>(frame.extended_data[planar ? channel : 0]) + (planar ? 0 : channel);
+    const std::size_t old = out.size();
+    out.resize(old + std::size_t(frame.nb_samples - skip));
+    float* to = out.data() + old;
     for (int i = skip; i < frame.nb_samples; ++i)
-        out.push_back(sampleValue(in[std::ptrdiff_t(i) * step]));
+        *to++ = sampleValue(in[std::ptrdiff_t(i) * step]);
 }
 
 using Appender = void (*)(const AVFrame&, int, int, std::vector<float>&);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <future>
 
 namespace desk::services
 {
@@ -15,7 +16,7 @@ namespace desk::services
 namespace
 {
 /// Samples that are read and mixed at once.
-constexpr qint64 piece = 16384;
+constexpr qint64 piece = 4096;
 
 QVector<int> tracksOf(const QVector<SoundPlan>& plans)
 {
@@ -60,13 +61,10 @@ public:
         return {};
     }
 
-    Status append(const media::SoundBlock& block, qint64 count)
+    Status append(const media::SoundBlock& block)
     {
-        m_mixer.mix(block, m_samples);
-        if (m_mixer.overload())
-            return {};
-        m_samples.resize(std::size_t(count) * m_plan.gains.size(), 0);
-        return m_writer->append(m_samples.data(), count);
+        const auto& channels = m_mixer.mix(block);
+        return m_mixer.overload() ? Status() : m_writer->append(channels, qint64(block.tracks.front().size()));
     }
 
     Result<imf::TrackFileInfo> finish() { return m_writer->finish(); }
@@ -91,22 +89,38 @@ private:
     const SoundPlan& m_plan;
     SoundMixer m_mixer;
     std::unique_ptr<imf::SoundTrackWriter> m_writer;
-    std::vector<std::int32_t> m_samples;
 };
 
+/// The piece from `first` on, silence where the sequence has ended.
+Result<media::SoundBlock> readPiece(const SoundOrder& order, media::SoundReader& reader, qint64 first)
+{
+    const qint64 count = std::min(piece, order.samples - first);
+    auto block = reader.read(first, std::clamp<qint64>(order.sounding - first, 0, count));
+    if (!block)
+        return block;
+    for (auto& track : block->tracks)
+        track.resize(std::size_t(count), 0);
+    return block;
+}
+
+/// One piece is read while the one before it is mixed and written.
 Status writeAll(const SoundOrder& order, media::SoundReader& reader, std::vector<TrackMix>& mixes,
                 const std::function<bool()>& stopped)
 {
+    const auto start = [&](qint64 first) {
+        return std::async(std::launch::async, [&order, &reader, first] { return readPiece(order, reader, first); });
+    };
+    auto reading = start(0);
     for (qint64 first = 0; first < order.samples; first += piece) {
         if (stopped())
             return Error{order.sequence.path, {}, {}, QStringLiteral("the export was cancelled"), {}};
-        const qint64 count = std::min(piece, order.samples - first);
-        const qint64 sounding = std::clamp<qint64>(order.sounding - first, 0, count);
-        auto block = reader.read(first, sounding);
+        auto block = reading.get();
         if (!block)
             return block.error();
+        if (first + piece < order.samples)
+            reading = start(first + piece);
         for (TrackMix& mix : mixes) {
-            Status appended = mix.append(*block, count);
+            Status appended = mix.append(*block);
             if (!appended)
                 return appended;
         }

@@ -8,11 +8,36 @@ namespace desk::services
 
 namespace
 {
-constexpr double lowest = -8388608;
-constexpr double highest = 8388607;
+constexpr std::int32_t lowest = -8388608;
+constexpr std::int32_t highest = 8388607;
+
+std::int32_t rounded(double value)
+{
+    // Cut off behind a half: a call to round each would take longer than mixing.
+    return std::int32_t(value + std::copysign(0.5, value));
+}
+
+std::int32_t rounded(std::int32_t value)
+{
+    return value;
+}
+
+/// Whole sums fit: a plan has at most 127 tracks, and 32 bits hold 256.
+template <class Value, class Input>
+void addUp(const media::SoundBlock& block, const std::vector<Input>& inputs, std::vector<Value>& sums)
+{
+    sums.assign(block.tracks.front().size(), 0);
+    for (const Input& input : inputs) {
+        const std::int32_t* samples = block.tracks[input.track].data();
+        const auto gain = Value(input.gain);
+        for (std::size_t i = 0; i < sums.size(); ++i)
+            sums[i] += gain * Value(samples[i]);
+    }
+}
 } // namespace
 
 SoundMixer::SoundMixer(const SoundPlan& plan, const QVector<int>& tracks)
+    : m_mixed(plan.gains.size()), m_channels(plan.gains.size())
 {
     for (const std::vector<double>& channel : plan.gains) {
         std::vector<Input> inputs;
@@ -24,45 +49,52 @@ SoundMixer::SoundMixer(const SoundPlan& plan, const QVector<int>& tracks)
     }
 }
 
-void SoundMixer::note(std::size_t sample, std::size_t channel, double value)
+template <class Value>
+void SoundMixer::limit(const std::vector<Value>& sums, std::size_t channel)
 {
+    std::vector<std::int32_t>& out = m_mixed[channel];
+    out.resize(sums.size());
+    std::int32_t least = 0;
+    std::int32_t most = 0;
+    for (std::size_t i = 0; i < sums.size(); ++i) {
+        const std::int32_t value = rounded(sums[i]);
+        least = std::min(least, value);
+        most = std::max(most, value);
+        out[i] = std::clamp(value, lowest, highest);
+    }
+    if (least >= lowest && most <= highest)
+        return;
+    const auto first = std::find_if(sums.begin(), sums.end(),
+                                    [](Value sum) { return rounded(sum) < lowest || rounded(sum) > highest; });
     if (!m_overload)
-        m_overload = Overload{m_position + qint64(sample), int(channel), 1};
-    m_overload->level = std::max(m_overload->level, std::abs(value) / -lowest);
+        m_overload = Overload{m_position + (first - sums.begin()), int(channel), 1};
+    m_overload->level = std::max(m_overload->level, std::max(-double(least), double(most)) / -lowest);
 }
 
-void SoundMixer::mixChannel(const media::SoundBlock& block, std::size_t channel, std::vector<std::int32_t>& out)
+void SoundMixer::sum(const media::SoundBlock& block, std::size_t channel)
 {
-    const std::size_t step = m_inputs.size();
-    m_sums.assign(out.size() / step, 0);
-    for (const Input& input : m_inputs[channel]) {
-        const std::int32_t* samples = block.tracks[input.track].data();
-        for (std::size_t i = 0; i < m_sums.size(); ++i)
-            m_sums[i] += input.gain * samples[i];
+    const auto& inputs = m_inputs[channel];
+    if (std::all_of(inputs.begin(), inputs.end(), [](const Input& input) { return input.gain == 1; })) {
+        addUp(block, inputs, m_wholeSums);
+        limit(m_wholeSums, channel);
+    } else {
+        addUp(block, inputs, m_sums);
+        limit(m_sums, channel);
     }
-    for (std::size_t i = 0; i < m_sums.size(); ++i) {
-        const double value = std::round(m_sums[i]);
-        if (value < lowest || value > highest)
-            note(i, channel, value);
-        out[i * step + channel] = std::int32_t(std::clamp(value, lowest, highest));
-    }
+    m_channels[channel] = m_mixed[channel].data();
 }
 
-void SoundMixer::mix(const media::SoundBlock& block, std::vector<std::int32_t>& out)
+const std::vector<const std::int32_t*>& SoundMixer::mix(const media::SoundBlock& block)
 {
-    const std::size_t count = block.tracks.empty() ? 0 : block.tracks.front().size();
-    out.resize(count * m_inputs.size());
     for (std::size_t channel = 0; channel < m_inputs.size(); ++channel) {
         const auto& inputs = m_inputs[channel];
-        if (inputs.size() != 1 || inputs.front().gain != 1) {
-            mixChannel(block, channel, out);
-            continue;
-        }
-        const std::int32_t* samples = block.tracks[inputs.front().track].data();
-        for (std::size_t i = 0; i < count; ++i)
-            out[i * m_inputs.size() + channel] = samples[i];
+        if (inputs.size() == 1 && inputs.front().gain == 1)
+            m_channels[channel] = block.tracks[inputs.front().track].data();
+        else
+            sum(block, channel);
     }
-    m_position += qint64(count);
+    m_position += block.tracks.empty() ? 0 : qint64(block.tracks.front().size());
+    return m_channels;
 }
 
 } // namespace desk::services

@@ -28,9 +28,9 @@ public:
     /// `tracks` are the tracks of the blocks to come, as given to SoundReader::open(); the plan's are among them.
     SoundMixer(const SoundPlan& plan, const QVector<int>& tracks);
 
-    /// Writes the block's samples, interleaved, 24 bits wide, over what `out` held. What is too loud is limited, and
-    /// told by overload().
-    void mix(const media::SoundBlock& block, std::vector<std::int32_t>& out);
+    /// For each channel of the plan as many samples as the block has, 24 bits wide: the block's own ones or some that
+    /// are here until the next call. What is too loud is limited, and told by overload().
+    const std::vector<const std::int32_t*>& mix(const media::SoundBlock& block);
 
     const std::optional<Overload>& overload() const { return m_overload; }
 
@@ -41,12 +41,16 @@ private:
         double gain;
     };
 
-    void mixChannel(const media::SoundBlock& block, std::size_t channel, std::vector<std::int32_t>& out);
-    void note(std::size_t sample, std::size_t channel, double value);
+    void sum(const media::SoundBlock& block, std::size_t channel);
+    template <class Value>
+    void limit(const std::vector<Value>& sums, std::size_t channel);
 
     /// For each channel.
     std::vector<std::vector<Input>> m_inputs;
+    std::vector<std::vector<std::int32_t>> m_mixed;
+    std::vector<const std::int32_t*> m_channels;
     std::vector<double> m_sums;
+    std::vector<std::int32_t> m_wholeSums;
     std::optional<Overload> m_overload;
     qint64 m_position = 0;
 };

@@ -34,11 +34,10 @@ class TestSoundPlan : public QObject
             media::SoundBlock block;
             for (int source : plan.sources)
                 block.tracks.push_back({100 * (source + 1)});
-            std::vector<std::int32_t> samples;
-            SoundMixer(plan, plan.sources).mix(block, samples);
+            SoundMixer mixer(plan, plan.sources);
             QStringList values{plan.format.soundfield};
-            for (std::int32_t sample : samples)
-                values += QString::number(sample);
+            for (const std::int32_t* channel : mixer.mix(block))
+                values += QString::number(*channel);
             files += values.join(' ');
         }
         return files.join(QStringLiteral(" | "));
@@ -250,11 +249,13 @@ private slots:
     {
         SoundPlan plan{{}, {}, {0, 1}, {{1, 0}, {1, 1}}};
         SoundMixer mixer(plan, {1, 0});
-        std::vector<std::int32_t> samples;
-        mixer.mix({{{0, 8388607}, {-8388608, 0}}, {}}, samples);
-        QCOMPARE(samples, (std::vector<std::int32_t>{-8388608, -8388608, 0, 8388607}));
+        const media::SoundBlock fits{{{0, 8388607}, {-8388608, 0}}, {}};
+        const auto channels = mixer.mix(fits);
+        QCOMPARE(std::vector<std::int32_t>(channels[0], channels[0] + 2), fits.tracks[1]);
+        QCOMPARE(std::vector<std::int32_t>(channels[1], channels[1] + 2),
+                 (std::vector<std::int32_t>{-8388608, 8388607}));
         QVERIFY(!mixer.overload());
-        mixer.mix({{{0, 8388607, -8388608}, {0, 1, -8388608}}, {}}, samples);
+        mixer.mix({{{0, 8388607, -8388608}, {0, 1, -8388608}}, {}});
         QVERIFY(mixer.overload());
         QCOMPARE(mixer.overload()->sample, 3);
         QCOMPARE(mixer.overload()->channel, 1);

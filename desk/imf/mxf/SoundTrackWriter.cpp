@@ -159,6 +159,21 @@ Status SoundTrackWriter::append(const std::int32_t* interleaved, qint64 count)
     return {};
 }
 
+Status SoundTrackWriter::append(const std::vector<const std::int32_t*>& channels, qint64 count)
+{
+    // Each word is written whole, its upper byte under the next one.
+    QByteArray packed(int(count * m_state->blockAlign()) + 1, Qt::Uninitialized);
+    char* out = packed.data();
+    for (qint64 sample = 0; sample < count; ++sample) {
+        for (const std::int32_t* channel : channels) {
+            qToLittleEndian(channel[sample], out);
+            out += 3;
+        }
+    }
+    packed.chop(1);
+    return appendPacked(packed);
+}
+
 Status SoundTrackWriter::appendPacked(const QByteArray& bytes)
 {
     State& state = *m_state;

@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace desk::imf
 {
@@ -79,6 +80,8 @@ public:
 
     /// `count` samples of every channel, interleaved, signed, the 24-bit value in the low bits: -8388608 to 8388607.
     Status append(const std::int32_t* interleaved, qint64 count);
+    /// The same with each channel apart, in the order of the format's channels.
+    Status append(const std::vector<const std::int32_t*>& channels, qint64 count);
     /// The same as packed 24-bit little-endian bytes; a whole number of samples of all channels.
     Status appendPacked(const QByteArray& bytes);
     Result<TrackFileInfo> finish();
