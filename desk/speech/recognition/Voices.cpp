@@ -198,22 +198,60 @@ QVector<int> numbered(const std::vector<Cluster>& clusters, int count)
 }
 
 /// What tracks have in common, gathered second by second.
+/// Tells tones and hum from speech, whose loudness comes and goes with each syllable.
+class Loudness
+{
+public:
+    void add(const QVector<qint16>& samples)
+    {
+        constexpr int frame = soundRate / 20;
+        for (int at = 0; at + frame <= samples.size(); at += frame) {
+            double power = 0;
+            for (int i = at; i < at + frame; ++i)
+                power += double(samples[i]) * samples[i];
+            if (power > faintest * faintest * frame)
+                m_decibels.push_back(float(10 * std::log10(power)));
+        }
+    }
+
+    bool isSteady() const
+    {
+        if (m_decibels.empty())
+            return false;
+        std::vector<float> sorted = m_decibels;
+        std::sort(sorted.begin(), sorted.end());
+        const std::size_t tenth = sorted.size() / 10;
+        return sorted[sorted.size() - 1 - tenth] - sorted[tenth] < steadyDecibels;
+    }
+
+private:
+    /// Root mean square of what is quieter than any word.
+    static constexpr double faintest = 30;
+    static constexpr float steadyDecibels = 2;
+
+    std::vector<float> m_decibels;
+};
+
 class Likeness
 {
 public:
-    explicit Likeness(int tracks) : m_peaks(tracks, 0), m_products(tracks, QVector<double>(tracks, 0)) {}
+    explicit Likeness(int tracks)
+        : m_peaks(tracks, 0), m_loudness(tracks), m_products(tracks, QVector<double>(tracks, 0))
+    {
+    }
 
     void add(const QVector<QVector<qint16>>& second)
     {
         for (int a = 0; a < second.size(); ++a) {
             for (const qint16 sample : second[a])
                 m_peaks[a] = std::max(m_peaks[a], std::abs(int(sample)));
+            m_loudness[a].add(second[a]);
             for (int b = 0; b <= a; ++b)
                 m_products[a][b] += product(second[a], second[b]);
         }
     }
 
-    bool isSilent(int track) const { return m_peaks[track] <= 32; }
+    bool hasNoSpeech(int track) const { return m_peaks[track] <= 32 || m_loudness[track].isSteady(); }
 
     /// Whether one track correlates with the other, whichever way round it is poled.
     bool isSame(int later, int earlier) const
@@ -232,6 +270,7 @@ private:
     }
 
     QVector<int> m_peaks;
+    QVector<Loudness> m_loudness;
     QVector<QVector<double>> m_products;
 };
 
@@ -279,7 +318,7 @@ Result<QVector<int>> tracksOfTheirOwn(const QVector<SoundSource*>& tracks, const
     for (int i = 0; i < tracks.size(); ++i) {
         const bool isKnown =
             std::any_of(own.begin(), own.end(), [&](int earlier) { return likeness.isSame(i, earlier); });
-        if (!isKnown && !likeness.isSilent(i))
+        if (!isKnown && !likeness.hasNoSpeech(i))
             own.append(i);
     }
     if (own.isEmpty() && !tracks.isEmpty())

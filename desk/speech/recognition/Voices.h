@@ -15,9 +15,9 @@ namespace desk::speech
 Result<QVector<int>> tellVoicesApart(SoundSource& sound, const QVector<TimeSpan>& spans,
                                      const std::function<bool()>& goOn);
 
-/// Which tracks are voices of their own: silent tracks (peak under -60 dBFS) are left out, and so are those that carry
-/// the same sound as an earlier one (a stereo pair of one mix). Reads all of the sound.
-/// @return places in `tracks`, ascending; the first track alone where all are silent.
+/// Which tracks are voices of their own: silent tracks (peak under -60 dBFS) and steady ones (tones, hum) are left out,
+/// and so are those that carry the same sound as an earlier one (a stereo pair of one mix). Reads all of the sound.
+/// @return places in `tracks`, ascending; the first track alone where no track is left.
 Result<QVector<int>> tracksOfTheirOwn(const QVector<SoundSource*>& tracks, const std::function<bool()>& goOn);
 
 } // namespace desk::speech

@@ -1,0 +1,82 @@
+#include "desk/services/SpeechSound.h"
+
+#include "desk/media/EditList.h"
+#include "desk/media/MonoSound.h"
+#include "desk/services/FrameTime.h"
+
+#include <algorithm>
+
+namespace desk::services
+{
+
+namespace
+{
+class ClipSound : public speech::SoundSource
+{
+public:
+    explicit ClipSound(std::unique_ptr<media::MonoSound> sound) : m_sound(std::move(sound)) {}
+
+    qint64 length() const override { return m_sound->length(); }
+
+    Result<QVector<qint16>> read(qint64 first, qint64 count) override { return m_sound->read(first, count); }
+
+private:
+    std::unique_ptr<media::MonoSound> m_sound;
+};
+
+speech::SoundOpener opener(const media::Sequence& clip, const QVector<int>& tracks)
+{
+    return [clip, tracks]() -> Result<std::unique_ptr<speech::SoundSource>> {
+        if (const Status unchanged = media::checkUnchanged(clip, {}); !unchanged)
+            return unchanged.error();
+        auto sound = media::MonoSound::open(clip, tracks, speech::soundRate);
+        if (!sound)
+            return sound.error();
+        return std::unique_ptr<speech::SoundSource>(std::make_unique<ClipSound>(std::move(*sound)));
+    };
+}
+
+/// A channel that the file gives no place beside others may be a microphone of its own.
+bool standsAlone(const media::AudioTrackInfo& track)
+{
+    return track.label == QLatin1String("Mono") || track.label.startsWith(QLatin1String("Ch "));
+}
+
+QVector<QVector<int>> soundsOf(const media::Sequence& clip)
+{
+    QVector<QVector<int>> sounds;
+    int open = -1;
+    for (int track = 0; track < clip.audio.size(); ++track) {
+        const media::AudioTrackInfo& info = clip.audio[track];
+        const bool joins = open >= 0 && clip.audio[open].stream == info.stream && !standsAlone(info);
+        if (joins)
+            sounds.last() += track;
+        else
+            sounds.append(QVector<int>{track});
+        open = standsAlone(info) ? -1 : track;
+    }
+    return sounds;
+}
+} // namespace
+
+int lengthMs(const media::Sequence& sequence)
+{
+    constexpr qint64 samplesPerMs = media::soundRate / 1000;
+    qint64 ms = sequence.soundSamples / samplesPerMs;
+    if (sequence.frameRate.isValid())
+        ms = std::max(ms, msOfFrame(sequence.frames, sequence.frameRate, FrameRounding::Down));
+    return int(ms);
+}
+
+speech::RecognitionJob recognitionJob(const media::Sequence& clip)
+{
+    speech::RecognitionJob job;
+    job.clipName = clip.name;
+    job.lengthMs = lengthMs(clip);
+    const QVector<QVector<int>> sounds = soundsOf(clip);
+    for (const QVector<int>& tracks : sounds)
+        job.tracks += opener(clip, tracks);
+    return job;
+}
+
+} // namespace desk::services
