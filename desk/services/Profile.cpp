@@ -27,6 +27,16 @@ QString Profile::windowFile() const
     return m_folder + QStringLiteral("/window.json");
 }
 
+QString Profile::transcriptFile() const
+{
+    return m_folder + QStringLiteral("/transcripts.sqlite");
+}
+
+QString Profile::transcriptSettingsFile() const
+{
+    return m_folder + QStringLiteral("/transcript.json");
+}
+
 QString Profile::lockFile() const
 {
     return m_folder + QStringLiteral("/lock");

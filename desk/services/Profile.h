@@ -18,6 +18,10 @@ public:
     QString binFile() const;
     /// How the window looks.
     QString windowFile() const;
+    /// The database of what was said in the clips.
+    QString transcriptFile() const;
+    /// How transcripts are made and shown.
+    QString transcriptSettingsFile() const;
     /// Held by the one process that may change what is here.
     QString lockFile() const;
     /// A cache: it may be removed at any time.

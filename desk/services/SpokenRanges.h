@@ -1,0 +1,45 @@
+#pragma once
+
+#include "desk/media/Sequence.h"
+#include "desk/speech/model/Transcript.h"
+
+#include <functional>
+#include <vector>
+
+namespace desk::services
+{
+
+/// A stretch of a sequence in which a clip sounds. Counts samples at 48 kHz.
+struct SpokenRange {
+    std::shared_ptr<const media::Sequence> clip;
+    /// In the sequence; the end is not included.
+    qint64 start = 0;
+    qint64 end = 0;
+    /// What of the clip sounds at `start`.
+    qint64 clipStart = 0;
+};
+
+/// Where which clip sounds, in the order of the start. A media file is one range of itself; of a timeline, tracks that
+/// carry the same part of a clip at the same time are one range.
+std::vector<SpokenRange> spokenRanges(const media::Sequence& sequence);
+
+/// A sequence's transcript, and where each of its segments comes from.
+struct MappedTranscript {
+    struct Origin {
+        /// Sequence::id of the clip, and the segment's place in the clip's transcript.
+        QString clip;
+        int segment = -1;
+    };
+
+    speech::Transcript transcript;
+    std::vector<Origin> origins;
+};
+
+/// Answers null for a clip that has none.
+using TranscriptFinder = std::function<std::shared_ptr<const speech::Transcript>(const QString& clip)>;
+
+/// The clips' transcripts at the times of the sequence. A word belongs to the range in which its middle sounds, and its
+/// times end with the range. What is said at once on several tracks stays so.
+MappedTranscript mapTranscript(const std::vector<SpokenRange>& ranges, const TranscriptFinder& find);
+
+} // namespace desk::services

@@ -1,0 +1,36 @@
+#include "desk/services/TranscriptExport.h"
+
+#include "desk/media/Timecode.h"
+#include "desk/services/SpeechSound.h"
+
+#include <QFileInfo>
+
+namespace desk::services
+{
+
+speech::ExportSettings exportSettings(const media::Sequence& sequence)
+{
+    speech::ExportSettings settings;
+    // What has no picture plays at the rate that captions have anyhow.
+    if (sequence.frameRate.isValid())
+        settings.captions.frameRate = sequence.frameRate;
+    settings.captions.clipMs = lengthMs(sequence);
+    const auto timecode = media::Timecode::startingAt(sequence.startTimecode, settings.captions.frameRate);
+    settings.firstFrame = timecode.start;
+    settings.timecode =
+        timecode.count == media::Timecode::Count::Drop ? speech::TimecodeCount::Drop : speech::TimecodeCount::NonDrop;
+    settings.title = sequence.name;
+    return settings;
+}
+
+std::optional<speech::ExportFormat> exportFormatOf(const QString& file)
+{
+    const QString suffix = QFileInfo(file).suffix().toLower();
+    for (const speech::ExportFormatInfo& info : speech::exportFormats()) {
+        if (suffix == QLatin1String(info.suffix))
+            return info.format;
+    }
+    return {};
+}
+
+} // namespace desk::services

@@ -1,0 +1,155 @@
+#include "desk/services/TranscriptService.h"
+
+#include "desk/services/SpeechSound.h"
+
+#include <QDir>
+
+#include <sys/resource.h>
+
+namespace desk::services
+{
+
+using speech::ClipState;
+using speech::TranscriptStore;
+
+namespace
+{
+QString countText(int words)
+{
+    return words == 1 ? QStringLiteral("1 word") : QStringLiteral("%L1 words").arg(words);
+}
+} // namespace
+
+TranscriptService::TranscriptService(const Profile& profile, QObject* parent)
+    : QObject(parent),
+      m_settingsFile(profile.transcriptSettingsFile()),
+      m_settings(TranscriptSettings::load(m_settingsFile))
+{
+    QDir().mkpath(profile.folder());
+    m_store = std::make_unique<TranscriptStore>(profile.transcriptFile());
+    connect(m_store.get(), &TranscriptStore::conditionChanged, this,
+            [this] { m_wasRead = m_wasRead || m_store->condition() == TranscriptStore::Condition::Online; });
+    connect(m_store.get(), &TranscriptStore::clipChanged, this, &TranscriptService::report);
+    startTranscriber();
+}
+
+TranscriptService::~TranscriptService()
+{
+    m_pool.waitForDone();
+    m_transcriber.reset();
+    m_store->disconnect(this);
+}
+
+void TranscriptService::startTranscriber()
+{
+    const auto make = [settings = m_settings.recogniser] {
+        // The maker is called on the recogniser's thread, whose priority is its own.
+        constexpr int nice = 10;
+        setpriority(PRIO_PROCESS, 0, nice);
+        return speech::makeRecogniser(settings);
+    };
+    m_transcriber = std::make_unique<speech::Transcriber>(*m_store, make);
+    connect(m_transcriber.get(), &speech::Transcriber::failed, this, &TranscriptService::fail);
+}
+
+bool TranscriptService::isReadable() const
+{
+    return m_wasRead && m_store->condition() != TranscriptStore::Condition::Offline;
+}
+
+MappedTranscript TranscriptService::transcriptOf(const std::vector<SpokenRange>& ranges)
+{
+    return mapTranscript(ranges, [this](const QString& clip) { return m_store->transcript(clip); });
+}
+
+void TranscriptService::transcribe(const Clip& clip)
+{
+    if (m_jobs.contains(clip.id) || m_store->clipState(clip.id).stage == ClipState::Stage::Done)
+        return;
+    m_jobs[clip.id] = clip;
+    emit queued(clip.id, clip.name);
+    m_store->setClipState(clip.id, {ClipState::Stage::Waiting, 0, {}});
+    m_pool.start([this, clip] {
+        auto sequence = media::openSequence(clip.path);
+        QMetaObject::invokeMethod(
+            this, [this, clip, sequence = std::move(sequence)] { begin(clip, sequence); }, Qt::QueuedConnection);
+    });
+}
+
+void TranscriptService::begin(const Clip& clip, const Result<media::Sequence>& sequence)
+{
+    if (!m_jobs.contains(clip.id))
+        return;
+    if (sequence)
+        m_transcriber->add(clip.id, recognitionJob(*sequence));
+    else
+        fail(clip.id, sequence.error());
+}
+
+void TranscriptService::fail(const QString& clip, const Error& error)
+{
+    m_store->setClipState(clip, {ClipState::Stage::Failed, 0, error.sentence()});
+    report(clip);
+}
+
+void TranscriptService::cancel(const QString& clip)
+{
+    if (!m_jobs.contains(clip))
+        return;
+    m_transcriber->cancel(clip);
+    m_store->setClipState(clip, {});
+}
+
+void TranscriptService::report(const QString& clip)
+{
+    if (!m_jobs.contains(clip))
+        return;
+    const ClipState state = m_store->clipState(clip);
+    if (state.stage == ClipState::Stage::Waiting)
+        return;
+    if (state.stage == ClipState::Stage::Running)
+        return emit progressed(clip, state.percent);
+    m_jobs.remove(clip);
+    if (state.stage == ClipState::Stage::Failed)
+        return emit ended(clip, Outcome::Failed, state.failure);
+    if (state.stage == ClipState::Stage::Missing)
+        return emit ended(clip, Outcome::Cancelled, {});
+    const auto transcript = m_store->transcript(clip);
+    emit ended(clip, Outcome::Done, transcript ? countText(transcript->countOfWords()) : QString());
+}
+
+void TranscriptService::importFile(const Clip& clip, const QString& file, int clipMs)
+{
+    m_pool.start([this, clip, file, clipMs] {
+        auto read = speech::importTranscriptFile(file, clipMs);
+        const auto take = [this, clip, read = std::move(read)] {
+            if (!read)
+                return emit importFailed(clip.id, read.error().sentence());
+            cancel(clip.id);
+            m_store->putTranscript(clip.id, read->transcript);
+            const int repaired = read->repairs.total();
+            emit imported(clip.id,
+                          countText(read->transcript.countOfWords()) +
+                              (repaired > 0 ? QStringLiteral(", times repaired: %1").arg(repaired) : QString()));
+        };
+        QMetaObject::invokeMethod(this, take, Qt::QueuedConnection);
+    });
+}
+
+Status TranscriptService::change(const TranscriptSettings& settings)
+{
+    const auto& now = settings.recogniser;
+    const auto& was = m_settings.recogniser;
+    const bool isOther = now.whisperProgram != was.whisperProgram || now.whisperModel != was.whisperModel ||
+                         now.whisperLanguage != was.whisperLanguage || now.sphinxModel != was.sphinxModel;
+    m_settings = settings;
+    if (isOther) {
+        const QHash<QString, Clip> former = std::exchange(m_jobs, {});
+        startTranscriber();
+        for (const Clip& clip : former)
+            transcribe(clip);
+    }
+    return m_settings.save(m_settingsFile);
+}
+
+} // namespace desk::services

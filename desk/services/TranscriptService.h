@@ -1,0 +1,94 @@
+#pragma once
+
+#include "desk/services/Profile.h"
+#include "desk/services/SpokenRanges.h"
+#include "desk/services/TranscriptSettings.h"
+#include "desk/speech/Transcriber.h"
+#include "desk/speech/formats/Import.h"
+#include "desk/speech/store/TranscriptStore.h"
+
+#include <QHash>
+#include <QThreadPool>
+
+namespace desk::services
+{
+
+/// The transcripts of a profile: its database, the recognition of its clips and its settings. Clips go by
+/// media::Sequence::id. User-interface thread; no call blocks. Recognition runs on a thread of its own at lower
+/// priority.
+class TranscriptService : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum class Outcome { Done, Failed, Cancelled };
+    Q_ENUM(Outcome)
+
+    explicit TranscriptService(const Profile& profile, QObject* parent = nullptr);
+    /// Clips that are not done wait in the database: resume().
+    ~TranscriptService() override;
+
+    speech::TranscriptStore& store() { return *m_store; }
+
+    /// Whether the database is or was read and is not damaged since; a passing lock of another process does not count.
+    bool isReadable() const;
+
+    /// Whether it is being opened.
+
+    bool isOpening() const { return m_store->condition() == speech::TranscriptStore::Condition::Opening; }
+
+    /// What is heard in a sequence, of the clips whose transcripts are read; the others follow, each with
+    /// TranscriptStore::clipChanged().
+    MappedTranscript transcriptOf(const std::vector<SpokenRange>& ranges);
+
+    struct Clip {
+        QString id;
+        QString name;
+        QString path;
+    };
+
+    static Clip clipOf(const media::Sequence& sequence) { return {sequence.id, sequence.name, sequence.path}; }
+
+    /// Opens the file and recognises what is said in it, after the clips asked for before. Goes on where a former run
+    /// stopped. Nothing for a clip that waits, runs or has a transcript.
+    void transcribe(const Clip& clip);
+    void cancel(const QString& clip);
+
+    /// Clips that wait or run.
+    int active() const { return m_jobs.size(); }
+
+    /// Reads a transcript file for a clip beside the user-interface thread and puts it in place of the one that is
+    /// there. Answers with imported() or importFailed().
+    void importFile(const Clip& clip, const QString& file, int clipMs);
+
+    const TranscriptSettings& settings() const { return m_settings; }
+
+    /// Keeps them. What is being recognised begins anew where the recogniser changes.
+    Status change(const TranscriptSettings& settings);
+
+Q_SIGNALS:
+    void queued(const QString& clip, const QString& name);
+    void progressed(const QString& clip, int percent);
+
+    /// @param text how many words, or why it failed, one sentence.
+    void ended(const QString& clip, desk::services::TranscriptService::Outcome outcome, const QString& text);
+    void imported(const QString& clip, const QString& text);
+    void importFailed(const QString& clip, const QString& sentence);
+
+private:
+    void startTranscriber();
+    void begin(const Clip& clip, const Result<media::Sequence>& sequence);
+    void report(const QString& clip);
+    void fail(const QString& clip, const Error& error);
+
+    QString m_settingsFile;
+    TranscriptSettings m_settings;
+    std::unique_ptr<speech::TranscriptStore> m_store;
+    std::unique_ptr<speech::Transcriber> m_transcriber;
+    bool m_wasRead = false;
+    /// By identifier: what was asked for and has not ended.
+    QHash<QString, Clip> m_jobs;
+    QThreadPool m_pool;
+};
+
+} // namespace desk::services

@@ -1,0 +1,72 @@
+#include "desk/services/TranscriptSettings.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+namespace desk::services
+{
+
+namespace
+{
+const QString fontKey = QStringLiteral("font");
+
+struct TextKey {
+    const char* name;
+    QString speech::RecogniserSettings::*text;
+};
+
+const TextKey textKeys[] = {{"whisperProgram", &speech::RecogniserSettings::whisperProgram},
+                            {"whisperModel", &speech::RecogniserSettings::whisperModel},
+                            {"whisperLanguage", &speech::RecogniserSettings::whisperLanguage},
+                            {"sphinxModel", &speech::RecogniserSettings::sphinxModel}};
+
+struct FlagKey {
+    const char* name;
+    bool STT_Visibilities::*flag;
+};
+
+const FlagKey flagKeys[] = {{"showSpeaker", &STT_Visibilities::speaker},
+                            {"showTimecode", &STT_Visibilities::timecode},
+                            {"showNotTranscribed", &STT_Visibilities::notTranscribed}};
+} // namespace
+
+TranscriptSettings TranscriptSettings::load(const QString& file)
+{
+    TranscriptSettings settings;
+    QFile source(file);
+    if (!source.open(QIODevice::ReadOnly))
+        return settings;
+    const QJsonObject json = QJsonDocument::fromJson(source.readAll()).object();
+    for (const TextKey& key : textKeys)
+        settings.recogniser.*key.text = json[QLatin1String(key.name)].toString();
+    for (const FlagKey& key : flagKeys)
+        settings.visibilities.*key.flag = json[QLatin1String(key.name)].toBool(true);
+    settings.font = json[fontKey].toString();
+    return settings;
+}
+
+Status TranscriptSettings::save(const QString& file) const
+{
+    QJsonObject json;
+    for (const TextKey& key : textKeys)
+        json[QLatin1String(key.name)] = recogniser.*key.text;
+    for (const FlagKey& key : flagKeys)
+        json[QLatin1String(key.name)] = visibilities.*key.flag;
+    json[fontKey] = font;
+    const QByteArray text = QJsonDocument(json).toJson();
+    QDir().mkpath(QFileInfo(file).path());
+    QSaveFile target(file);
+    if (target.open(QIODevice::WriteOnly) && target.write(text) == text.size() && target.commit())
+        return {};
+    return Error{file,
+                 {},
+                 {},
+                 QStringLiteral("the transcript settings cannot be kept (%1)").arg(target.errorString()),
+                 QStringLiteral("check the rights and the space of the folder")};
+}
+
+} // namespace desk::services

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "StratacutUI/STT_TranscriptData.h"
+#include "desk/base/Result.h"
+#include "desk/speech/recognition/Recogniser.h"
+
+namespace desk::services
+{
+
+/// How transcripts are made and shown, kept as a JSON file of the profile. A value.
+struct TranscriptSettings {
+    speech::RecogniserSettings recogniser;
+    /// As QFont::toString() has it; empty for the window's own choice.
+    QString font;
+    STT_Visibilities visibilities;
+
+    /// A file that is not there or cannot be read gives the defaults.
+    static TranscriptSettings load(const QString& file);
+    Status save(const QString& file) const;
+};
+
+} // namespace desk::services
