@@ -51,6 +51,15 @@ int runExplore(const QCommandLineParser& parser, const QStringList& arguments);
 QList<QCommandLineOption> commitOptions();
 int runCommit(const QCommandLineParser& parser, const QStringList& arguments);
 
+// Commands on transcripts. CLIP is a name in the bin or a file.
+
+QList<QCommandLineOption> transcribeOptions();
+int runTranscribe(const QCommandLineParser& parser, const QStringList& clips);
+QList<QCommandLineOption> transcriptOptions();
+int runTranscript(const QCommandLineParser& parser, const QStringList& clips);
+/// Its options are those of items.
+int runSpeakers(const QCommandLineParser& parser, const QStringList& arguments);
+
 // Commands that need no saved state.
 
 QList<QCommandLineOption> exportOptions();

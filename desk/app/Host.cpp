@@ -5,6 +5,7 @@
 #include "StratacutUI/IMF_Controller.h"
 #include "desk/services/MediaEngine.h"
 #include "desk/services/SettingsStorage.h"
+#include "desk/services/TranscriptService.h"
 
 namespace desk::app
 {
@@ -38,6 +39,13 @@ Status Host::save()
     if (notices.isEmpty())
         return {};
     return Error{{}, {}, {}, notices.join(QLatin1Char(' ')), {}};
+}
+
+services::TranscriptService& Host::transcripts()
+{
+    if (!m_transcripts)
+        m_transcripts = std::make_unique<services::TranscriptService>(m_profile);
+    return *m_transcripts;
 }
 
 IMF_Controller& Host::controller()

@@ -16,7 +16,8 @@ class IMF_Controller;
 namespace desk::services
 {
 class SettingsStorage;
-}
+class TranscriptService;
+} // namespace desk::services
 
 namespace desk::app
 {
@@ -48,6 +49,9 @@ public:
 
     services::PackageOutput& output() { return m_output; }
 
+    /// Opened at the first use; only after claim().
+    services::TranscriptService& transcripts();
+
     IMF_PackageMgrQtModel& model() { return *m_model; }
 
     IMF_Controller& controller();
@@ -63,6 +67,7 @@ private:
     services::ProfileLock m_lock;
     services::MediaLibrary m_library;
     services::PackageOutput m_output;
+    std::unique_ptr<services::TranscriptService> m_transcripts;
     std::unique_ptr<IMF_PackageMgrQtModel> m_model;
     /// Owned by the model's controller.
     services::SettingsStorage* m_settings = nullptr;

@@ -1,0 +1,293 @@
+// What is said in the clips of the bin: recognising, showing, reading and writing transcripts, naming speakers.
+
+#include "desk/app/Command.h"
+#include "desk/app/Console.h"
+#include "desk/app/ItemSession.h"
+#include "desk/services/SpeechSound.h"
+#include "desk/services/TranscriptExport.h"
+#include "desk/services/TranscriptService.h"
+
+#include <QCommandLineParser>
+#include <QEventLoop>
+#include <QTimer>
+
+namespace desk::app
+{
+
+using services::TranscriptService;
+using speech::TranscriptStore;
+
+namespace
+{
+/// How long another process may hold the database, in milliseconds.
+constexpr int patience = 10000;
+
+int wrong(const QString& text, const QString& command)
+{
+    console::error(text);
+    console::note(QStringLiteral("stratacut-desk %1 --help shows what there is.").arg(command));
+    return exitCode::usage;
+}
+
+/// Lets the program go on until the condition holds, which is looked at after each change of the store.
+template <class Condition>
+void waitUntil(TranscriptStore& store, Condition holds)
+{
+    QEventLoop loop;
+    const auto look = [&] {
+        if (holds())
+            loop.quit();
+    };
+    QObject::connect(&store, &TranscriptStore::conditionChanged, &loop, look, Qt::QueuedConnection);
+    QObject::connect(&store, &TranscriptStore::clipChanged, &loop, look, Qt::QueuedConnection);
+    if (!holds())
+        loop.exec();
+}
+
+Result<TranscriptService*> openTranscripts(ItemSession& session)
+{
+    TranscriptService& service = session.host().transcripts();
+    TranscriptStore& store = service.store();
+    QTimer limit;
+    limit.setSingleShot(true);
+    limit.start(patience);
+    QObject::connect(&limit, &QTimer::timeout, &store, &TranscriptStore::conditionChanged);
+    using Condition = TranscriptStore::Condition;
+    waitUntil(store, [&] {
+        return store.condition() == Condition::Online || store.condition() == Condition::Offline || !limit.isActive();
+    });
+    if (store.condition() == Condition::Online)
+        return &service;
+    return store.problem();
+}
+
+/// Everything written, or what hinders it.
+Status flush(TranscriptService& service)
+{
+    if (service.store().waitUntilStored(patience))
+        return {};
+    QCoreApplication::processEvents();
+    return service.store().problem();
+}
+
+Result<media::Sequence> openClip(ItemSession& session, const QString& name)
+{
+    const auto id = session.sequence(name);
+    if (!id)
+        return id.error();
+    return media::openSequence(session.host().library().find(*id)->path);
+}
+
+/// Waits for one clip, with its progress on the error stream.
+Status recognise(TranscriptService& service, const TranscriptService::Clip& clip)
+{
+    TranscriptStore& store = service.store();
+    bool isOver = false;
+    Status outcome;
+    QString words;
+    QObject context;
+    QObject::connect(&service, &TranscriptService::progressed, &context, [&](const QString&, int percent) {
+        if (console::isTerminal())
+            console::statusLine(QStringLiteral("%1: %2 %").arg(clip.name).arg(percent));
+    });
+    QObject::connect(&service, &TranscriptService::ended, &context,
+                     [&](const QString&, TranscriptService::Outcome end, const QString& text) {
+                         isOver = true;
+                         words = text;
+                         if (end != TranscriptService::Outcome::Done)
+                             outcome = Error{{}, {}, {}, text, {}};
+                     });
+    service.transcribe(clip);
+    waitUntil(store, [&] { return isOver || service.active() == 0; });
+    console::endStatusLine();
+    if (outcome)
+        console::out(words.isEmpty() ? QStringLiteral("%1: has a transcript").arg(clip.name)
+                                     : QStringLiteral("%1: %2").arg(clip.name, words));
+    return outcome;
+}
+
+/// The files in which something is said: of a timeline its clips, each once.
+QVector<TranscriptService::Clip> clipsOf(const media::Sequence& sequence)
+{
+    QVector<TranscriptService::Clip> clips;
+    const auto ranges = services::spokenRanges(sequence);
+    for (const services::SpokenRange& range : ranges) {
+        const auto clip = TranscriptService::clipOf(*range.clip);
+        const bool isKnown =
+            std::any_of(clips.begin(), clips.end(), [&](const auto& one) { return one.id == clip.id; });
+        if (!isKnown)
+            clips += clip;
+    }
+    return clips;
+}
+
+Status transcribeAll(ItemSession& session, const QStringList& names)
+{
+    const auto service = openTranscripts(session);
+    if (!service)
+        return service.error();
+    for (const QString& name : names) {
+        const auto sequence = openClip(session, name);
+        if (!sequence)
+            return sequence.error();
+        const auto clips = clipsOf(*sequence);
+        if (clips.isEmpty())
+            return Error{
+                sequence->path, {}, {}, QStringLiteral("it has no sound"), QStringLiteral("name a clip with sound")};
+        for (const TranscriptService::Clip& clip : clips) {
+            if (Status done = recognise(**service, clip); !done)
+                return done;
+        }
+    }
+    return flush(**service);
+}
+
+Status import(TranscriptService& service, const media::Sequence& clip, const QString& file)
+{
+    if (clip.isTimeline())
+        return Error{clip.path,
+                     {},
+                     {},
+                     QStringLiteral("a timeline's transcript is that of its clips"),
+                     QStringLiteral("import it for a clip")};
+    const auto read = speech::importTranscriptFile(file, services::lengthMs(clip));
+    if (!read)
+        return read.error();
+    if (read->repairs.total() > 0)
+        console::note(QStringLiteral("%1: times of %2 words were repaired").arg(file).arg(read->repairs.total()));
+    service.store().putTranscript(clip.id, read->transcript);
+    Status stored = flush(service);
+    QCoreApplication::processEvents();
+    return stored;
+}
+
+/// The transcripts of all clips, read from the file.
+speech::Transcript readTranscript(TranscriptService& service, const media::Sequence& sequence)
+{
+    TranscriptStore& store = service.store();
+    const auto ranges = services::spokenRanges(sequence);
+    const auto isRead = [&](const services::SpokenRange& range) {
+        const bool isDone = store.clipState(range.clip->id).stage == speech::ClipState::Stage::Done;
+        return !isDone || store.transcript(range.clip->id);
+    };
+    waitUntil(store, [&] { return std::all_of(ranges.begin(), ranges.end(), isRead); });
+    return service.transcriptOf(ranges).transcript;
+}
+
+Status write(const media::Sequence& clip, const speech::Transcript& transcript, const QStringList& files)
+{
+    const speech::ExportSettings settings = services::exportSettings(clip);
+    for (const QString& file : files) {
+        const auto format = services::exportFormatOf(file);
+        if (!format)
+            return Error{file,
+                         {},
+                         {},
+                         QStringLiteral("its name ending is that of no known format"),
+                         QStringLiteral("end it with .srt, .vtt, .ttml, .txt, .csv or .json")};
+        if (Status written = speech::exportTranscriptFile(file, transcript, *format, settings); !written)
+            return written;
+    }
+    if (files.isEmpty())
+        console::out(QString::fromUtf8(speech::exportTranscript(transcript, speech::ExportFormat::PlainText, settings))
+                         .trimmed());
+    return {};
+}
+
+Status showTranscript(ItemSession& session, const QCommandLineParser& parser, const QString& name)
+{
+    const auto clip = openClip(session, name);
+    if (!clip)
+        return clip.error();
+    const auto service = openTranscripts(session);
+    if (!service)
+        return service.error();
+    if (parser.isSet(QStringLiteral("remove"))) {
+        (*service)->store().removeClip(clip->id);
+        return flush(**service);
+    }
+    if (parser.isSet(QStringLiteral("import"))) {
+        if (Status done = import(**service, *clip, parser.value(QStringLiteral("import"))); !done)
+            return done;
+        if (!parser.isSet(QStringLiteral("export")))
+            return {};
+    }
+    const speech::Transcript transcript = readTranscript(**service, *clip);
+    if (transcript.segments.isEmpty())
+        return Error{clip->path,
+                     {},
+                     {},
+                     QStringLiteral("it has no transcript"),
+                     QStringLiteral("make one with \"stratacut-desk transcribe\"")};
+    return write(*clip, transcript, parser.values(QStringLiteral("export")));
+}
+
+Status workOnSpeakers(ItemSession& session, const QStringList& arguments)
+{
+    const auto service = openTranscripts(session);
+    if (!service)
+        return service.error();
+    TranscriptStore& store = (*service)->store();
+    if (arguments.size() == 3) {
+        const int id = arguments[1].toInt();
+        const auto isMeant = [id](const speech::Speaker& speaker) { return speaker.id == id; };
+        if (std::none_of(store.speakers().begin(), store.speakers().end(), isMeant))
+            return Error{{},
+                         arguments[1],
+                         {},
+                         QStringLiteral("there is no such speaker"),
+                         QStringLiteral("\"stratacut-desk speakers\" shows their numbers")};
+        store.nameSpeaker(id, arguments[2]);
+        return flush(**service);
+    }
+    for (const speech::Speaker& speaker : store.speakers())
+        console::out(QStringLiteral("%1  %2").arg(speaker.id).arg(speaker.name).trimmed());
+    return {};
+}
+} // namespace
+
+QList<QCommandLineOption> transcribeOptions()
+{
+    return {profileOption()};
+}
+
+int runTranscribe(const QCommandLineParser& parser, const QStringList& clips)
+{
+    if (clips.isEmpty())
+        return wrong(QStringLiteral("name at least one clip of the bin, or its file"), QStringLiteral("transcribe"));
+    return ItemSession(parser).run([&](ItemSession& session) { return transcribeAll(session, clips); },
+                                   ItemSession::Keeping::Nothing);
+}
+
+QList<QCommandLineOption> transcriptOptions()
+{
+    return {profileOption(),
+            {"export",
+             "Writes the transcript as .srt, .vtt, .ttml (IMSC 1.1), .txt, .csv or .json. May be given several "
+             "times.",
+             "FILE"},
+            {"import", "Takes a transcript from whisper.cpp's JSON, SubRip, WebVTT or the desk's own JSON.", "FILE"},
+            {"remove", "Forgets the clip's transcript, so that it can be made anew."}};
+}
+
+int runTranscript(const QCommandLineParser& parser, const QStringList& clips)
+{
+    if (clips.size() != 1)
+        return wrong(QStringLiteral("name one clip of the bin, or its file"), QStringLiteral("transcript"));
+    return ItemSession(parser).run([&](ItemSession& session) { return showTranscript(session, parser, clips[0]); },
+                                   ItemSession::Keeping::Nothing);
+}
+
+int runSpeakers(const QCommandLineParser& parser, const QStringList& arguments)
+{
+    const QString action = arguments.value(0, QStringLiteral("list"));
+    const bool isList = action == QLatin1String("list") && arguments.size() <= 1;
+    const bool isRename = action == QLatin1String("rename") && arguments.size() == 3;
+    if (!isList && !isRename)
+        return wrong(QStringLiteral("say \"list\", or \"rename\" with a number and a name"),
+                     QStringLiteral("speakers"));
+    return ItemSession(parser).run([&](ItemSession& session) { return workOnSpeakers(session, arguments); },
+                                   ItemSession::Keeping::Nothing);
+}
+
+} // namespace desk::app
