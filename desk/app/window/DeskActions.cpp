@@ -6,9 +6,12 @@
 #include "StratacutUI/IMF_ManagerWindow.h"
 #include "StratacutUI/IMF_PackageMgrQtModel.h"
 #include "StratacutUI/IMF_TreeView.h"
+#include "StratacutUI/STT_TranscriptManagerWindow.h"
 #include "desk/app/Host.h"
 #include "desk/app/window/BinPane.h"
 #include "desk/app/window/JobPane.h"
+#include "desk/app/window/TranscriptPane.h"
+#include "desk/services/FrameTime.h"
 
 #include <QActionGroup>
 #include <QFileDialog>
@@ -16,6 +19,9 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QSplitter>
+#include <QTabWidget>
+
+#include <algorithm>
 
 namespace desk::app
 {
@@ -50,12 +56,16 @@ const DeskWindow::ActionRow DeskWindow::actionRows[] = {
     {"&Monitor", "loadMonitor", "&Load Selected Sequence", "Ctrl+L", &DeskWindow::loadSelectedSequence},
     {"", "playStop", "&Play or Stop", "Ctrl+Space", &DeskWindow::togglePlayback},
     {"", "clearMarks", "&Clear Marks", "", &DeskWindow::clearMarks},
+    {"&Transcript", "transcribe", "&Transcribe Selected Clip", "Ctrl+T", &DeskWindow::transcribeSelected},
+    {"", "importTranscript", "&Import a Transcript of Selected Clip...", "", &DeskWindow::importTranscript},
+    {nullptr, "switchTranscript", "Source or &Record Monitor", "Ctrl+Shift+T", &DeskWindow::switchTranscriptMonitor},
     {"&View", "focusBin", "&Bin", "Ctrl+1", &DeskWindow::focusBin},
     {"", "focusPackages", "&Packages", "Ctrl+2", &DeskWindow::focusPackages},
     {"", "focusParameters", "P&arameters", "Ctrl+3", &DeskWindow::focusParameters},
-    {"", "focusJobs", "E&xports", "Ctrl+4", &DeskWindow::focusJobs},
+    {"", "focusJobs", "&Jobs", "Ctrl+4", &DeskWindow::focusJobs},
     {"", "focusSource", "&Source Monitor", "Ctrl+5", &DeskWindow::focusSource},
     {"", "focusRecord", "&Record Monitor", "Ctrl+6", &DeskWindow::focusRecord},
+    {"", "focusTranscript", "Transcrip&t", "Ctrl+7", &DeskWindow::focusTranscript},
     {nullptr, "showMonitors", "Show &Monitors", "Ctrl+M", &DeskWindow::showMonitors},
     {"&Help", "about", "&About Stratacut Desk", "", &DeskWindow::about},
 };
@@ -128,6 +138,11 @@ void DeskWindow::updateActions()
     const QModelIndex delivery = currentDelivery();
     const bool written = delivery.isValid() && Model::StatusFromIndex(delivery) == IMF_PackageMgr::Committed;
     const bool media = m_bin->view().selectionModel()->hasSelection();
+    const QStringList ids = m_bin->view().selectedIds();
+    const bool clips = std::any_of(ids.begin(), ids.end(), [this](const QString& id) {
+        const auto sequence = m_host->library().find(id);
+        return sequence && !media::isTimelineFile(sequence->path);
+    });
     const bool watching = m_source->player().sequence() || m_record->player().sequence();
 
     const struct {
@@ -137,6 +152,8 @@ void DeskWindow::updateActions()
         {"removeMedia", media},
         {"addSequence", media},
         {"loadMonitor", media},
+        {"transcribe", clips},
+        {"importTranscript", clips},
         {"playStop", watching},
         {"clearMarks", watching},
         {"newImp", delivery.isValid()},
@@ -157,6 +174,7 @@ void DeskWindow::selectNewestDelivery()
     const int rows = m_host->model().rowCount();
     if (rows == 0)
         return;
+    m_work->setCurrentWidget(m_manager);
     tree().select(m_host->model().index(rows - 1, 0));
     tree().setFocus();
 }
@@ -182,6 +200,7 @@ void DeskWindow::newImp()
     const QModelIndex delivery = currentDelivery();
     if (!delivery.isValid())
         return;
+    m_work->setCurrentWidget(m_manager);
     Model& model = m_host->model();
     model.addIMPNode(model.FromIndex(delivery));
     tree().expand(delivery);
@@ -233,6 +252,7 @@ void DeskWindow::focusBin()
 
 void DeskWindow::focusPackages()
 {
+    m_work->setCurrentWidget(m_manager);
     tree().setFocus(Qt::ShortcutFocusReason);
     if (!current().isValid() && m_host->model().rowCount() > 0)
         tree().select(m_host->model().index(0, 0));
@@ -240,6 +260,7 @@ void DeskWindow::focusPackages()
 
 void DeskWindow::focusParameters()
 {
+    m_work->setCurrentWidget(m_manager);
     // From the last widget before the parameters the keyboard enters their first field.
     auto* parameters = m_manager->findChild<QWidget*>(QStringLiteral("m_paramsView"));
     const auto fields = parameters->findChildren<QWidget*>();
@@ -270,6 +291,40 @@ void DeskWindow::focusRecord()
     action(QStringLiteral("showMonitors"))->setChecked(true);
     showMonitors();
     m_record->setFocus(Qt::ShortcutFocusReason);
+}
+
+void DeskWindow::focusTranscript()
+{
+    m_work->setCurrentWidget(m_transcript);
+    m_transcript->setFocus(Qt::ShortcutFocusReason);
+}
+
+void DeskWindow::switchTranscriptMonitor()
+{
+    focusTranscript();
+    m_transcript->window().handleShortcuts(QStringLiteral("ToggleSourceRecord"));
+}
+
+void DeskWindow::transcribeSelected()
+{
+    const QStringList ids = m_bin->view().selectedIds();
+    for (const QString& id : ids) {
+        const auto item = m_host->library().find(id);
+        if (item && !media::isTimelineFile(item->path))
+            m_host->transcripts().transcribe({item->id, item->name, item->path});
+    }
+}
+
+void DeskWindow::importTranscript()
+{
+    const QStringList ids = m_bin->view().selectedIds();
+    const auto item = m_host->library().find(ids.value(0));
+    if (!item || media::isTimelineFile(item->path))
+        return;
+    const qint64 ms = item->frameRate.isValid()
+                          ? services::msOfFrame(item->frames, item->frameRate, services::FrameRounding::Down)
+                          : 0;
+    m_transcript->askForImport({item->id, item->name, item->path}, int(ms));
 }
 
 void DeskWindow::showMonitors()

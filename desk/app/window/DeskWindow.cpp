@@ -10,6 +10,7 @@
 #include "desk/app/window/JobPane.h"
 #include "desk/app/window/MediaLoader.h"
 #include "desk/app/window/PaneParts.h"
+#include "desk/app/window/TranscriptPane.h"
 
 #include <QAction>
 #include <QApplication>
@@ -63,6 +64,7 @@ DeskWindow::DeskWindow(Host* host)
     connectAll();
     connectModel();
     connectMonitors();
+    connectTranscript();
     restoreLook();
     updateActions();
 }
@@ -81,11 +83,13 @@ void DeskWindow::createWidgets()
     m_bin = new BinPane(m_binModel, m_loader);
     m_manager = new IMF_ManagerWindow(&m_host->model(), m_host->model().rootIndex());
     m_manager->setObjectName(QStringLiteral("m_manager"));
-    m_jobs = new JobPane(&m_host->output());
+    m_jobs = new JobPane(&m_host->output(), &m_host->transcripts());
     const auto sound = media::systemSoundOutput();
     m_source = new MonitorPane(MonitorPane::Kind::Source, sound);
     m_record = new MonitorPane(MonitorPane::Kind::Record, sound);
     m_activeMonitor = m_source;
+    m_transcript = new TranscriptPane(m_host->transcripts(), m_source->player(), m_record->player());
+    m_transcript->setFolder(m_host->profile().folder() + QStringLiteral("/scripts"));
     m_hint = new QuietLabel;
 }
 
@@ -97,6 +101,7 @@ void DeskWindow::layOut()
     m_work->setDocumentMode(true);
     m_work->setTabBarAutoHide(true);
     m_work->addTab(m_manager, QStringLiteral("Packages"));
+    m_work->addTab(m_transcript, QStringLiteral("Transcript"));
     m_monitors = splitter("m_monitorSplitter", Qt::Horizontal, {m_source, m_record}, 0);
     m_monitors->setStretchFactor(1, 1);
     m_column = splitter("m_columnSplitter", Qt::Vertical, {m_monitors, m_work, m_jobs}, 0);
@@ -170,6 +175,35 @@ void DeskWindow::connectMonitors()
     });
 }
 
+void DeskWindow::connectTranscript()
+{
+    using services::TranscriptService;
+    using speech::TranscriptStore;
+    TranscriptService& service = m_host->transcripts();
+    connect(m_transcript, &TranscriptPane::noted, this,
+            [this](const QString& text) { statusBar()->showMessage(text); });
+    connect(m_transcript, &TranscriptPane::failed, this, [this](const QString& sentence) {
+        m_errors += sentence;
+        showErrors();
+    });
+    connect(&service.store(), &TranscriptStore::conditionChanged, this, [this, &service] {
+        const QString problem = service.store().problem().what;
+        statusBar()->showMessage(problem.isEmpty() ? QString() : service.store().problem().sentence());
+        if (service.store().condition() == TranscriptStore::Condition::Online)
+            resumeTranscriptions();
+    });
+    connect(m_work, &QTabWidget::currentChanged, this, &DeskWindow::scheduleSave);
+}
+
+void DeskWindow::resumeTranscriptions()
+{
+    const QStringList waiting = m_host->transcripts().store().clips(speech::ClipState::Stage::Waiting);
+    for (const QString& id : waiting) {
+        if (const auto item = m_host->library().find(id))
+            m_host->transcripts().transcribe({item->id, item->name, item->path});
+    }
+}
+
 void DeskWindow::connectModel()
 {
     IMF_PackageMgrQtModel& model = m_host->model();
@@ -206,6 +240,7 @@ void DeskWindow::restoreLook()
     const bool shown = m_settings.monitors == WindowSettings::Monitors::Shown;
     action(QStringLiteral("showMonitors"))->setChecked(shown);
     m_monitors->setVisible(shown);
+    m_work->setCurrentIndex(m_settings.work == WindowSettings::Work::Transcript ? 1 : 0);
 }
 
 WindowSettings DeskWindow::look() const
@@ -213,6 +248,8 @@ WindowSettings DeskWindow::look() const
     WindowSettings settings = m_settings;
     settings.skin = Palette::PaletteManager::Instance().skin();
     settings.geometry = saveGeometry();
+    settings.work =
+        m_work->currentWidget() == m_transcript ? WindowSettings::Work::Transcript : WindowSettings::Work::Packages;
     settings.dialogs = ManagedWindow::rememberedSizes();
     const auto splitters = findChildren<QSplitter*>();
     for (const QSplitter* one : splitters)

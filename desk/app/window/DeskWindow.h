@@ -32,10 +32,11 @@ class Host;
 class JobPane;
 class MediaLoader;
 class Thumbnails;
+class TranscriptPane;
 
-/// The desk: the bin on the left; on the right the monitors, below them the package manager and the exports. All that
-/// can be done here is an action of the menu bar with a key of its own. Work is kept a moment after each change and
-/// when the window closes.
+/// The desk: the bin on the left; on the right the monitors, below them the package manager or the transcript, and the
+/// jobs. All that can be done here is an action of the menu bar with a key of its own. Work is kept a moment after each
+/// change and when the window closes.
 class DeskWindow : public QMainWindow, public ViewDeckQt::ManagedWindow
 {
     Q_OBJECT
@@ -63,6 +64,8 @@ public:
 
     JobPane& jobs() const { return *m_jobs; }
 
+    TranscriptPane& transcript() const { return *m_transcript; }
+
     MonitorPane& monitor(MonitorPane::Kind kind) const
     {
         return kind == MonitorPane::Kind::Source ? *m_source : *m_record;
@@ -88,6 +91,7 @@ private:
     void connectAll();
     void connectModel();
     void connectMonitors();
+    void connectTranscript();
     void restoreLook();
     WindowSettings look() const;
 
@@ -111,6 +115,10 @@ private:
     void focusJobs();
     void focusSource();
     void focusRecord();
+    void focusTranscript();
+    void switchTranscriptMonitor();
+    void transcribeSelected();
+    void importTranscript();
     void loadSelectedSequence();
     void togglePlayback();
     void clearMarks();
@@ -120,6 +128,8 @@ private:
     /// A clip goes to the source monitor, a timeline to the record monitor.
     void loadInMonitor(const QString& id);
     void loadInMonitor(const QString& id, MonitorPane& monitor);
+    /// Clips that a former run left waiting.
+    void resumeTranscriptions();
     QModelIndex current() const;
     QModelIndex currentDelivery() const;
     void selectNewestDelivery();
@@ -146,6 +156,7 @@ private:
     JobPane* m_jobs = nullptr;
     MonitorPane* m_source = nullptr;
     MonitorPane* m_record = nullptr;
+    TranscriptPane* m_transcript = nullptr;
     /// The one that keys of the menu bar mean.
     MonitorPane* m_activeMonitor = nullptr;
     /// What is worked on below the monitors, a tab each; a single one shows no tabs.

@@ -46,11 +46,16 @@ StateLook lookOf(JobRow::State state)
     }
     return {"", "AppFontColor"};
 }
+
+const char* kindName(Job::Kind kind)
+{
+    return kind == Job::Kind::Export ? "Export" : "Transcription";
+}
 } // namespace
 
-JobRow::JobRow(const services::CommitStart& start, QWidget* parent)
+JobRow::JobRow(const Job& job, QWidget* parent)
     : QFrame(parent),
-      m_start(start),
+      m_job(job),
       m_sign(new QLabel),
       m_facts(new QuietLabel),
       m_bar(new QProgressBar),
@@ -58,29 +63,30 @@ JobRow::JobRow(const services::CommitStart& start, QWidget* parent)
       m_open(new ViewDeckQt::StyledButton(QStringLiteral("Open Folder")))
 {
     setObjectName(QStringLiteral("m_job"));
-    setAccessibleName(QStringLiteral("Export of %1").arg(start.name));
+    const QString what = QLatin1String(kindName(job.kind));
+    setAccessibleName(QStringLiteral("%1 of %2").arg(what, job.name));
     m_cancel->setObjectName(QStringLiteral("m_cancelJob"));
-    m_cancel->setAccessibleName(QStringLiteral("Cancel the export of %1").arg(start.name));
+    m_cancel->setAccessibleName(QStringLiteral("Cancel the %1 of %2").arg(what.toLower(), job.name));
     m_open->setObjectName(QStringLiteral("m_openFolder"));
-    m_open->setAccessibleName(QStringLiteral("Open the folder of %1").arg(start.name));
-    m_open->setToolTip(start.folder);
+    m_open->setAccessibleName(QStringLiteral("Open the folder of %1").arg(job.name));
+    m_open->setToolTip(job.folder);
     m_bar->setTextVisible(false);
     m_bar->setFixedHeight(6);
-    m_bar->setAccessibleName(QStringLiteral("Progress of %1").arg(start.name));
-    m_bar->setRange(0, int(std::max<qint64>(1, start.totalFrames)));
+    m_bar->setAccessibleName(QStringLiteral("Progress of %1").arg(job.name));
+    m_bar->setRange(0, int(std::max<qint64>(1, job.total)));
     m_facts->setWordWrap(true);
     layOut();
     setState(State::Waiting, QStringLiteral("waiting for its turn"));
     connect(m_cancel, &QPushButton::clicked, this, [this] {
         m_cancel->setEnabled(false);
-        emit cancelAsked(m_start.deliveryId);
+        emit cancelAsked();
     });
     connect(m_open, &QPushButton::clicked, this, &JobRow::openFolder);
 }
 
 void JobRow::layOut()
 {
-    auto* name = paneTitle(m_start.name);
+    auto* name = paneTitle(m_job.name);
     name->setTextFormat(Qt::PlainText);
     name->setMinimumWidth(1);
     m_sign->setForegroundRole(QPalette::WindowText);
@@ -110,7 +116,7 @@ void JobRow::setState(State state, const QString& text)
     m_facts->setText(text);
     m_bar->setVisible(!isOver());
     m_cancel->setVisible(!isOver());
-    m_open->setVisible(isOver());
+    m_open->setVisible(isOver() && !m_job.folder.isEmpty());
 }
 
 void JobRow::changeEvent(QEvent* event)
@@ -132,40 +138,80 @@ double JobRow::share() const
     return double(std::max(0, m_bar->value())) / m_bar->maximum();
 }
 
-void JobRow::end(int code, const QString& message)
+void JobRow::showPercent(int percent)
 {
-    if (code == 0)
-        setState(State::Done, m_start.folder);
-    else if (code == IMFO_Bridge::IMFO_Error_t::WarningOnly)
-        setState(State::Cancelled, QStringLiteral("cancelled; nothing was written"));
-    else
-        setState(State::Failed, message);
+    m_bar->setValue(percent);
+    setState(State::Running, QStringLiteral("Recognising speech, %1 %").arg(percent));
+}
+
+void JobRow::end(State state, const QString& text)
+{
+    setState(state, text);
 }
 
 void JobRow::openFolder()
 {
     // A commit that failed has left no folder; then the place where it would be is shown.
-    const bool there = QDir(m_start.folder).exists();
-    QDesktopServices::openUrl(QUrl::fromLocalFile(there ? m_start.folder : QFileInfo(m_start.folder).path()));
+    const bool there = QDir(m_job.folder).exists();
+    QDesktopServices::openUrl(QUrl::fromLocalFile(there ? m_job.folder : QFileInfo(m_job.folder).path()));
 }
 
-JobPane::JobPane(services::PackageOutput* output, QWidget* parent) : QWidget(parent), m_output(output)
+JobPane::JobPane(services::PackageOutput* output, services::TranscriptService* transcripts, QWidget* parent)
+    : QWidget(parent), m_output(output), m_transcripts(transcripts)
 {
     setObjectName(QStringLiteral("m_jobs"));
     layOut();
-    connect(output, &services::PackageOutput::commitStarted, this, &JobPane::add);
-    connect(output, &services::PackageOutput::progressed, this,
-            [this](const QByteArray& id, const services::ExportProgress& progress) {
-                if (JobRow* row = activeRow(id))
+    followExports();
+    followTranscriptions();
+    refresh();
+}
+
+void JobPane::followExports()
+{
+    const auto find = [this](const QByteArray& id) { return activeRow(Job::Kind::Export, id); };
+    connect(m_output, &services::PackageOutput::commitStarted, this, [this](const services::CommitStart& start) {
+        add({Job::Kind::Export, start.deliveryId, start.name, start.folder, start.totalFrames});
+    });
+    connect(m_output, &services::PackageOutput::progressed, this,
+            [find](const QByteArray& id, const services::ExportProgress& progress) {
+                if (JobRow* row = find(id))
                     row->showProgress(progress);
             });
-    connect(output, &services::PackageOutput::commitEnded, this,
-            [this](const QByteArray& id, int code, const QString& message) {
-                if (JobRow* row = activeRow(id))
-                    row->end(code, message);
+    connect(m_output, &services::PackageOutput::commitEnded, this,
+            [this, find](const QByteArray& id, int code, const QString& message) {
+                JobRow* row = find(id);
+                if (row && code == 0)
+                    row->end(JobRow::State::Done, row->job().folder);
+                else if (row && code == IMFO_Bridge::IMFO_Error_t::WarningOnly)
+                    row->end(JobRow::State::Cancelled, QStringLiteral("cancelled; nothing was written"));
+                else if (row)
+                    row->end(JobRow::State::Failed, message);
                 refresh();
             });
-    refresh();
+}
+
+void JobPane::followTranscriptions()
+{
+    using services::TranscriptService;
+    const auto find = [this](const QString& clip) { return activeRow(Job::Kind::Transcription, clip.toUtf8()); };
+    connect(m_transcripts, &TranscriptService::queued, this, [this](const QString& clip, const QString& name) {
+        add({Job::Kind::Transcription, clip.toUtf8(), QStringLiteral("Transcript of %1").arg(name), {}, 100});
+    });
+    connect(m_transcripts, &TranscriptService::progressed, this, [find](const QString& clip, int percent) {
+        if (JobRow* row = find(clip))
+            row->showPercent(percent);
+    });
+    connect(m_transcripts, &TranscriptService::ended, this,
+            [this, find](const QString& clip, TranscriptService::Outcome outcome, const QString& text) {
+                JobRow* row = find(clip);
+                if (row && outcome == TranscriptService::Outcome::Done)
+                    row->end(JobRow::State::Done, text);
+                else if (row && outcome == TranscriptService::Outcome::Failed)
+                    row->end(JobRow::State::Failed, text);
+                else if (row)
+                    row->end(JobRow::State::Cancelled, QStringLiteral("cancelled; what was heard so far is kept"));
+                refresh();
+            });
 }
 
 void JobPane::layOut()
@@ -185,14 +231,14 @@ void JobPane::layOut()
     area->setWidgetResizable(true);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     area->setWidget(page);
-    auto* empty = invitation(QStringLiteral("Exports appear here, with their progress and their folder"));
+    auto* empty = invitation(QStringLiteral("Exports and transcriptions appear here, with their progress"));
     empty->setAutoFillBackground(true);
     empty->setBackgroundRole(QPalette::Base);
     m_stack = new QStackedWidget;
     m_stack->insertWidget(ListPage, area);
     m_stack->insertWidget(InvitationPage, empty);
     auto* top = new QHBoxLayout;
-    top->addWidget(paneTitle(QStringLiteral("Exports")));
+    top->addWidget(paneTitle(QStringLiteral("Jobs")));
     top->addStretch();
     top->addWidget(m_clear);
     auto* layout = new QVBoxLayout(this);
@@ -202,35 +248,41 @@ void JobPane::layOut()
     layout->addWidget(m_stack);
 }
 
-void JobPane::add(const services::CommitStart& start)
+void JobPane::add(const Job& job)
 {
-    auto* row = new JobRow(start);
+    auto* row = new JobRow(job);
     m_rows.prepend(row);
     m_list->insertWidget(0, row);
-    connect(row, &JobRow::cancelAsked, this, [this](const QByteArray& id) {
-        if (m_output)
-            m_output->cancel(id);
-    });
+    connect(row, &JobRow::cancelAsked, this, [this, row] { cancel(row->job()); });
     refresh();
+}
+
+void JobPane::cancel(const Job& job)
+{
+    if (job.kind == Job::Kind::Export && m_output)
+        m_output->cancel(job.id);
+    else if (job.kind == Job::Kind::Transcription && m_transcripts)
+        m_transcripts->cancel(QString::fromUtf8(job.id));
 }
 
 int JobPane::active() const
 {
-    return int(std::count_if(m_rows.begin(), m_rows.end(), [](const JobRow* row) { return !row->isOver(); }));
+    return int(std::count_if(m_rows.begin(), m_rows.end(),
+                             [](const JobRow* row) { return row->job().kind == Job::Kind::Export && !row->isOver(); }));
 }
 
 void JobPane::cancelAll()
 {
     for (const JobRow* row : qAsConst(m_rows)) {
-        if (!row->isOver() && m_output)
-            m_output->cancel(row->deliveryId());
+        if (row->job().kind == Job::Kind::Export && !row->isOver())
+            cancel(row->job());
     }
 }
 
-JobRow* JobPane::activeRow(const QByteArray& deliveryId) const
+JobRow* JobPane::activeRow(Job::Kind kind, const QByteArray& id) const
 {
     const auto found = std::find_if(m_rows.begin(), m_rows.end(), [&](const JobRow* row) {
-        return row->deliveryId() == deliveryId && !row->isOver();
+        return row->job().kind == kind && row->job().id == id && !row->isOver();
     });
     return found == m_rows.end() ? nullptr : *found;
 }
@@ -246,7 +298,7 @@ void JobPane::clearFinished()
 void JobPane::refresh()
 {
     m_stack->setCurrentIndex(m_rows.isEmpty() ? InvitationPage : ListPage);
-    m_clear->setEnabled(active() < m_rows.size());
+    m_clear->setEnabled(std::any_of(m_rows.begin(), m_rows.end(), [](const JobRow* row) { return row->isOver(); }));
     emit activeChanged(active());
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desk/services/PackageOutput.h"
+#include "desk/services/TranscriptService.h"
 
 #include <QFrame>
 #include <QPointer>
@@ -15,7 +16,21 @@ class QVBoxLayout;
 namespace desk::app
 {
 
-/// One commit: how far it is, and how it ended.
+/// What a row of the jobs is about.
+struct Job {
+    enum class Kind { Export, Transcription };
+
+    Kind kind = Kind::Export;
+    /// That of the delivery or the clip.
+    QByteArray id;
+    QString name;
+    /// The delivery's own; empty where nothing is written into a folder.
+    QString folder;
+    /// Frames, or percent.
+    qint64 total = 100;
+};
+
+/// One job: how far it is, and how it ended.
 class JobRow : public QFrame
 {
     Q_OBJECT
@@ -24,9 +39,9 @@ public:
     enum class State { Waiting, Running, Done, Failed, Cancelled };
     Q_ENUM(State)
 
-    explicit JobRow(const services::CommitStart& start, QWidget* parent = nullptr);
+    explicit JobRow(const Job& job, QWidget* parent = nullptr);
 
-    const QByteArray& deliveryId() const { return m_start.deliveryId; }
+    const Job& job() const { return m_job; }
 
     State state() const { return m_state; }
 
@@ -35,11 +50,11 @@ public:
     /// How much is written, 0 to 1.
     double share() const;
     void showProgress(const services::ExportProgress& progress);
-    /// @param code as IMFO_Error_t has it.
-    void end(int code, const QString& message);
+    void showPercent(int percent);
+    void end(State state, const QString& text);
 
 signals:
-    void cancelAsked(const QByteArray& deliveryId);
+    void cancelAsked();
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -49,7 +64,7 @@ private:
     void setState(State state, const QString& text);
     void openFolder();
 
-    services::CommitStart m_start;
+    Job m_job;
     State m_state = State::Waiting;
     QLabel* m_sign;
     QLabel* m_facts;
@@ -58,15 +73,15 @@ private:
     QPushButton* m_open;
 };
 
-/// Every commit of this run of the desk, the last one on top.
+/// Every commit and every transcription of this run of the desk, the last one on top.
 class JobPane : public QWidget
 {
     Q_OBJECT
 
 public:
-    explicit JobPane(services::PackageOutput* output, QWidget* parent = nullptr);
+    JobPane(services::PackageOutput* output, services::TranscriptService* transcripts, QWidget* parent = nullptr);
 
-    /// Commits that run or wait.
+    /// Commits that run or wait. Transcriptions go on after the next start.
     int active() const;
     void cancelAll();
 
@@ -80,11 +95,15 @@ signals:
 
 private:
     void layOut();
-    void add(const services::CommitStart& start);
+    void followExports();
+    void followTranscriptions();
+    void add(const Job& job);
+    void cancel(const Job& job);
     void refresh();
-    JobRow* activeRow(const QByteArray& deliveryId) const;
+    JobRow* activeRow(Job::Kind kind, const QByteArray& id) const;
 
     QPointer<services::PackageOutput> m_output;
+    QPointer<services::TranscriptService> m_transcripts;
     QVector<JobRow*> m_rows;
     QStackedWidget* m_stack = nullptr;
     QVBoxLayout* m_list = nullptr;

@@ -19,10 +19,13 @@ const QString splitters = QStringLiteral("splitters");
 const QString dialogs = QStringLiteral("dialogs");
 const QString mediaFolder = QStringLiteral("mediaFolder");
 const QString monitors = QStringLiteral("monitors");
+const QString work = QStringLiteral("work");
 } // namespace key
 
 const QString lightSkin = QStringLiteral("light");
 const QString darkSkin = QStringLiteral("dark");
+const QString packages = QStringLiteral("packages");
+const QString transcript = QStringLiteral("transcript");
 
 QByteArray bytesOf(const QJsonValue& value)
 {
@@ -46,6 +49,7 @@ WindowSettings WindowSettings::load(const QString& file)
     settings.geometry = bytesOf(json[key::geometry]);
     settings.mediaFolder = json[key::mediaFolder].toString();
     settings.monitors = json[key::monitors].toBool(true) ? Monitors::Shown : Monitors::Hidden;
+    settings.work = json[key::work].toString() == transcript ? Work::Transcript : Work::Packages;
     const QJsonObject splitters = json[key::splitters].toObject();
     for (auto entry = splitters.constBegin(); entry != splitters.constEnd(); ++entry)
         settings.splitters[entry.key()] = bytesOf(*entry);
@@ -70,6 +74,7 @@ Status WindowSettings::save(const QString& file) const
                            {key::geometry, textOf(geometry)},
                            {key::mediaFolder, mediaFolder},
                            {key::monitors, monitors == Monitors::Shown},
+                           {key::work, work == Work::Transcript ? transcript : packages},
                            {key::splitters, states},
                            {key::dialogs, sizes}};
     const QByteArray text = QJsonDocument(json).toJson();

@@ -23,6 +23,8 @@ struct WindowSettings {
     /// Where the last media came from.
     QString mediaFolder;
     enum class Monitors { Shown, Hidden } monitors = Monitors::Shown;
+    /// What is below the monitors.
+    enum class Work { Packages, Transcript } work = Work::Packages;
 
     /// What cannot be read keeps its default: looks are no work that could be lost.
     static WindowSettings load(const QString& file);

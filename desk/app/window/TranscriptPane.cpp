@@ -1,0 +1,216 @@
+#include "desk/app/window/TranscriptPane.h"
+
+#include "StratacutUI/STT_TranscriptManagerWindow.h"
+#include "ViewDeckQt/PaletteManager.h"
+#include "desk/services/SpeechSound.h"
+#include "desk/services/TranscriptExport.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QVBoxLayout>
+
+namespace desk::app
+{
+
+using media::Player;
+using services::TranscriptWindowInfo;
+using Window = STT_TranscriptManagerWindow;
+
+namespace
+{
+constexpr int refreshInterval = 100;
+
+QString filterOf(const speech::ExportFormatInfo& info)
+{
+    return QStringLiteral("%1 (*.%2)").arg(QLatin1String(info.name), QLatin1String(info.suffix));
+}
+
+/// With the name ending of the chosen format where the user gave none that is known.
+QString fileWithSuffix(const QString& file, const QString& filter)
+{
+    if (services::exportFormatOf(file))
+        return file;
+    for (const speech::ExportFormatInfo& info : speech::exportFormats()) {
+        if (filter == filterOf(info))
+            return file + QLatin1Char('.') + QLatin1String(info.suffix);
+    }
+    return file;
+}
+} // namespace
+
+TranscriptPane::TranscriptPane(services::TranscriptService& service, Player& source, Player& record, QWidget* parent)
+    : QWidget(parent), m_info(new TranscriptWindowInfo(service, source, record))
+{
+    setObjectName(QStringLiteral("m_transcriptPane"));
+    m_window = new Window(std::unique_ptr<ITranscriptWindowInfo>(m_info), this);
+    m_window->setObjectName(QStringLiteral("m_transcript"));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_window);
+    setFocusProxy(m_window);
+    followPlayer(source);
+    followPlayer(record);
+    followService(service);
+}
+
+TranscriptPane::~TranscriptPane() = default;
+
+void TranscriptPane::followPlayer(Player& player)
+{
+    const auto isShown = [this, &player] { return &m_info->player() == &player; };
+    connect(&player, &Player::aboutToPlay, this, [=](qint64 frame) {
+        if (isShown())
+            m_window->AboutToPlaySlot(long(frame));
+    });
+    connect(&player, &Player::nowPlaying, this, [=](qint64 frame) {
+        if (isShown())
+            m_window->NowPlayingSlot(long(frame));
+    });
+    connect(&player, &Player::positionChanged, this, [=, &player](qint64 frame) {
+        if (!isShown())
+            return;
+        if (player.isPlaying())
+            m_window->NowPlayingSlot(long(frame));
+        else
+            m_window->MonPosChangedSlot(frame);
+    });
+    connect(&player, &Player::donePlaying, this, [=](qint64 frame) {
+        if (!isShown())
+            return;
+        m_window->DonePlayingSlot(long(frame));
+        m_window->MonPosChangedSlot(frame);
+    });
+    connect(&player, &Player::marksChanged, this, [=, &player] {
+        if (!isShown())
+            return;
+        m_window->MarkInChangedSlot(long(player.markIn()));
+        m_window->MarkOutChangedSlot(long(player.markOut()));
+    });
+}
+
+void TranscriptPane::followService(services::TranscriptService& service)
+{
+    m_refresh.setSingleShot(true);
+    m_refresh.setInterval(refreshInterval);
+    connect(&m_refresh, &QTimer::timeout, m_window, [this] { m_window->TranscriptInfoChangedSlot(true); });
+    connect(m_info, &TranscriptWindowInfo::changed, this, [this] {
+        if (!m_refresh.isActive())
+            m_refresh.start();
+    });
+    connect(m_info, &TranscriptWindowInfo::materialChanged, m_window,
+            [this] { m_window->TranscriptInfoChangedSlot(false); });
+    connect(m_info, &TranscriptWindowInfo::wished, this, &TranscriptPane::grant);
+    connect(m_info, &TranscriptWindowInfo::refused, this, &TranscriptPane::failed);
+    connect(&service, &services::TranscriptService::queued, this, [this] {
+        // The button that was clicked goes; the focus must not pass to what cancels.
+        if (m_window->isAncestorOf(QApplication::focusWidget()))
+            m_window->setFocus();
+    });
+    connect(&service, &services::TranscriptService::imported, this,
+            [this](const QString&, const QString& text) { emit noted(QStringLiteral("Imported %1").arg(text)); });
+    connect(&service, &services::TranscriptService::importFailed, this,
+            [this](const QString&, const QString& sentence) { emit failed(sentence); });
+}
+
+void TranscriptPane::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        m_window->setLightSkin(Palette::PaletteManager::Instance().skin() == Palette::Skin::Light);
+}
+
+void TranscriptPane::grant(TranscriptWindowInfo::Wish wish)
+{
+    if (!hasWords())
+        return emit noted(QStringLiteral("There is no transcript to export: transcribe or import one first"));
+    switch (wish) {
+    case TranscriptWindowInfo::Wish::ExportTranscript:
+        return askForExport(QStringLiteral("Export Transcript"), false);
+    case TranscriptWindowInfo::Wish::ExportSubcaptions:
+        return askForExport(QStringLiteral("Export Subcaptions"), true);
+    case TranscriptWindowInfo::Wish::CreateSubcaptions:
+        return createSubcaptions();
+    case TranscriptWindowInfo::Wish::CreateScript:
+        return createScript();
+    }
+}
+
+bool TranscriptPane::hasWords()
+{
+    return m_info->player().sequence() && !m_info->transcript().segments.isEmpty();
+}
+
+void TranscriptPane::askForExport(const QString& title, bool captionsOnly)
+{
+    QStringList filters;
+    for (const speech::ExportFormatInfo& info : speech::exportFormats()) {
+        if (info.hasCaptions || !captionsOnly)
+            filters += filterOf(info);
+    }
+    const media::Sequence& sequence = *m_info->player().sequence();
+    auto* dialog = new QFileDialog(this, title, QFileInfo(sequence.path).path());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setNameFilters(filters);
+    dialog->selectFile(sequence.name);
+    connect(dialog, &QFileDialog::fileSelected, this,
+            [this, dialog](const QString& file) { write({fileWithSuffix(file, dialog->selectedNameFilter())}); });
+    dialog->open();
+}
+
+/// Captions for a player and for a package: SubRip and IMSC 1.1.
+void TranscriptPane::createSubcaptions()
+{
+    const QString& name = m_info->player().sequence()->name;
+    auto* dialog = new QFileDialog(this, QStringLiteral("Folder for the Subcaptions (SubRip and IMSC 1.1)"),
+                                   QFileInfo(m_info->player().sequence()->path).path());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    connect(dialog, &QFileDialog::fileSelected, this, [this, name](const QString& folder) {
+        const QString base = folder + QLatin1Char('/') + name;
+        write({base + QStringLiteral(".srt"), base + QStringLiteral(".ttml")});
+    });
+    dialog->open();
+}
+
+/// The text with timecodes and speakers, in the project's folder of scripts.
+void TranscriptPane::createScript()
+{
+    QDir().mkpath(m_folder);
+    write({m_folder + QLatin1Char('/') + m_info->player().sequence()->name + QStringLiteral(".txt")});
+}
+
+void TranscriptPane::write(const QStringList& files)
+{
+    if (!hasWords())
+        return;
+    const speech::Transcript transcript = m_info->transcript();
+    const speech::ExportSettings settings = services::exportSettings(*m_info->player().sequence());
+    for (const QString& file : files) {
+        const auto format = services::exportFormatOf(file);
+        const Status written =
+            format ? speech::exportTranscriptFile(file, transcript, *format, settings)
+                   : Error{file, {}, {}, QStringLiteral("its name ending is that of no known format"), {}};
+        if (!written)
+            return emit failed(written.error().sentence());
+    }
+    emit noted(QStringLiteral("Written: %1").arg(files.join(QStringLiteral(", "))));
+}
+
+void TranscriptPane::askForImport(const services::TranscriptService::Clip& clip, int clipMs)
+{
+    auto* dialog =
+        new QFileDialog(this, QStringLiteral("Import a Transcript of %1").arg(clip.name), QFileInfo(clip.path).path(),
+                        QStringLiteral("Transcripts (*.json *.srt *.vtt);;All files (*)"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    connect(dialog, &QFileDialog::fileSelected, this,
+            [this, clip, clipMs](const QString& file) { m_info->service().importFile(clip, file, clipMs); });
+    dialog->open();
+}
+
+} // namespace desk::app
