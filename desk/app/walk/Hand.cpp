@@ -166,6 +166,12 @@ Status Hand::shoot(const QString& name)
     QPainter painter(&picture);
     if (QApplication::activeModalWidget() && QApplication::activeModalWidget() != m_window)
         paintOnto(painter, m_window, QApplication::activeModalWidget());
+    // A menu stays open behind its submenu.
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (const QWidget* one : windows) {
+        if (one->isVisible() && one->windowType() == Qt::Popup && one != QApplication::activePopupWidget())
+            paintOnto(painter, m_window, one);
+    }
     if (QApplication::activePopupWidget())
         paintOnto(painter, m_window, QApplication::activePopupWidget());
     painter.end();

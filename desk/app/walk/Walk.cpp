@@ -53,21 +53,28 @@ QJsonObject rangeOf(int start, int frames)
     return {{"OTIO_SCHEMA", "TimeRange.1"}, {"start_time", timeOf(start)}, {"duration", timeOf(frames)}};
 }
 
-/// A timeline of the second and the first part of a clip with black between them.
-QByteArray trailer(const QString& media)
+QJsonObject clipOf(const QString& media, int start, int frames)
 {
-    const auto clip = [&](int start) {
-        return QJsonObject{
-            {"OTIO_SCHEMA", "Clip.1"},
+    return {{"OTIO_SCHEMA", "Clip.1"},
             {"name", QFileInfo(media).completeBaseName()},
-            {"source_range", rangeOf(start, 48)},
+            {"source_range", rangeOf(start, frames)},
             {"media_reference", QJsonObject{{"OTIO_SCHEMA", "ExternalReference.1"}, {"target_url", media}}}};
+}
+
+QJsonObject trackOf(const char* kind, const QJsonArray& children)
+{
+    return {{"OTIO_SCHEMA", "Track.1"}, {"kind", kind}, {"children", children}};
+}
+
+/// A timeline of the second and the first part of a clip with black between them, and the sound of another clip.
+QByteArray trailer(const QString& media, const QString& second)
+{
+    const auto gap = [](int frames) {
+        return QJsonObject{{"OTIO_SCHEMA", "Gap.1"}, {"source_range", rangeOf(0, frames)}};
     };
-    const QJsonArray children{clip(72), QJsonObject{{"OTIO_SCHEMA", "Gap.1"}, {"source_range", rangeOf(0, 24)}},
-                              clip(0)};
-    QJsonArray tracks;
-    for (const char* kind : {"Video", "Audio"})
-        tracks += QJsonObject{{"OTIO_SCHEMA", "Track.1"}, {"kind", kind}, {"children", children}};
+    const QJsonArray children{clipOf(media, 72, 48), gap(24), clipOf(media, 0, 96)};
+    const QJsonArray tracks{trackOf("Video", children), trackOf("Audio", children),
+                            trackOf("Audio", {gap(48), clipOf(second, 0, 24)})};
     return QJsonDocument(QJsonObject{{"OTIO_SCHEMA", "Timeline.1"},
                                      {"global_start_time", timeOf(86400)},
                                      {"tracks", QJsonObject{{"OTIO_SCHEMA", "Stack.1"}, {"children", tracks}}}})
@@ -152,10 +159,31 @@ Status Walk::takeSteps(const QVector<Status (Walk::*)()>& steps)
 
 Status Walk::work()
 {
-    return takeSteps({&Walk::open, &Walk::start, &Walk::fillBin, &Walk::createDelivery, &Walk::dropSequence,
-                      &Walk::renameDelivery, &Walk::fillIn, &Walk::chooseFolder, &Walk::describeComposition,
-                      &Walk::groupTracks, &Walk::exportDelivery, &Walk::readCommitted, &Walk::cancelExport,
-                      &Walk::watchClip, &Walk::watchTimeline, &Walk::changeSkin, &Walk::refuseToForget, &Walk::quit});
+    return takeSteps({&Walk::open,
+                      &Walk::start,
+                      &Walk::fillBin,
+                      &Walk::createDelivery,
+                      &Walk::dropSequence,
+                      &Walk::renameDelivery,
+                      &Walk::fillIn,
+                      &Walk::chooseFolder,
+                      &Walk::describeComposition,
+                      &Walk::groupTracks,
+                      &Walk::exportDelivery,
+                      &Walk::readCommitted,
+                      &Walk::cancelExport,
+                      &Walk::openTranscript,
+                      &Walk::watchClip,
+                      &Walk::transcribeClip,
+                      &Walk::followTranscript,
+                      &Walk::searchTranscript,
+                      &Walk::nameSpeaker,
+                      &Walk::watchTimeline,
+                      &Walk::transcribeTimeline,
+                      &Walk::failToTranscribe,
+                      &Walk::changeSkin,
+                      &Walk::refuseToForget,
+                      &Walk::quit});
 }
 
 /// The place that is chosen for the delivery.
@@ -253,14 +281,15 @@ Status Walk::watchClip()
     return done ? pictured : done;
 }
 
-/// The second half of the clip, a second of black, the first half.
+/// The second part of the clip, a second of black, the first part.
 Status Walk::watchTimeline()
 {
     const QString file = m_request.folder + QStringLiteral("/trailer.otio");
     QFile timeline(file);
     if (!timeline.open(QIODevice::WriteOnly))
         return expect(false, QStringLiteral("writing a timeline"));
-    timeline.write(trailer(m_request.media));
+    QFile::copy(m_request.media, secondMedia());
+    timeline.write(trailer(m_request.media, secondMedia()));
     timeline.close();
     m_window->addMedia({file});
     const QAbstractItemModel* bin = m_window->bin().view().model();
@@ -453,6 +482,7 @@ Status Walk::quit()
 
 Result<QString> Walk::comeBack()
 {
+    hideTranscripts();
     const Status opened = open();
     if (!opened)
         return opened.error();
@@ -469,6 +499,8 @@ Result<QString> Walk::comeBack()
                        QStringLiteral("finding the written delivery and the work on the next one"));
     if (found)
         found = m_hand->shoot(QStringLiteral("after-the-restart"));
+    if (found)
+        found = loseTranscripts();
     if (!found)
         return found.error();
     const QString folder = delivery(0).data(Model::PathRole).toString();

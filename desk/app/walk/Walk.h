@@ -9,6 +9,8 @@
 
 #include <memory>
 
+class STT_TranscriptManagerWindow;
+
 namespace ViewDeckQt
 {
 class AbstractParamWidget;
@@ -58,6 +60,14 @@ private:
     Status fillBin();
     Status watchClip();
     Status watchTimeline();
+    Status openTranscript();
+    Status transcribeClip();
+    Status followTranscript();
+    Status searchTranscript();
+    Status nameSpeaker();
+    Status transcribeTimeline();
+    Status failToTranscribe();
+    Status loseTranscripts();
     Status createDelivery();
     Status dropSequence();
     Status renameDelivery();
@@ -73,6 +83,13 @@ private:
     Status quit();
 
     QString cinemaFolder() const;
+
+    /// A second clip of the timeline.
+    QString secondMedia() const { return m_request.folder + QStringLiteral("/interview.mov"); }
+
+    STT_TranscriptManagerWindow& transcript() const;
+    /// Puts something else in the place of the profile's transcripts.
+    void hideTranscripts() const;
     /// Opens a row of the bin and waits for its picture.
     Status watch(int row, MonitorPane& monitor);
     QModelIndex delivery(int row) const;
