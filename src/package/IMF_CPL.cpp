@@ -12,6 +12,8 @@
 
 #include <QVariant>
 
+#include <algorithm>
+
 namespace
 {
 const QLatin1String audioKey(ImfDict::Audio);
@@ -31,6 +33,28 @@ QJsonObject multiMixOf(const QJsonObject& document)
     if (!document.value(audioKey).isObject())
         return {};
     return JSON::GetAudioValue(document, QString::fromLatin1(ImfDict::MultipleAudioMix)).toJsonObject();
+}
+
+bool hasGroup(const QJsonObject& multiMix, const QJsonValue& name)
+{
+    const QJsonArray groups = multiMix.value(QLatin1String(ImfDict::TrackGroups)).toArray();
+    return std::any_of(groups.begin(), groups.end(), [&name](const QJsonValue& group) {
+        return group.toObject().value(QLatin1String(ImfDict::Name)) == name;
+    });
+}
+
+// For each row the group or "All Active Tracks" that it names; empty for a track. The flat list knows all three by the
+// numbers of their tracks alone.
+QStringList namedSourcesOf(const QJsonObject& multiMix)
+{
+    QStringList named;
+    const QJsonArray rows = multiMix.value(QLatin1String(ImfDict::AudioMapping)).toArray();
+    for (const QJsonValue& row : rows) {
+        const QJsonValue source = row.toObject().value(QLatin1String(ImfDict::SourceTracksGroups));
+        const bool isNamed = source == QJsonValue("All Active Tracks") || hasGroup(multiMix, source);
+        named += isNamed ? source.toString() : QString();
+    }
+    return named;
 }
 
 bool isLegacyMapping(const QJsonArray& mapping)
@@ -194,8 +218,12 @@ bool IMF_CPL::SetContentKind(const QString& kind)
 bool IMF_CPL::SetMultiMix(const QJsonObject& multiMix)
 {
     const QJsonObject current = multiMixOf(m_json);
-    if (!current.isEmpty() && JSON::FlattenMultiMix(current) == JSON::FlattenMultiMix(multiMix))
+    if (!current.isEmpty() && JSON::FlattenMultiMix(current) == JSON::FlattenMultiMix(multiMix)) {
+        // Nothing new for the host. But a group that was chosen or removed is not to turn into the former source.
+        if (namedSourcesOf(current) != namedSourcesOf(multiMix))
+            StoreMultiMix(multiMix);
         return false;
+    }
     StoreMultiMix(multiMix);
     UpdateJsonFromTargetFormatBuilder();
     return true;

@@ -281,7 +281,7 @@ private slots:
         QCOMPARE(storedMix(other), JSON::DefaultMultiMix());
     }
 
-    void onlyAMixThatFlattensOtherwiseIsStored()
+    void onlyAMixThatFlattensOtherwiseReachesTheHost()
     {
         Placed cpl(documentOf("mob"));
         const auto builder = m_engine->lastBuilder.lock();
@@ -291,6 +291,15 @@ private slots:
         QVERIFY(!cpl->setProperty("Multiple Audio Mix", mix("A2 Mono")));
         QVERIFY(builder->calls.isEmpty());
         QCOMPARE(storedMix(cpl), mix("A2"));
+        // A group of that track is no news for the host, but another source; so is the track once the group is gone.
+        QJsonObject grouped = mix("Mic 2");
+        grouped["Groups"] = QJsonArray{QJsonObject{
+            {"Name", "Mic 2"}, {"Include Master Fader", false}, {"Tracks", QJsonArray{QStringLiteral("A2")}}}};
+        for (const QJsonObject& other : {grouped, mix("Mic 2")}) {
+            QVERIFY(!cpl->setProperty("Multiple Audio Mix", other));
+            QVERIFY(builder->calls.isEmpty());
+            QCOMPARE(storedMix(cpl), other);
+        }
     }
 
     void aCommittedCPLShowsWhatTheHostReports()
