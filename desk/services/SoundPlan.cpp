@@ -150,9 +150,9 @@ Status checkRow(const BinItem& sequence, const Row& row)
                     QStringLiteral("choose %1").arg(mixModeNames().join(QStringLiteral(", "))));
     if (row.sources.isEmpty())
         return fail(QStringLiteral("no source track is mapped to it"), QStringLiteral("map a track or remove the row"));
-    if (row.sources.size() > mostChannels)
+    if (findMixMode(row.mode)->rule == MixRule::Number && row.sources.size() > mostChannels)
         return fail(QStringLiteral("%1 tracks are mapped to it").arg(row.sources.size()),
-                    QStringLiteral("map at most %1").arg(mostChannels));
+                    QStringLiteral("map at most %1 or choose another mix mode").arg(mostChannels));
     for (int source : row.sources) {
         if (source < 0 || source >= sequence.audio.size())
             return fail(QStringLiteral("the sequence has no track A%1").arg(source + 1),
@@ -186,7 +186,7 @@ Result<SoundPlan> planRow(const BinItem& sequence, const Row& row, Origin origin
                                           : unmappedGains(sequence.audio, row.sources, mode);
     if (!gains)
         return named(gains.error());
-    SoundPlan plan{row.name, {}, row.sources, *gains};
+    SoundPlan plan{row.name, {}, row.sources, *gains, row.mode};
     plan.format.soundfield = QLatin1String(mode.soundfield);
     const QVector<QString> channels = mode.channels();
     for (const QString& channel : channels)

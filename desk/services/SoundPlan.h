@@ -19,6 +19,8 @@ struct SoundPlan {
     /// Places in BinItem::audio.
     QVector<int> sources;
     MixGains gains;
+    /// The mix mode's name.
+    QString mode;
 };
 
 /// One plan for each row of the audio mapping, in the order of their numbers; see mappedGains(). Without a mapping the

@@ -304,7 +304,8 @@ QString TrackMappingWidget::warning() const
         return m_trackAndGroup->toolTip();
     if (m_mapTo->isMissing())
         return m_mapTo->toolTip();
-    if (m_metadataDialog && !m_metadataDialog->isLanguageTagListed())
+    const bool hasLanguage = !textOf(m_metadata, ImfDict::RFC5646SpokenLanguage).isEmpty();
+    if (m_metadataDialog && hasLanguage && !m_metadataDialog->isLanguageTagListed())
         return stx_func("The language tag of this track is not in the table of languages and regions.");
     return {};
 }

@@ -3,6 +3,7 @@
 #include "support/ModalAnswer.h"
 #include "support/TestMain.h"
 
+#include "StratacutUI/AudioMappingWidget.h"
 #include "StratacutUI/IMF_Controller.h"
 #include "StratacutUI/IMF_TreeView.h"
 #include "desk/app/Host.h"
@@ -13,6 +14,8 @@
 
 #include <QAction>
 #include <QDesktopServices>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
@@ -364,6 +367,21 @@ private slots:
             QCOMPARE(m_window->findChild<QPushButton*>(QStringLiteral("ATGbtn")) == nullptr, off);
         }
         qunsetenv(variable);
+    }
+
+    void theMappingThatIsShownIsTheOneThatIsWrittenUnasked()
+    {
+        Clip eight;
+        eight.tracks = 8;
+        addMedia(support::makeClip(path(QStringLiteral("eight.mov")), eight));
+        const QPersistentModelIndex made = delivery(QStringLiteral("Sound"), QStringLiteral("eight"));
+        Hand::click(&m_window->tree(), model().index(0, 0, model().index(0, 0, made)));
+        const auto* mapping = m_window->findChild<AudioMappingWidget*>();
+        const QJsonArray rows = mapping->getValue().toJsonObject()["AudioMapping"].toArray();
+        QStringList shown;
+        for (const QJsonValue& row : rows)
+            shown += row["SourceTracksGroups"].toString() + ' ' + row["MixMode"].toString();
+        QCOMPARE(shown, QStringList({"A1-A6 5.1", "A7-A8 Stereo"}));
     }
 
     void theLookSurvivesARestart()

@@ -1,11 +1,13 @@
 #include "StratacutUI/IMF_DataParser.h"
 #include "desk/base/Timecode.h"
 #include "desk/services/AudioMapping.h"
+#include "desk/services/DefaultMapping.h"
 #include "desk/services/SoundMixer.h"
 #include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QJsonObject>
+#include <QRegularExpression>
 
 using namespace desk;
 using namespace desk::services;
@@ -103,7 +105,15 @@ private slots:
         const auto [labels, mode, expected] = support::fetched<QStringList, QString, QString>();
         OutputFormat format;
         format.audioMix = mode;
-        QCOMPARE(mixed(sequenceOf(labels), format), expected);
+        const BinItem sequence = sequenceOf(labels);
+        QCOMPARE(mixed(sequence, format), expected);
+        // Where every track goes into a channel of its own, rows say the same.
+        const auto rows = defaultMapping(sequence, format, {});
+        const int own = expected.count(QRegularExpression(QStringLiteral(" [0-9]+00\\b")));
+        QCOMPARE(rows.has_value(), !labels.isEmpty() && own == labels.size());
+        if (rows)
+            format.mapping = *flatAudioMapping(*rows, sequence);
+        QCOMPARE(mixed(sequence, format), expected);
     }
 
     void aModeMakesOfItsTracksWhatItSays_data()
@@ -247,7 +257,7 @@ private slots:
 
     void aMixThatIsTooLoudIsToldWithItsFirstSampleAndItsHighestLevel()
     {
-        SoundPlan plan{{}, {}, {0, 1}, {{1, 0}, {1, 1}}};
+        SoundPlan plan{{}, {}, {0, 1}, {{1, 0}, {1, 1}}, {}};
         SoundMixer mixer(plan, {1, 0});
         const media::SoundBlock fits{{{0, 8388607}, {-8388608, 0}}, {}};
         const auto channels = mixer.mix(fits);

@@ -2,6 +2,7 @@
 
 #include "StratacutUI/IMF_PackageMgrQtModel.h"
 #include "StratacutUI/IMF_TreeView.h"
+#include "StratacutUI/ImfDict.h"
 #include "ViewDeckQt/AbstractParamWidget.h"
 #include "desk/app/Host.h"
 #include "desk/app/window/BinModel.h"
@@ -368,15 +369,23 @@ Status Walk::groupTracks()
     auto* button = m_window->findChild<QPushButton*>(QStringLiteral("ATGbtn"));
     if (!button)
         return {};
+    const auto groups = [this] {
+        QStringList names;
+        const QJsonArray profiles = composition(0).data(Model::TrackGroupsRole).toJsonArray();
+        for (const QJsonValue& profile : profiles)
+            names += profile.toObject()[QLatin1String(ImfDict::Name)].toString();
+        return names;
+    };
+    const QStringList before = groups();
     Hand::whenOpen([this](QWidget* dialog) {
         auto* tracks = dialog->findChild<QAbstractItemView*>(QStringLiteral("m_tracks"));
         for (int row = 0; row < 2; ++row)
             Hand::click(tracks, tracks->model()->index(row, 1));
         auto* groups = dialog->findChild<QComboBox*>(QStringLiteral("m_groups"));
         Hand::whenOpen([groups](QWidget*) {
-            // From the default group over "Save" to "Save As...".
-            Hand::key(groups->view(), Qt::Key_Down);
-            Hand::key(groups->view(), Qt::Key_Down);
+            // From the default group over the others and "Save" to "Save As..."; a separator is no stop.
+            for (int stop = 3; stop < groups->count(); ++stop)
+                Hand::key(groups->view(), Qt::Key_Down);
             Hand::whenOpen([](QWidget* asks) {
                 Hand::type(asks->findChild<QLineEdit*>(QStringLiteral("GroupName")), groupName);
                 Hand::click(asks->findChild<QPushButton*>(QStringLiteral("OK")));
@@ -388,8 +397,7 @@ Status Walk::groupTracks()
         Hand::click(dialog->findChild<QPushButton*>(QStringLiteral("m_save")));
     });
     Hand::click(button);
-    Status grouped = expect(composition(0).data(Model::TrackGroupsRole).toJsonArray().size() == 1,
-                            QStringLiteral("grouping tracks"));
+    Status grouped = expect(groups() == before + QStringList{groupName}, QStringLiteral("grouping tracks"));
     auto* mapping = shownParameter(QStringLiteral("id_multiple_audio_mix"));
     for (QWidget* above = mapping; above; above = above->parentWidget()) {
         if (auto* area = qobject_cast<QScrollArea*>(above))

@@ -5,6 +5,7 @@
 #include "StratacutUI/IMF_TreeView.h"
 #include "ViewDeckQt/DecorationManager.h"
 #include "desk/app/Host.h"
+#include "desk/app/SoundDefaults.h"
 #include "desk/app/window/BinModel.h"
 #include "desk/app/window/BinPane.h"
 #include "desk/app/window/JobPane.h"
@@ -207,6 +208,14 @@ void DeskWindow::resumeTranscriptions()
 void DeskWindow::connectModel()
 {
     IMF_PackageMgrQtModel& model = m_host->model();
+    const auto mapSound = [this](const QModelIndex& parent, int first, int last) {
+        mapUnmappedSound(m_host->model(), m_host->library(), parent, first, last);
+    };
+    const auto mapAllSound = [this, mapSound] { mapSound({}, 0, m_host->model().rowCount() - 1); };
+    connect(&model, &QAbstractItemModel::rowsInserted, this, mapSound);
+    // What a drop has made is there only when all is said about it.
+    connect(&model, &QAbstractItemModel::layoutChanged, this, mapAllSound);
+    mapAllSound();
     const auto follow = [this] {
         scheduleSave();
         updateActions();
