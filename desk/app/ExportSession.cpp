@@ -9,6 +9,7 @@
 #include "StratacutUI/ImfDict.h"
 #include "ViewDeckQt/ManagedMessageBox.h"
 #include "desk/media/Sequence.h"
+#include "desk/services/AudioMapping.h"
 #include "desk/services/FolderName.h"
 #include "desk/services/MediaEngine.h"
 #include "desk/services/OutputFormat.h"
@@ -222,7 +223,11 @@ void ExportSession::tellSilentTracks() const
     for (int row = 0; row < m_sequences.size(); ++row) {
         const QModelIndex cpl = m_model->index(row, 0, imp());
         const auto sequence = m_library.find(m_sequences[row]);
-        const auto format = services::OutputFormat::fromJson(IMF_PackageMgrQtModel::CommitSettingsJsonFromIndex(cpl));
+        auto format = services::OutputFormat::fromJson(IMF_PackageMgrQtModel::CommitSettingsJsonFromIndex(cpl));
+        const auto mapping = services::flatAudioMappingOf(IMF_PackageMgrQtModel::MetadataJsonFromIndex(cpl), *sequence);
+        if (!mapping)
+            continue;
+        format.mapping = *mapping;
         const auto plans = services::planSound(*sequence, format);
         if (!plans)
             continue;

@@ -131,6 +131,8 @@ Status applyParameter(Model& model, const QModelIndex& cpl, const Setting& setti
                          QStringLiteral("give the lists \"%1\", \"%2\" and \"%3\"")
                              .arg(QLatin1String(ImfDict::AudioMapping), QLatin1String(ImfDict::TrackGroups),
                                   QLatin1String(ImfDict::AllActiveTracks)));
+        // The groups are kept beside the mix, too: from there the window offers them.
+        model.setData(cpl, mix.object()[QLatin1String(ImfDict::TrackGroups)].toArray(), Model::TrackGroupsRole);
         model.setData(cpl, mix.object(), Model::MultiMixRole);
         return {};
     }
