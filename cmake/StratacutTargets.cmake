@@ -30,17 +30,27 @@ function(stratacut_layer name kind)
   target_precompile_headers(${name} PRIVATE ${STRATACUT_PCH})
 endfunction()
 
-# stratacut_test(NAME SOURCES file... LINKS target... [TIMEOUT seconds] [LABELS label...])
+# stratacut_test(NAME SOURCES file... LINKS target... [TIMEOUT seconds] [LABELS label...] [X_SERVER])
 # One Qt Test executable and one CTest entry of the same name, run offscreen in a fixed environment. The label "soak"
 # adds a second entry, NAME_soak, which "ctest -C Soak" runs with STRATACUT_SOAK=1: the test then repeats itself more.
+# X_SERVER: an X server of its own in place of the offscreen platform, which passes no drag on.
 function(stratacut_test name)
-  cmake_parse_arguments(T "" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
+  cmake_parse_arguments(T "X_SERVER" "TIMEOUT" "SOURCES;LINKS;LABELS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
   target_link_libraries(${name} PRIVATE stratacut_testsupport ${T_LINKS})
   set_target_properties(${name} PROPERTIES AUTOMOC ON AUTORCC ON)
   target_precompile_headers(${name} REUSE_FROM stratacut_testsupport)
   target_include_directories(${name} PRIVATE "${CMAKE_SOURCE_DIR}/tests")
-  add_test(NAME ${name} COMMAND ${name})
+  set(environment ${STRATACUT_TEST_ENV})
+  if(NOT T_X_SERVER)
+    add_test(NAME ${name} COMMAND ${name})
+  elseif(STRATACUT_XVFB_RUN)
+    add_test(NAME ${name} COMMAND ${STRATACUT_XVFB_RUN} -a -s "-screen 0 1920x1200x24" $<TARGET_FILE:${name}>)
+    list(TRANSFORM environment REPLACE "^QT_QPA_PLATFORM=.*" "QT_QPA_PLATFORM=xcb")
+  else()
+    add_test(NAME ${name} COMMAND ${CMAKE_COMMAND} -E echo "Skipped: xvfb-run was not found; install xvfb and xauth")
+    set_tests_properties(${name} PROPERTIES SKIP_REGULAR_EXPRESSION "^Skipped")
+  endif()
   if(NOT T_TIMEOUT)
     set(T_TIMEOUT 120)
   endif()
@@ -54,8 +64,10 @@ function(stratacut_test name)
     set_tests_properties(${name}_soak PROPERTIES TIMEOUT 14400 LABELS soak
                                                  ENVIRONMENT "${STRATACUT_TEST_ENV};STRATACUT_SOAK=1")
   endif()
-  set_tests_properties(${name} PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}" ENVIRONMENT "${STRATACUT_TEST_ENV}")
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}" ENVIRONMENT "${environment}")
 endfunction()
+
+find_program(STRATACUT_XVFB_RUN xvfb-run DOC "Runs a program on an X server of its own")
 
 set(STRATACUT_TEST_ENV
     "QT_QPA_PLATFORM=offscreen;SDL_AUDIODRIVER=dummy;TZ=UTC;LC_ALL=C.UTF-8;QT_LOGGING_RULES=;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime")
