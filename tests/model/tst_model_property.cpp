@@ -2,9 +2,12 @@
 
 #include "StratacutUI/IMF_DataModelSerializer.h"
 #include "StratacutUI/IMF_Node.h"
+#include "support/ModalAnswer.h"
 #include "support/TestMain.h"
 
 #include <QJsonDocument>
+#include <QMimeData>
+#include <QPushButton>
 #include <QRandomGenerator>
 
 #include <thread>
@@ -51,6 +54,20 @@ Item itemOf(const QJsonObject& document)
         item.children.push_back(itemOf(child.toObject()));
     return item;
 }
+
+/// Answers the dialog for a new delivery, where it comes, and then the host's refusals.
+struct Answers {
+    Answers(bool asked, int refusals)
+    {
+        for (int number = 0; number < refusals; ++number)
+            boxes.push_back(std::make_unique<support::ModalAnswer>(QMessageBox::Ok));
+        if (asked)
+            QTimer::singleShot(
+                0, qApp, [] { QApplication::activeModalWidget()->findChild<QPushButton*>("originalBtn")->click(); });
+    }
+
+    std::vector<std::unique_ptr<support::ModalAnswer>> boxes;
+};
 
 void commitAll(Item& item)
 {
@@ -142,6 +159,53 @@ class TestModelProperty : public QObject
         else
             added = depth == 1 ? f->newImp(parent) : f->newCpl(parent, newName("m"));
         list.push_back({added.data(Model::NameRole).toString(), false, {}, {}});
+    }
+
+    /// Sequences, or a clip, on any row or on nothing, the host willing or not. It is asked for an IMP and a CPL when
+    /// their rows are there, and cannot take them back; without a delivery nothing is made.
+    void drop()
+    {
+        const int depth = upTo(4) - 1;
+        const QPersistentModelIndex target = pick(depth);
+        if (target.isValid() != (depth >= 0) || (target.isValid() ? at(target).children : expected).size() > 3)
+            return;
+        QStringList ids;
+        for (int count = upTo(3); count > 0; --count) {
+            ids += newName("m");
+            f->engine.addSequence(ids.last(), ids.last());
+        }
+        const QString refused = QStringList{"", "createDelivery", "createIMP", "createCPL"}[upTo(4)];
+        const bool asked = depth < 0 && !ids.isEmpty();
+        const int row = upTo(f->model->rowCount(target) + 2) - 1;
+        const QModelIndex below = f->model->index(row, 0, target);
+        const QModelIndex over = below.isValid() && depth >= 0 ? below : QModelIndex(target);
+        const bool open = depth < 2 && (!over.parent().isValid() || !at(over).committed);
+        const bool taken = !ids.isEmpty() && open && !(asked && refused == "createDelivery");
+        const QHash<QString, int> refusals{
+            {"createDelivery", asked}, {"createIMP", taken && depth < 1}, {"createCPL", taken ? ids.size() : 0}};
+        if (!refused.isEmpty())
+            f->bridge.fail(refused, 1, "No.");
+        f->bridge.chosenFolder = '/' + newName("F");
+        const Answers answers{asked, refusals[refused]};
+        const auto mime = support::RecordingMediaEngine::dragOf(ids.isEmpty() ? QStringList("clip") : ids);
+        f->withoutTester([&] { f->model->dropMimeData(mime.get(), Qt::MoveAction, row, 0, target); });
+        f->bridge.succeed();
+        if (taken)
+            expectCpls(target, ids, depth);
+    }
+
+    /// At the end of the IMP, which a drop on no IMP makes.
+    void expectCpls(const QModelIndex& target, const QStringList& ids, int depth)
+    {
+        QModelIndex parent = target;
+        std::vector<Item>* list = target.isValid() ? &at(target).children : &expected;
+        for (int level = depth; level < 1; ++level) {
+            parent = f->model->index(f->model->rowCount(parent) - 1, 0, parent);
+            list->push_back({parent.data(Model::NameRole).toString(), false, {}, {}});
+            list = &list->back().children;
+        }
+        for (const QString& id : ids)
+            list->push_back({id, false, {}, {}});
     }
 
     void rename()
@@ -326,11 +390,11 @@ class TestModelProperty : public QObject
         };
 
         const Weighted weights[] = {
-            {{"add", &TestModelProperty::add}, 40},        {{"rename", &TestModelProperty::rename}, 8},
-            {{"edit", &TestModelProperty::edit}, 12},      {{"group", &TestModelProperty::group}, 8},
-            {{"remove", &TestModelProperty::remove}, 4},   {{"commit", &TestModelProperty::commit}, 2},
-            {{"refresh", &TestModelProperty::refresh}, 2}, {{"replace", &TestModelProperty::replace}, 1},
-            {{"restart", &TestModelProperty::restart}, 2}};
+            {{"add", &TestModelProperty::add}, 30},        {{"drop", &TestModelProperty::drop}, 10},
+            {{"rename", &TestModelProperty::rename}, 8},   {{"edit", &TestModelProperty::edit}, 12},
+            {{"group", &TestModelProperty::group}, 8},     {{"remove", &TestModelProperty::remove}, 4},
+            {{"commit", &TestModelProperty::commit}, 2},   {{"refresh", &TestModelProperty::refresh}, 2},
+            {{"replace", &TestModelProperty::replace}, 1}, {{"restart", &TestModelProperty::restart}, 2}};
         std::vector<Choice> list;
         for (const Weighted& entry : weights)
             list.insert(list.end(), std::size_t(entry.weight), entry.choice);
