@@ -99,8 +99,26 @@ int runList(const QCommandLineParser& parser, const QStringList& arguments)
 
 QList<QCommandLineOption> binOptions()
 {
-    return {profileOption(), {"remove", "Takes a sequence out of the bin; its file stays.", "NAME"}};
+    return {profileOption(),
+            {"remove", "Takes a sequence out of the bin; its file stays.", "NAME"},
+            {"force", "Also where a composition that is not written needs the sequence."}};
 }
+
+namespace
+{
+Status checkUnused(ItemSession& session, const QString& name, const QString& sequence)
+{
+    const QModelIndex cpl = session.model().mobToIndex(sequence);
+    if (!cpl.isValid())
+        return {};
+    return Error{
+        {},
+        name,
+        {},
+        QStringLiteral("composition %1 is made from it and is not written yet").arg(ItemSession::numberOf(cpl)),
+        QStringLiteral("remove the composition first, or give --force")};
+}
+} // namespace
 
 int runBin(const QCommandLineParser& parser, const QStringList& arguments)
 {
@@ -116,6 +134,11 @@ int runBin(const QCommandLineParser& parser, const QStringList& arguments)
                 const auto id = session.sequence(name);
                 if (!id)
                     return id.error();
+                if (!parser.isSet(QStringLiteral("force"))) {
+                    const Status unused = checkUnused(session, name, *id);
+                    if (!unused)
+                        return unused;
+                }
                 session.host().library().remove(*id);
             }
             const auto& items = session.host().library().items();

@@ -140,6 +140,7 @@ private slots:
             << QStringList{"set", "1.1.1", "--group", "Untitled Group=A1"} << 1 << "NAME=A1,A2";
         QTest::newRow("a mapping of no composition")
             << QStringList{"set", "1.1", "--map", "A1=all:Stereo"} << 1 << "only a composition";
+        QTest::newRow("a sequence in use") << QStringList{"bin", "--remove", "reel"} << 1 << "composition 1.1.1";
         QTest::newRow("no media") << QStringList{"add", "1", "/nowhere.mov"} << 1 << "/nowhere.mov";
         QTest::newRow("onto a composition") << QStringList{"add", "1.1.1", "reel"} << 1 << "another item";
         QTest::newRow("an empty IMP") << QStringList{"commit", "2"} << 1 << "no composition";
