@@ -394,8 +394,10 @@ void PackageOutput::setItemPath(IMFO_Error_t& error, const IMFO_ItemInfo& item, 
     error = outcome(target);
     if (!target)
         return;
-    if (folder != entry.folder && isOccupied(folder)) {
-        error = failure(occupied(folder), IMFO_Error_t::ItemExists);
+    // A delivery inside another one's folder would be taken for a part of it.
+    const bool insideAnother = parent != entry.parent && imf::isDelivery(parent);
+    if (insideAnother || (folder != entry.folder && isOccupied(folder))) {
+        error = failure(occupied(insideAnother ? parent : folder), IMFO_Error_t::ItemExists);
         return;
     }
     entry.parent = actualPath = parent;

@@ -328,6 +328,48 @@ private slots:
         QVERIFY(!QFileInfo::exists(path(QStringLiteral("Cancelled"))));
     }
 
+    void quittingWhenFinishedWaitsForTheExport()
+    {
+        const QPersistentModelIndex made = delivery(QStringLiteral("Awaited"));
+        Hand::click(&button(*m_window, "m_burn"));
+        Choice quit(QStringLiteral("Quit When Finished"));
+        QVERIFY(!m_window->close());
+        QVERIFY(m_window->isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(!m_window->isVisible(), 60000);
+        QCOMPARE(Model::StatusFromIndex(made), IMF_PackageMgr::Committed);
+    }
+
+    void theMenuExportsANewImpOfAWrittenDelivery()
+    {
+        const QPersistentModelIndex made = delivery(QStringLiteral("Grows"));
+        trigger("export");
+        QTRY_COMPARE_WITH_TIMEOUT(Model::StatusFromIndex(made), IMF_PackageMgr::Committed, 60000);
+        Hand::drag(&m_window->bin().view(), &m_window->tree(), made);
+        const QPersistentModelIndex imp = model().index(1, 0, made);
+        Hand::click(&m_window->tree(), imp);
+        QVERIFY(!button(*m_window, "m_burn").isEnabled());
+        trigger("export");
+        QTRY_COMPARE_WITH_TIMEOUT(Model::StatusFromIndex(model().index(1, 0, made)), IMF_PackageMgr::Committed, 60000);
+        QCOMPARE(QDir(path(QStringLiteral("Grows"))).entryList({"PKL_*.xml"}).size(), 2);
+    }
+
+    void aFolderThatHoldsADeliveryIsNotTaken()
+    {
+        const QPersistentModelIndex written = delivery(QStringLiteral("There"));
+        trigger("export");
+        QTRY_COMPARE_WITH_TIMEOUT(Model::StatusFromIndex(written), IMF_PackageMgr::Committed, 60000);
+        QVERIFY(QDir(m_folder.path()).mkpath(QStringLiteral("elsewhere")) && QDir(path("elsewhere")).mkdir("Second"));
+        const QPersistentModelIndex made = delivery(QStringLiteral("Second"));
+        support::FolderAnswer inside(path(QStringLiteral("There")));
+        ModalAnswer refused(QMessageBox::Ok);
+        support::FolderAnswer taken(path(QStringLiteral("elsewhere")));
+        ModalAnswer again(QMessageBox::Cancel);
+        trigger("chooseFolder");
+        QCOMPARE(refused.text, "Second already exists at path:\n" + path("There") + "\n\n\tPlease choose a new path");
+        QVERIFY2(again.text.contains(path("elsewhere")), qPrintable(again.text));
+        QCOMPARE(made.data(Model::PathRole).toString(), path(QStringLiteral("Second")));
+    }
+
     void aWindowThatGoesBeforeItsExportLosesNothing()
     {
         const QPersistentModelIndex made = delivery(QStringLiteral("Left alone"));
