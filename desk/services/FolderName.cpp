@@ -15,7 +15,9 @@ Status checkFolderName(const QString& name)
     static const Rule rules[] = {
         {"^\\s*$", "a delivery needs a name"},
         {"^\\.{1,2}$", "\".\" and \"..\" name folders themselves"},
-        {"[\\x{00}-\\x{1f}\\x{7f}]", "a folder's name cannot hold control characters"},
+        // Those that turn the direction of writing let a name pass for another one.
+        {"[\\p{Cc}\\p{Zl}\\p{Zp}\\x{202a}-\\x{202e}\\x{2066}-\\x{2069}]",
+         "a folder's name cannot hold control characters"},
         {"[/\\\\:*?\"<>|]", "a folder's name cannot hold any of / \\ : * ? \" < > |"},
         {"[. ]$", "a folder's name cannot end with a dot or a blank"},
         {"^ ", "a folder's name cannot start with a blank"},

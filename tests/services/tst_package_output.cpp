@@ -233,6 +233,8 @@ private slots:
     void namesAndFoldersAreRefusedWhereTheyAreGiven()
     {
         refusedWith(QStringLiteral("a/b"), [&] { add(QStringLiteral("a/b")); });
+        refusedWith(QStringLiteral("control"), [&] { add(QString::fromUtf8("Film \xE2\x80\xAEvom.")); });
+        refusedWith(QStringLiteral("255 bytes"), [&] { add(QString(128, QChar(0x05D0))); });
         QCOMPARE(m_model->rowCount(), 0);
         const QModelIndex delivery = add(QStringLiteral("Good"));
         refusedWith(QStringLiteral(".."), [&] { m_model->setData(delivery, QStringLiteral("..")); });
