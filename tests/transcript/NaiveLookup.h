@@ -29,7 +29,7 @@ public:
         int last = minSegment == 0 ? 0 : -1;
         int latestEnd = 0;
         for (const STT_TranscriptSegment& segment : m_host.segments(0)) {
-            if (segment.wordStarts.empty())
+            if (segment.wordStarts.empty() || segment.wordStarts.front() == segment.wordEnds.back())
                 continue;
             const int end = segment.wordEnds.back();
             if (segment.wordStarts.front() <= ms && ms < end && segment.number >= minSegment)
@@ -53,7 +53,8 @@ public:
             if (isBefore || (words[word].segment == segment && (words[word].start <= ms || at < 0)))
                 at = word;
         }
-        const bool exists = segment >= 0 && !m_host.segments(0)[segment].wordStarts.empty();
+        const bool exists =
+            segment >= 0 && segment < int(m_host.segments(0).size()) && !m_host.segments(0)[segment].wordStarts.empty();
         if (!exists)
             return {};
         if (previous)
