@@ -20,6 +20,7 @@ SegmentTimeIndex::SegmentTimeIndex(ITranscriptWindowInfo& host) : m_host(host)
 
 void SegmentTimeIndex::clear()
 {
+    m_speaking.reset();
     m_lanes.clear();
     m_lanes.push_back(RangeArray::New());
 }
@@ -32,6 +33,7 @@ void SegmentTimeIndex::add(const STT_TranscriptSegment& segment, int number)
     const int end = segment.wordEnds.back();
     if (start == end)
         return;
+    m_speaking.reset();
     const auto free = std::find_if(m_lanes.begin(), m_lanes.end(),
                                    [start](const auto& lane) { return lane->GetRange(start) == RangeArray::Unset; });
     if (free == m_lanes.end()) {
@@ -44,27 +46,46 @@ void SegmentTimeIndex::add(const STT_TranscriptSegment& segment, int number)
 
 int SegmentTimeIndex::segmentAt(int ms, int minSegment) const
 {
-    constexpr int none = -1;
-    int speaking = none;
-    int spokeLast = none;
+    const std::vector<int>& speaking = speakingAt(ms);
+    const auto found = std::lower_bound(speaking.begin(), speaking.end(), minSegment);
+    if (found != speaking.end())
+        return *found;
+    if (minSegment > 0)
+        return -1;
+    return minSegment == 0 ? spokeLastBefore(ms) : 0;
+}
+
+const std::vector<int>& SegmentTimeIndex::speakingAt(int ms) const
+{
+    if (m_speaking && m_speaking->ms == ms)
+        return m_speaking->segments;
+    m_speaking = Speaking{ms};
+    std::vector<int>& speaking = m_speaking->segments;
+    for (const auto& lane : m_lanes) {
+        const int segment = lane->GetRange(ms);
+        if (segment != RangeArray::Unset)
+            speaking.push_back(segment);
+    }
+    std::sort(speaking.begin(), speaking.end());
+    return speaking;
+}
+
+/// For a time at which nobody speaks; 0 before the first segment.
+int SegmentTimeIndex::spokeLastBefore(int ms) const
+{
+    int spokeLast = 0;
     qint64 latestEnd = std::numeric_limits<qint64>::min();
     for (const auto& lane : m_lanes) {
-        const RangeArray::Range range = lane->rangeAt(ms);
-        if (range.value != RangeArray::Unset) {
-            if (range.value >= minSegment && (speaking == none || range.value < speaking))
-                speaking = range.value;
+        const RangeArray::Range gap = lane->rangeAt(ms);
+        if (gap.first <= 0)
             continue;
-        }
-        if (minSegment != 0 || range.first <= 0)
-            continue;
-        const RangeArray::Range before = lane->rangeAt(range.first - 1);
+        const RangeArray::Range before = lane->rangeAt(gap.first - 1);
         if (before.value != RangeArray::Unset && before.end > latestEnd) {
             latestEnd = before.end;
             spokeLast = before.value;
         }
     }
-    const int found = speaking == none ? spokeLast : speaking;
-    return found == none && minSegment <= 0 ? 0 : found;
+    return spokeLast;
 }
 
 std::optional<SegmentTimeIndex::Word> SegmentTimeIndex::wordAt(int frame, Bias bias, int minSegment) const

@@ -50,7 +50,16 @@ public:
     int endOf(const Word& word) const;
 
 private:
+    /// What the last question was and who speaks then, in ascending order: a step of playback asks for one after the
+    /// other.
+    struct Speaking {
+        int ms = -1;
+        std::vector<int> segments{};
+    };
+
     const std::vector<STT_TranscriptSegment>& segments() const;
+    const std::vector<int>& speakingAt(int ms) const;
+    int spokeLastBefore(int ms) const;
     bool exists(const Word& word) const;
     std::optional<Word> wordStartedAt(int ms, int segment) const;
     std::optional<Word> nextStartingAfter(int ms, const Word& word) const;
@@ -58,4 +67,5 @@ private:
 
     ITranscriptWindowInfo& m_host;
     std::vector<std::unique_ptr<RangeArray>> m_lanes;
+    mutable std::optional<Speaking> m_speaking;
 };

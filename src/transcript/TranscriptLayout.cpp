@@ -380,8 +380,11 @@ void TranscriptLayout::documentChanged(int from, int charsRemoved, int charsAdde
     const int first = document()->findBlock(from).blockNumber();
     const QTextBlock lastChanged = document()->findBlock(from + std::max(charsAdded - 1, 0));
     const int last = lastChanged.isValid() ? lastChanged.blockNumber() : document()->blockCount() - 1;
+    // Lines that nobody has looked at need not be measured for a word that becomes bold.
+    const bool wasMeasured = std::any_of(m_measured.begin(), m_measured.end(),
+                                         [first, last](int block) { return block >= first && block <= last; });
     forgetLines(first, last);
-    for (int number = first; number <= last && last - first < measuredAtOnce; ++number)
+    for (int number = first; wasMeasured && number <= last && last - first < measuredAtOnce; ++number)
         measure(document()->findBlockByNumber(number));
     if (documentSize() != m_publishedSize || last - first >= measuredAtOnce) {
         publishSize();
