@@ -15,6 +15,23 @@
 using Window = STT_TranscriptManagerWindow;
 using Word = SegmentTimeIndex::Word;
 
+namespace
+{
+/// Before the character at a point: the cursor for the second half of a character stands behind it, which may be
+/// another word already.
+QTextCursor beforeCharacterAt(const STT_TranscriptTextEdit& text, const QPoint& point)
+{
+    const QTextCursor nearest = text.cursorForPosition(point);
+    QTextCursor character = nearest;
+    if (nearest.atBlockStart() || !character.movePosition(QTextCursor::PreviousCharacter, QTextCursor::KeepAnchor))
+        return nearest;
+    const QPointF inDocument(point.x(), point.y() + text.verticalScrollBar()->value());
+    const bool isOnIt = text.getTranscriptRectForCursor(character).contains(inDocument);
+    character.setPosition(character.position());
+    return isOnIt ? character : nearest;
+}
+} // namespace
+
 void Window::TranscriptTextClickedSlot(STT_TranscriptTextEdit* pTextEdit, const QPoint& position)
 {
     TranscriptTextClicked(pTextEdit, position);
@@ -31,7 +48,7 @@ void Window::TranscriptTextDoubleClickedSlot(STT_TranscriptTextEdit*, const QPoi
 
 void Window::TranscriptTextClicked(STT_TranscriptTextEdit* textEdit, const QPoint& position)
 {
-    const QTextCursor clicked = textEdit->cursorForPosition(position);
+    const QTextCursor clicked = beforeCharacterAt(*textEdit, position);
     QTextCursor word = clicked;
     word.select(QTextCursor::WordUnderCursor);
     QTextCursor last = word;
@@ -69,15 +86,22 @@ void Window::ArrowKeyPressedSlot(bool isRightArrow)
         return;
     const std::vector<int>& starts = info->segments(0)[std::size_t(word.segment)].wordStarts;
     word.index = std::clamp(word.index, 0, std::max(int(starts.size()) - 1, 0));
-    const std::optional<Word> target = isRightArrow ? m_index->next(word) : m_index->previous(word);
+    const auto neighbour = [&](const Word& from) {
+        return isRightArrow ? m_index->next(from) : m_index->previous(from);
+    };
+    int start = -1;
+    int end = -1;
+    std::optional<Word> target = neighbour(word);
+    // One that has no place in the text could never be left again.
+    while (target && !findWordPosFromWordIndex(target->segment, target->index, &start, &end))
+        target = neighbour(*target);
     if (!target)
         return;
     const int frame = info->frameFromMs(m_index->startOf(*target));
     if (frame < 0)
         return;
     stopPlayback();
-    int start = -1;
-    int end = -1;
+    // Hearing of the stop, the host may have changed the transcript.
     if (findWordPosFromWordIndex(target->segment, target->index, &start, &end))
         moveBoldText(start, end, true);
     const QScopedValueRollback<bool> suspended(m_isGangSuspended, true);

@@ -14,11 +14,13 @@
 class ShownTranscript
 {
 public:
-    explicit ShownTranscript(support::RecordingTranscriptInfo::Material source)
+    explicit ShownTranscript(support::RecordingTranscriptInfo::Material source,
+                             support::RecordingTranscriptInfo::Material record = {})
     {
         auto owned = std::make_unique<support::RecordingTranscriptInfo>();
         info = owned.get();
         info->source = std::move(source);
+        info->record = std::move(record);
         window = std::make_unique<STT_TranscriptManagerWindow>(std::move(owned));
         window->resize(800, 500);
         window->show();

@@ -2,6 +2,9 @@
 #include "TranscriptFixture.h"
 #include "support/TestMain.h"
 
+#include <QLineEdit>
+#include <QRandomGenerator>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QTextBlock>
 
@@ -30,7 +33,7 @@ QColor colorOf(const QTextCursor& cursor)
 
 QString wordOf(const ShownTranscript& shown, int segment, int word)
 {
-    const STT_TranscriptSegment& spoken = shown.info->source.segments[std::size_t(segment)];
+    const STT_TranscriptSegment& spoken = shown.info->shown().segments[std::size_t(segment)];
     return QString::fromStdString(spoken.text).split(' ').at(word);
 }
 
@@ -44,6 +47,32 @@ QPoint middleOf(const ShownTranscript& shown, int segment, int word)
     cursor.setPosition(end, QTextCursor::KeepAnchor);
     const QPoint scrolled(0, shown.text().verticalScrollBar()->value());
     return shown.text().getTranscriptRectForCursor(cursor).center().toPoint() - scrolled;
+}
+
+QStringList spokenWords(const ShownTranscript& shown, int frame)
+{
+    const NaiveLookup naive(*shown.info);
+    QStringList words;
+    NaiveLookup::Word word = naive.wordAt(frame, false, 0);
+    for (int asked = 0; word.segment >= asked;) {
+        words += wordOf(shown, word.segment, word.index);
+        asked = word.segment + 1;
+        word = naive.wordAt(frame, false, asked);
+    }
+    return words;
+}
+
+/// Every other segment overlaps the next; some have no words.
+std::vector<STT_TranscriptSegment> randomTranscript(QRandomGenerator& random)
+{
+    std::vector<STT_TranscriptSegment> segments;
+    for (int number = random.bounded(40); number > 0; --number) {
+        const QString text = QStringLiteral("some words that are spoken").section(' ', 0, random.bounded(5));
+        segments.push_back(segmentOf(int(segments.size()), 830 * int(segments.size()), text));
+        if (random.bounded(9) == 0)
+            segments.back() = STT_TranscriptSegment();
+    }
+    return segments;
 }
 
 ShownTranscript longTranscript()
@@ -67,7 +96,10 @@ private slots:
     void theOtherMonitorHasOtherColours();
     void aWordOnTheHighlightIsBlack();
     void aClickOnAWordGoesThere();
+    void aClickMeansTheCharacterUnderIt();
     void arrowKeysGoFromWordToWord();
+    void arrowKeysPassWordsWithoutAPlace();
+    void whateverIsCalledTheRightWordsAreBold();
     void marksSelectTheirWordsAndTheSelectionSetsThem_data();
     void marksSelectTheirWordsAndTheSelectionSetsThem();
     void keysReachTheMonitor_data();
@@ -78,17 +110,9 @@ void TestTranscriptFollowing::theWordsThatAreSpokenAreBoldAtEveryFrame()
 {
     const ShownTranscript shown({{segmentOf(0, 200, "one two three four"), segmentOf(1, 1000, "AND ALSO"),
                                   segmentOf(2, 1100, "um"), segmentOf(3, 4000, "five six")}});
-    const NaiveLookup naive(*shown.info);
     for (int frame = 0; frame < 130; ++frame) {
-        QStringList expected;
-        NaiveLookup::Word word = naive.wordAt(frame, false, 0);
-        for (int asked = 0; word.segment >= asked;) {
-            expected += wordOf(shown, word.segment, word.index);
-            asked = word.segment + 1;
-            word = naive.wordAt(frame, false, asked);
-        }
         shown.window->NowPlayingSlot(frame);
-        QCOMPARE(boldWords(shown), expected);
+        QCOMPARE(boldWords(shown), spokenWords(shown, frame));
     }
     shown.window->NowPlayingSlot(30);
     QCOMPARE(boldWords(shown), QStringList({"three", "AND", "um"}));
@@ -241,6 +265,93 @@ void TestTranscriptFollowing::aClickOnAWordGoesThere()
     QTest::mouseMove(shown.text().viewport(), line + QPoint(90, 0));
     QTest::mouseRelease(shown.text().viewport(), Qt::LeftButton, {}, line + QPoint(90, 0));
     QCOMPARE(shown.info->takeCalls(), QStringList());
+}
+
+void TestTranscriptFollowing::aClickMeansTheCharacterUnderIt()
+{
+    STT_TranscriptSegment segment = segmentOf(0, 0, "a b c d");
+    segment.text = QStringLiteral("今日天気").toStdString();
+    segment.wordStartOffsets = {0, 1, 2, 3};
+    segment.wordEndOffsets = {1, 2, 3, 4};
+    const ShownTranscript shown({{segment}});
+    QStringList moves;
+    for (int word = 0; word < 4; ++word) {
+        for (const int side : {-1, 1})
+            QTest::mouseClick(shown.text().viewport(), Qt::LeftButton, {},
+                              middleOf(shown, 0, word) + QPoint(4 * side, 0));
+        const QString frame = QString::number(word * 25 / 2);
+        moves += {QStringLiteral("moveMonitor(%1)").arg(frame), QStringLiteral("moveMonitor(%1)").arg(frame)};
+    }
+    QCOMPARE(shown.info->calls.filter("moveMonitor"), moves);
+}
+
+void TestTranscriptFollowing::arrowKeysPassWordsWithoutAPlace()
+{
+    std::vector<STT_TranscriptSegment> segments{segmentOf(0, 0, "a b"), segmentOf(1, 1000, "c d")};
+    segments[1].wordEndOffsets[0] = 900;
+    const ShownTranscript shown({segments});
+    QStringList visited;
+    for (const int key : {Qt::Key_Right, Qt::Key_Right, Qt::Key_Right, Qt::Key_Left, Qt::Key_Left}) {
+        QTest::keyClick(&shown.text(), Qt::Key(key));
+        visited += boldWords(shown);
+    }
+    QCOMPARE(visited, QStringList({"b", "d", "d", "b", "a"}));
+}
+
+/// The host changes the transcript now and then while the window calls it.
+void TestTranscriptFollowing::whateverIsCalledTheRightWordsAreBold()
+{
+    using Window = STT_TranscriptManagerWindow;
+    const quint32 seed = QRandomGenerator::global()->generate();
+    qInfo("seed %u", seed);
+    QRandomGenerator random(seed);
+    const ShownTranscript shown({randomTranscript(random), {}, {{"guid", "clip", 2000}}}, {transcriptOf(30, 3)});
+    Window& window = *shown.window;
+    bool isGangOn = true;
+    bool isInside = false;
+    const auto change = [&] {
+        shown.info->shown().segments = randomTranscript(random);
+        window.TranscriptInfoChangedSlot(random.bounded(2) == 0);
+    };
+    shown.info->onCall = [&](const QString&) {
+        if (isInside || random.bounded(3) != 0)
+            return;
+        const QScopedValueRollback<bool> inside(isInside, true);
+        change();
+    };
+    const auto frame = [&random] { return random.bounded(900); };
+    const std::function<void()> actions[] = {
+        change,
+        [&] { window.NowPlayingSlot(frame()); },
+        [&] { window.AboutToPlaySlot(frame()); },
+        [&] { window.DonePlayingSlot(frame()); },
+        [&] { window.MarkInChangedSlot(frame()); },
+        [&] { window.MarkOutChangedSlot(frame()); },
+        [&] { window.ArrowKeyPressedSlot(random.bounded(2) == 0); },
+        [&] {
+            QTest::mouseClick(shown.text().viewport(), Qt::LeftButton, {}, {frame(), frame() / 2});
+        },
+        [&] { shown.text().selectAll(); },
+        [&] { window.setMarksFromSelection(); },
+        [&] { window.SpacebarPressedSlot(); },
+        [&] { window.SpeakerNameChangedSlot(random.bounded(-1, 40), QStringLiteral("Ada")); },
+        [&] { window.TranscribeAllMissingSlot(); },
+        [&] { window.SetMissingVisibilitySlot(); },
+        [&] { window.SourceRecordMonChange(); },
+        [&] { window.setLightSkin(random.bounded(2) == 0); },
+        [&] { window.resize(300 + frame(), 200 + frame()); },
+        [&] { window.setVisible(false), window.setVisible(true); },
+        [&] { window.findChild<QLineEdit*>()->setText(random.bounded(2) ? "words" : QString()); },
+        [&] { window.GangButtonClickedSlot(), isGangOn = !isGangOn; },
+    };
+    for (int round = 0; round < 600; ++round) {
+        actions[random.bounded(int(std::size(actions)))]();
+        const int shownFrame = frame();
+        window.MonPosChangedSlot(shownFrame);
+        const QStringList spoken = spokenWords(shown, shownFrame);
+        if (!isGangOn || !spoken.isEmpty())
+            QCOMPARE(boldWords(shown), isGangOn ? spoken : QStringList());
+    }
 }
 
 void TestTranscriptFollowing::arrowKeysGoFromWordToWord()
