@@ -113,18 +113,21 @@ private:
     void takeMatches(int milliseconds);
 
     // Showing
-    bool areAllHighlighted() const;
+    void dropHighlights();
     void lay(Range matches);
+    void layMore();
+    Range withNeighbours(Range matches) const;
     void showSelections();
     void layFirstHits();
     void layInView();
     void showCount();
-    QTextEdit::ExtraSelection selectionOf(int match) const;
+    QList<QTextEdit::ExtraSelection> selectionsOf(Range matches) const;
     QTextCursor cursorOf(const Match& match) const;
     Range matchesOfBlocks(int first, int last) const;
 
     ReadingPoint topOfView() const;
     ReadingPoint pointOf(const QTextCursor& cursor) const;
+    ReadingPoint pointOf(int match) const;
 
     // Stepping
     void step(Direction direction);
@@ -133,7 +136,8 @@ private:
     int firstAfter(const ReadingPoint& point) const;
     int lastBefore(const ReadingPoint& point) const;
     std::vector<int> inReadingOrder(Range matches) const;
-    std::vector<int> neighboursOf(int match) const;
+    Range lineOf(int match) const;
+    Range lineFrom(const ReadingPoint& point) const;
 
     ReadingPoint m_position;
     int m_current = -1;
@@ -145,9 +149,11 @@ private:
 
     QRegularExpression m_expression;
     QString m_text;
-    int m_characters = 0;
     QRegularExpressionMatchIterator m_found;
     QTimer m_rest;
+    QTimer m_spread;
+    /// The text was replaced since it was searched.
+    bool m_isOutdated = false;
     /// The matches that have a highlight; m_selections has one for each of them.
     Range m_laid;
     QList<QTextEdit::ExtraSelection> m_selections;

@@ -119,6 +119,8 @@ Q_SIGNALS:
     void spacebarPressed();
     /// Other blocks are in view, or the same ones at another place.
     void visibleLinesChanged();
+    /// The whole text will be replaced. Cursors in it cost time with each line; drop them.
+    void aboutToBeReplaced();
 
 protected:
     bool event(QEvent* event) override;

@@ -67,6 +67,7 @@ void STT_SearchWidget::createWidgets()
                   &STT_SearchWidget::onSetSelectedClicked});
     setContextMenuPolicy(Qt::ActionsContextMenu);
     m_rest.setInterval(0);
+    m_spread.setInterval(0);
 }
 
 /// Its key works wherever the focus is in the transcript window.
@@ -108,11 +109,13 @@ void STT_SearchWidget::connectAll()
 {
     connect(m_line, &QLineEdit::textChanged, this, &STT_SearchWidget::onSearchLabelTextChanged);
     connect(&m_rest, &QTimer::timeout, this, &STT_SearchWidget::searchSlice);
+    connect(&m_spread, &QTimer::timeout, this, &STT_SearchWidget::layMore);
     connect(this, &STT_SearchWidget::searchText, this, &STT_SearchWidget::step);
     const auto* window = transcriptWindow();
     if (!window)
         return;
     connect(window, &STT_TranscriptManagerWindow::refreshDoneSignal, this, &STT_SearchWidget::onRefreshDone);
+    connect(transcriptText(), &STT_TranscriptTextEdit::aboutToBeReplaced, this, &STT_SearchWidget::dropHighlights);
     connect(transcriptText(), &STT_TranscriptTextEdit::visibleLinesChanged, this, &STT_SearchWidget::layInView);
 }
 
@@ -203,7 +206,10 @@ void STT_SearchWidget::onSearchLabelTextChanged()
 
 void STT_SearchWidget::onRefreshDone()
 {
+    if (!m_isOutdated)
+        return;
     m_textEdit = nullptr;
+    m_isOutdated = false;
     if (m_isActive)
         highlight();
 }
@@ -218,14 +224,14 @@ void STT_SearchWidget::startWhereTheUserReads()
 void STT_SearchWidget::highlight()
 {
     m_rest.stop();
+    m_spread.stop();
     m_current = -1;
     m_matches.clear();
     m_text = QString();
     m_found = {};
     if (!m_isActive)
         return finishSearch();
-    m_characters = transcriptText()->document()->characterCount();
-    if (m_characters <= shortText)
+    if (transcriptText()->document()->characterCount() <= shortText)
         return finishSearch();
     layFirstHits();
     m_rest.start();
@@ -269,9 +275,8 @@ void STT_SearchWidget::finishSearch()
     m_found = {};
     m_laid = {};
     findCurrentAgain();
-    if (areAllHighlighted())
-        lay({0, int(m_matches.size())});
-    else
-        layInView();
+    m_selections.clear();
+    showSelections();
+    layInView();
     showCount();
 }

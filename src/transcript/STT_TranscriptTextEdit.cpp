@@ -87,6 +87,7 @@ STT_TranscriptTextEdit::~STT_TranscriptTextEdit() = default;
 
 void STT_TranscriptTextEdit::setLines(const Lines& lines)
 {
+    emit aboutToBeReplaced();
     {
         const QScopedValueRollback<bool> settling(m_settling, true);
         m_hidden.clear();

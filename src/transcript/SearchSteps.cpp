@@ -19,10 +19,10 @@
 
 namespace
 {
-// The edit looks at all highlights whenever one changes, and at each edit: of more matches only those round the view
-// have one.
-constexpr int mostHighlights = 2000;
-constexpr int highlightsRoundTheView = 200;
+// So many matches get their highlights at a time, on either side of those that have theirs.
+constexpr int highlightsASlice = 500;
+// The edit looks at all highlights whenever it paints: of more matches only those round the view have one.
+constexpr int mostHighlights = 20000;
 
 QTextCharFormat highlight(NvRGBColor background)
 {
@@ -50,11 +50,6 @@ QString countText(int current, int matches)
 }
 } // namespace
 
-bool STT_SearchWidget::areAllHighlighted() const
-{
-    return m_matches.size() <= mostHighlights;
-}
-
 QTextCursor STT_SearchWidget::cursorOf(const Match& match) const
 {
     QTextCursor cursor(transcriptText()->document());
@@ -63,20 +58,50 @@ QTextCursor STT_SearchWidget::cursorOf(const Match& match) const
     return cursor;
 }
 
-QTextEdit::ExtraSelection STT_SearchWidget::selectionOf(int match) const
+QList<QTextEdit::ExtraSelection> STT_SearchWidget::selectionsOf(Range matches) const
 {
-    return {cursorOf(m_matches[size_t(match)]), formatOf(match == m_current)};
+    const STT_TranscriptTextEdit::Estimates estimates(*transcriptText());
+    QList<QTextEdit::ExtraSelection> selections;
+    for (int match = matches.from; match < matches.to; ++match)
+        selections += {cursorOf(m_matches[size_t(match)]), formatOf(match == m_current)};
+    return selections;
+}
+
+STT_SearchWidget::Range STT_SearchWidget::withNeighbours(Range matches) const
+{
+    return {std::max(matches.from - highlightsASlice, 0),
+            std::min(matches.to + highlightsASlice, int(m_matches.size()))};
 }
 
 void STT_SearchWidget::lay(Range matches)
 {
     m_laid = matches;
+    m_selections = selectionsOf(matches);
+    showSelections();
+    if (int(m_matches.size()) <= mostHighlights)
+        m_spread.start();
+}
+
+void STT_SearchWidget::layMore()
+{
+    const Range wider = withNeighbours(m_laid);
+    if (wider.from == m_laid.from && wider.to == m_laid.to)
+        return m_spread.stop();
+    m_selections = selectionsOf({wider.from, m_laid.from}) + m_selections + selectionsOf({m_laid.to, wider.to});
+    m_laid = wider;
+    showSelections();
+}
+
+/// The text is about to be another: each of its lines would ask every highlight where it is then.
+void STT_SearchWidget::dropHighlights()
+{
+    m_rest.stop();
+    m_spread.stop();
+    m_matches.clear();
     m_selections.clear();
-    {
-        const STT_TranscriptTextEdit::Estimates estimates(*transcriptText());
-        for (int match = matches.from; match < matches.to; ++match)
-            m_selections += selectionOf(match);
-    }
+    m_laid = {};
+    m_current = -1;
+    m_isOutdated = true;
     showSelections();
 }
 
@@ -112,18 +137,16 @@ void STT_SearchWidget::layFirstHits()
 
 void STT_SearchWidget::layInView()
 {
-    // While the text is being replaced, the matches are those of the former one.
-    if (!m_isActive || transcriptText()->document()->characterCount() != m_characters)
+    if (!m_isActive || m_isOutdated)
         return;
     if (isSearching())
         return layFirstHits();
     const STT_TranscriptTextEdit::BlockRange view = transcriptText()->visibleBlocks();
-    if (areAllHighlighted() || view.first < 0)
+    if (view.first < 0 || m_matches.empty())
         return;
     const Range seen = matchesOfBlocks(view.first, view.last);
-    if (seen.from < m_laid.from || seen.to > m_laid.to)
-        lay({std::max(seen.from - highlightsRoundTheView, 0),
-             std::min(seen.to + highlightsRoundTheView, int(m_matches.size()))});
+    if (m_selections.isEmpty() || seen.from < m_laid.from || seen.to > m_laid.to)
+        lay(withNeighbours(seen));
 }
 
 void STT_SearchWidget::showCount()
@@ -151,6 +174,11 @@ STT_SearchWidget::ReadingPoint STT_SearchWidget::pointOf(const QTextCursor& curs
     return {block.blockNumber(), std::round(place.y() - top), place.x()};
 }
 
+STT_SearchWidget::ReadingPoint STT_SearchWidget::pointOf(int match) const
+{
+    return pointOf(cursorOf(m_matches[size_t(match)]));
+}
+
 STT_SearchWidget::ReadingPoint STT_SearchWidget::topOfView() const
 {
     const STT_TranscriptTextEdit* text = transcriptText();
@@ -158,12 +186,12 @@ STT_SearchWidget::ReadingPoint STT_SearchWidget::topOfView() const
     return {first, qreal(-text->blockRect(text->document()->findBlockByNumber(first)).top()), 0};
 }
 
-/// The matches of one block need not be in the order of their positions: text may run from right to left.
+/// The matches of one line need not be in the order of their positions: text may run from right to left.
 std::vector<int> STT_SearchWidget::inReadingOrder(Range matches) const
 {
     std::vector<std::pair<ReadingPoint, int>> points;
     for (int match = matches.from; match < matches.to; ++match)
-        points.emplace_back(pointOf(cursorOf(m_matches[size_t(match)])), match);
+        points.emplace_back(pointOf(match), match);
     std::sort(points.begin(), points.end());
     std::vector<int> ordered;
     for (const auto& [point, match] : points)
@@ -171,34 +199,58 @@ std::vector<int> STT_SearchWidget::inReadingOrder(Range matches) const
     return ordered;
 }
 
-/// All matches in the block of one, in reading order.
-std::vector<int> STT_SearchWidget::neighboursOf(int match) const
+/// The matches that stand on one line of text with a match.
+STT_SearchWidget::Range STT_SearchWidget::lineOf(int match) const
 {
-    const int block = transcriptText()->document()->findBlock(m_matches[size_t(match)].start).blockNumber();
-    return inReadingOrder(matchesOfBlocks(block, block));
+    const auto isBeside = [this, line = pointOf(match)](int other) {
+        const ReadingPoint point = pointOf(other);
+        return point.block == line.block && point.y == line.y;
+    };
+    Range range{match, match + 1};
+    while (range.from > 0 && isBeside(range.from - 1))
+        --range.from;
+    while (range.to < int(m_matches.size()) && isBeside(range.to))
+        ++range.to;
+    return range;
+}
+
+/// The matches of the first line that does not end above a point: lines are in the order of positions, even where text
+/// on them is not.
+STT_SearchWidget::Range STT_SearchWidget::lineFrom(const ReadingPoint& point) const
+{
+    Range block = matchesOfBlocks(point.block, point.block);
+    const int end = block.to;
+    while (block.from < block.to) {
+        const int middle = (block.from + block.to) / 2;
+        if (pointOf(middle).y < point.y)
+            block.from = middle + 1;
+        else
+            block.to = middle;
+    }
+    return block.from < end ? lineOf(block.from) : Range{block.from, block.from};
 }
 
 int STT_SearchWidget::firstAfter(const ReadingPoint& point) const
 {
-    const Range here = matchesOfBlocks(point.block, point.block);
-    const std::vector<int> ordered = inReadingOrder(here);
+    const Range line = lineFrom(point);
+    const std::vector<int> ordered = inReadingOrder(line);
     for (const int match : ordered) {
-        if (point < pointOf(cursorOf(m_matches[size_t(match)])))
+        if (point < pointOf(match))
             return match;
     }
-    return neighboursOf(here.to < int(m_matches.size()) ? here.to : 0).front();
+    return inReadingOrder(lineOf(line.to < int(m_matches.size()) ? line.to : 0)).front();
 }
 
 int STT_SearchWidget::lastBefore(const ReadingPoint& point) const
 {
-    const Range here = matchesOfBlocks(point.block, point.block);
-    std::vector<int> ordered = inReadingOrder(here);
+    const Range line = lineFrom(point);
+    std::vector<int> ordered = inReadingOrder(line);
     std::reverse(ordered.begin(), ordered.end());
     for (const int match : std::as_const(ordered)) {
-        if (pointOf(cursorOf(m_matches[size_t(match)])) < point)
+        if (pointOf(match) < point)
             return match;
     }
-    return neighboursOf((here.from > 0 ? here.from : int(m_matches.size())) - 1).back();
+    return inReadingOrder(lineOf((line.from > 0 ? line.from : int(m_matches.size())) - 1)).back();
 }
 
 void STT_SearchWidget::step(Direction direction)
@@ -214,7 +266,7 @@ void STT_SearchWidget::step(Direction direction)
     if (!m_textEdit)
         m_position = topOfView();
     else if (m_current >= 0)
-        m_position = pointOf(cursorOf(m_matches[size_t(m_current)])); // the text may have another width now
+        m_position = pointOf(m_current); // the text may have another width now
     makeCurrent(direction == next ? firstAfter(m_position) : lastBefore(m_position));
 }
 
