@@ -181,7 +181,8 @@ Q_SIGNALS:
     /// The user set a mark of the monitor here.
     void markInSignal();
     void markOutSignal();
-    /// The text was built anew; cursors and positions of before are void.
+    /// Everything is up to date with the host. The text may have been built anew: cursors and positions of before are
+    /// void then.
     void refreshDoneSignal();
     /// The other monitor's transcript is shown from now on.
     void monChanged();
@@ -192,6 +193,7 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    struct Content;
     struct MenuEntry;
 
     // Construction
@@ -207,6 +209,8 @@ private:
 
     // Text
     void fillText();
+    void refreshLines(const std::vector<STT_MissingTranscript>& clips);
+    void finishRefresh();
     void addMissingTranscript(const STT_MissingTranscript& clip, int block);
     void hideMissingLines();
     void showState();
@@ -218,6 +222,7 @@ private:
     // Speakers
     void openSpeakerMenu(STT_EntryWidget* entry, const QPoint& position);
     void openSpeakerMenuByKey();
+    void closeSpeakerMenu();
     STT_EntryWidget* entryInView(int segment);
 
     // Following
@@ -237,6 +242,8 @@ private:
     std::unique_ptr<SegmentTimeIndex> m_index;
     /// The block of each segment.
     std::vector<int> m_blocks;
+    /// Of what the text was filled with.
+    std::size_t m_fingerprint = 0;
     /// The blocks of clips that have no transcript.
     std::vector<int> m_missingBlocks;
     STT_TranscriptTextEdit* m_textEdit = nullptr;

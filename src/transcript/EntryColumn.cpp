@@ -58,12 +58,15 @@ EntryColumn::EntryColumn(QTextEdit* edit, Texts texts) : QObject(edit), m_edit(e
         connect(bar, &QScrollBar::valueChanged, this, &EntryColumn::sync);
 }
 
-void EntryColumn::layClipLine(QTextCursor& cursor, const STT_MissingTranscript& clip, const QString& timecode)
+void EntryColumn::layClipLine(QTextCursor& cursor)
 {
     QTextBlockFormat room;
     room.setLineHeight(LineParts::clipHeight(QApplication::font()), QTextBlockFormat::MinimumHeight);
     cursor.mergeBlockFormat(room);
-    QTextBlock block = cursor.block();
+}
+
+void EntryColumn::setClip(QTextBlock block, const STT_MissingTranscript& clip, const QString& timecode)
+{
     block.setUserState(-1);
     block.setUserData(new ClipLine(clip, timecode));
 }
@@ -104,6 +107,8 @@ void EntryColumn::refreshTexts()
 {
     for (STT_EntryWidget* entry : std::as_const(m_bySegment))
         fill(entry, entry->segment());
+    for (auto line = m_byBlock.constBegin(); line != m_byBlock.constEnd(); ++line)
+        fill(line.value(), line.key());
 }
 
 void EntryColumn::showSpeaker(const QString& name, const std::function<bool(int segment)>& isMeant)
@@ -225,9 +230,7 @@ void EntryColumn::placeClips(const std::vector<Place>& places)
         STT_MissingTranscriptWidget*& line = m_byBlock[place.key];
         if (!line) {
             line = takeClipLine();
-            const ClipLine* shown = clipOf(m_edit->document()->findBlockByNumber(place.key));
-            line->setClip(shown->clip, shown->timecode);
-            line->setVisibilities(m_visibilities);
+            fill(line, place.key);
         }
         line->setGeometry(place.rect);
         line->show();
@@ -260,6 +263,13 @@ void EntryColumn::fill(STT_EntryWidget* entry, int segment)
 {
     entry->setLine({segment, m_texts.speaker(segment), m_texts.timecode(segment)});
     entry->setVisibilities(m_visibilities);
+}
+
+void EntryColumn::fill(STT_MissingTranscriptWidget* line, int block)
+{
+    if (const ClipLine* shown = clipOf(m_edit->document()->findBlockByNumber(block)))
+        line->setClip(shown->clip, shown->timecode);
+    line->setVisibilities(m_visibilities);
 }
 
 /// After Return or Escape the keyboard is the transcript's again; after a click elsewhere it is where the click was.

@@ -23,7 +23,7 @@ class STT_MissingTranscriptWidget;
 /// Only lines in view have widgets, which are recycled as the text scrolls: thousands of live editors would cost
 /// seconds and hundreds of megabytes. What a line shows is asked anew when it comes into view. A field in which the
 /// user types keeps its widget wherever the text scrolls. Which line a block is, is read from the block: its user state
-/// is the segment's number, layClipLine marks the others. Owned by the text edit.
+/// is the segment's number, setClip marks the others. Owned by the text edit.
 class EntryColumn : public QObject
 {
     Q_OBJECT
@@ -37,8 +37,10 @@ public:
 
     EntryColumn(QTextEdit* edit, Texts texts);
 
-    /// Makes the cursor's empty block the line of a clip: room for its widget, user state -1.
-    static void layClipLine(QTextCursor& cursor, const STT_MissingTranscript& clip, const QString& timecode);
+    /// Makes room for a clip's widget in the cursor's empty block, which becomes its line with setClip.
+    static void layClipLine(QTextCursor& cursor);
+    /// What the line of a clip shows from the next refreshTexts on, or when it comes into view.
+    static void setClip(QTextBlock block, const STT_MissingTranscript& clip, const QString& timecode);
 
     /// Before and after the text is built anew: in between nothing is asked and nothing moves.
     void beginRebuild();
@@ -95,6 +97,7 @@ private:
     STT_EntryWidget* takeEntry();
     STT_MissingTranscriptWidget* takeClipLine();
     void fill(STT_EntryWidget* entry, int segment);
+    void fill(STT_MissingTranscriptWidget* line, int block);
     void giveFocusBack();
 
     QTextEdit* m_edit;

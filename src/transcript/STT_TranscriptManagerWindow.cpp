@@ -61,6 +61,7 @@ Window::STT_TranscriptManagerWindow(std::unique_ptr<ITranscriptWindowInfo> host,
 /// A speaker field in which the user types loses the focus when it is destroyed, after the host is gone.
 Window::~STT_TranscriptManagerWindow()
 {
+    closeSpeakerMenu();
     delete m_entryColumn;
 }
 

@@ -16,10 +16,20 @@
 namespace
 {
 /// The line that the menu was opened for. Its widget may show another segment before the user has chosen.
-int& menuSegment()
+struct MenuLine {
+    int segment = -1;
+    QPointer<QWidget> view;
+};
+
+MenuLine& menuLine()
 {
-    static int segment = -1;
-    return segment;
+    static MenuLine line;
+    return line;
+}
+
+int menuSegment()
+{
+    return menuLine().segment;
 }
 
 QString actionText(QString name)
@@ -41,7 +51,7 @@ QMenu* STT_TranscriptManagerWindow::GetSpeakerMenu()
 
 void STT_TranscriptManagerWindow::SetSpeakerMenuEntry(STT_EntryWidget* entry)
 {
-    menuSegment() = entry ? entry->segment() : -1;
+    menuLine() = entry ? MenuLine{entry->segment(), entry->parentWidget()} : MenuLine();
 }
 
 void STT_TranscriptManagerWindow::RefreshSpeakerMenu(int)
@@ -131,6 +141,15 @@ void STT_TranscriptManagerWindow::openSpeakerMenu(STT_EntryWidget* entry, const 
     SetSpeakerMenuEntry(entry);
     RefreshSpeakerMenu(entry->segment());
     GetSpeakerMenu()->popup(position);
+}
+
+/// Its segment is gone, or it means something else now.
+void STT_TranscriptManagerWindow::closeSpeakerMenu()
+{
+    if (menuLine().view != m_textEdit->viewport())
+        return;
+    SetSpeakerMenuEntry(nullptr);
+    GetSpeakerMenu()->close();
 }
 
 /// For the line of the bold word; where no word is bold, for the one of the text cursor.

@@ -10,7 +10,9 @@
 #include <QTextBlock>
 
 #include <algorithm>
+#include <functional>
 #include <numeric>
+#include <utility>
 
 using Window = STT_TranscriptManagerWindow;
 
@@ -28,7 +30,56 @@ bool startsBefore(const STT_MissingTranscript& clip, const STT_TranscriptSegment
 {
     return !segment.wordStarts.empty() && clip.startMs <= segment.wordStarts.front();
 }
+
+/// The blocks of the clips, each before the first segment that does not start before it.
+std::vector<int> blocksOf(const std::vector<STT_MissingTranscript>& clips,
+                          const std::vector<STT_TranscriptSegment>& segments)
+{
+    std::vector<int> blocks;
+    auto segment = segments.begin();
+    for (const STT_MissingTranscript& clip : clips) {
+        segment = std::find_if(segment, segments.end(), [&](const auto& later) { return startsBefore(clip, later); });
+        // Without a segment the first line says so.
+        blocks.push_back(int(segment - segments.begin() + segments.empty()) + int(blocks.size()));
+    }
+    return blocks;
+}
+
+/// Of everything that decides on the text's lines and on the time index.
+std::size_t fingerprintOf(const std::vector<STT_TranscriptSegment>& segments, const std::vector<int>& clipBlocks,
+                          bool isReadable)
+{
+    constexpr std::size_t oddBits = 0x9e3779b97f4a7c15;
+    std::size_t print = isReadable;
+    const auto take = [&print](std::size_t value) { print = (print ^ value) * oddBits + (print >> 29); };
+    for (const STT_TranscriptSegment& segment : segments) {
+        take(std::hash<std::string>()(segment.text));
+        take(segment.wordStarts.empty() ? segments.size() : std::size_t(segment.wordStarts.front()));
+        take(segment.wordEnds.empty() ? segments.size() : std::size_t(segment.wordEnds.back()));
+    }
+    for (const int block : clipBlocks)
+        take(std::size_t(block));
+    return print;
+}
 } // namespace
+
+/// What the host has to show at the moment.
+struct Window::Content {
+    explicit Content(ITranscriptWindowInfo& host) : isReadable(host.isDatabaseOnline())
+    {
+        if (!isReadable || !host.isMaterialLoaded())
+            return;
+        segments = &host.segments(0);
+        clips = host.missingTranscripts();
+    }
+
+    std::size_t fingerprint() const { return fingerprintOf(*segments, blocksOf(clips, *segments), isReadable); }
+
+    static inline const std::vector<STT_TranscriptSegment> none{};
+    bool isReadable;
+    const std::vector<STT_TranscriptSegment>* segments = &none;
+    std::vector<STT_MissingTranscript> clips;
+};
 
 void Window::TranscriptInfoChangedSlot(bool saveScrollPos)
 {
@@ -39,7 +90,12 @@ void Window::refreshWindow(bool saveScrollPos)
 {
     const STT_TranscriptTextEdit::View view = m_textEdit->view();
     info->refreshTranscript();
-    UpdateTranscriptWindow();
+    // The progress of a transcription comes this way too.
+    const Content content(*info);
+    if (saveScrollPos && content.fingerprint() == m_fingerprint)
+        refreshLines(content.clips);
+    else
+        UpdateTranscriptWindow();
     if (saveScrollPos)
         m_textEdit->restoreView(view);
 }
@@ -50,10 +106,26 @@ void Window::UpdateTranscriptWindow()
     m_boldedCursor = QTextCursor();
     m_otherBoldedCursors.clear();
     m_entryColumn->beginRebuild();
-    m_isActive = info->isTranscriptLoaded();
     fillText();
     m_boldedCursor = QTextCursor(m_textEdit->document());
     m_entryColumn->endRebuild();
+    finishRefresh();
+}
+
+/// What stands beside the text and on the lines of clips, while the text is the same.
+void Window::refreshLines(const std::vector<STT_MissingTranscript>& clips)
+{
+    for (std::size_t index = 0; index < clips.size(); ++index)
+        EntryColumn::setClip(m_textEdit->document()->findBlockByNumber(m_missingBlocks[index]), clips[index],
+                             QString::fromStdString(info->timecodeText(clips[index].startMs)));
+    m_entryColumn->refreshTexts();
+    finishRefresh();
+}
+
+void Window::finishRefresh()
+{
+    showState();
+    m_isActive = info->isTranscriptLoaded();
     m_entryColumn->sync();
     emit refreshDoneSignal();
     if (isGangActive() && canFollow())
@@ -62,48 +134,43 @@ void Window::UpdateTranscriptWindow()
 
 void Window::fillText()
 {
+    const Content content(*info);
+    const std::vector<STT_TranscriptSegment>& segments = *content.segments;
+    if (std::exchange(m_fingerprint, content.fingerprint()) != m_fingerprint)
+        closeSpeakerMenu();
     m_index->clear();
     m_blocks.clear();
-    m_missingBlocks.clear();
-    const bool isReadable = info->isDatabaseOnline();
-    const bool isLoaded = info->isMaterialLoaded();
-    static const std::vector<STT_TranscriptSegment> none;
-    const std::vector<STT_TranscriptSegment>& segments = isReadable && isLoaded ? info->segments(0) : none;
-    const std::vector<STT_MissingTranscript> missing =
-        isReadable && isLoaded ? info->missingTranscripts() : std::vector<STT_MissingTranscript>();
+    m_missingBlocks = blocksOf(content.clips, segments);
 
     STT_TranscriptTextEdit::Lines lines(getTranscriptFormat(0));
-    lines.reserve(int(segments.size() + missing.size()), int(bytesOf(segments)));
+    lines.reserve(int(segments.size() + content.clips.size()), int(bytesOf(segments)));
     m_blocks.reserve(segments.size());
-    auto clip = missing.begin();
-    const auto addClip = [&] {
-        m_missingBlocks.push_back(lines.count());
-        lines.add({}, -1);
-        ++clip;
+    auto clip = m_missingBlocks.begin();
+    const auto addClips = [&] {
+        for (; clip != m_missingBlocks.end() && *clip == lines.count(); ++clip)
+            lines.add({}, -1);
     };
     if (segments.empty())
-        lines.add(isReadable ? stx_func("Empty transcript") : stx_func("Database Offline"), -1);
+        lines.add(content.isReadable ? stx_func("Empty transcript") : stx_func("Database Offline"), -1);
     for (const STT_TranscriptSegment& segment : segments) {
-        while (clip != missing.end() && startsBefore(*clip, segment))
-            addClip();
+        addClips();
         const int number = int(m_blocks.size());
         m_index->add(segment, number);
         m_blocks.push_back(lines.count());
         lines.add(QString::fromUtf8(segment.text.data(), int(segment.text.size())), number);
     }
-    while (clip != missing.end())
-        addClip();
+    addClips();
     m_textEdit->setLines(lines);
-    for (std::size_t index = 0; index < missing.size(); ++index)
-        addMissingTranscript(missing[index], m_missingBlocks[index]);
+    for (std::size_t index = 0; index < content.clips.size(); ++index)
+        addMissingTranscript(content.clips[index], m_missingBlocks[index]);
     hideMissingLines();
-    showState();
 }
 
 void Window::addMissingTranscript(const STT_MissingTranscript& clip, int block)
 {
     QTextCursor cursor(m_textEdit->document()->findBlockByNumber(block));
-    EntryColumn::layClipLine(cursor, clip, QString::fromStdString(info->timecodeText(clip.startMs)));
+    EntryColumn::layClipLine(cursor);
+    EntryColumn::setClip(cursor.block(), clip, QString::fromStdString(info->timecodeText(clip.startMs)));
 }
 
 /// Clips that wait for their transcript say so themselves: no other line says that there is none.

@@ -264,6 +264,42 @@ private slots:
         QCOMPARE(shown.info->calls.filter(QStringLiteral("transcribe(")), QStringList{"transcribe(guid-c)"});
     }
 
+    void progressIsShownWithoutANewText()
+    {
+        RecordingTranscriptInfo::Material material = conversation();
+        material.missing = {{"guid", "A.mov", 0, STT_Transcription::Running, 40, {}}};
+        const ShownTranscript shown(material);
+        QSignalSpy replaced(&shown.text(), &STT_TranscriptTextEdit::aboutToBeReplaced);
+        shown.info->source.missing[0].percent = 41;
+        shown.window->TranscriptInfoChangedSlot(true);
+        QStringList texts;
+        const QList<QLabel*> labels = shown.window->missingWidgets().constFirst()->findChildren<QLabel*>();
+        for (const QLabel* label : labels)
+            texts += label->text();
+        QVERIFY(texts.contains(QStringLiteral("Transcribing, 41 %")));
+        QVERIFY(replaced.isEmpty());
+        shown.info->source.segments[2].text = "other";
+        shown.window->TranscriptInfoChangedSlot(true);
+        QCOMPARE(replaced.size(), 1);
+        QCOMPARE(shown.text().document()->lastBlock().text(), QStringLiteral("other"));
+    }
+
+    void anotherTranscriptClosesTheSpeakerMenu()
+    {
+        const ShownTranscript shown(conversation());
+        QContextMenuEvent key(QContextMenuEvent::Keyboard, {});
+        QCoreApplication::sendEvent(&shown.text(), &key);
+        QMenu* menu = STT_TranscriptManagerWindow::GetSpeakerMenu();
+        QTRY_VERIFY(menu->isVisible());
+        shown.window->TranscriptInfoChangedSlot(true); // a speaker got a name
+        QVERIFY(menu->isVisible());
+        shown.info->source.segments.erase(shown.info->source.segments.begin());
+        shown.window->TranscriptInfoChangedSlot(true);
+        QVERIFY(!menu->isVisible());
+        shown.window->AddNewSpeakerAction();
+        QVERIFY(requests(*shown.info).isEmpty());
+    }
+
     void clipsAloneNeedNoOtherLine()
     {
         RecordingTranscriptInfo::Material material;
