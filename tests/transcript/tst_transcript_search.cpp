@@ -113,7 +113,7 @@ private slots:
     void aLongTranscriptShowsFirstHitsAtOnceAndAllOfThemSoon()
     {
         RecordingTranscriptInfo::Material material;
-        material.segments = support::transcriptOf(12000, 10);
+        material.segments = support::transcriptOf(6000, 10);
         const ShownTranscript shown(std::move(material));
         type(shown, QStringLiteral("ba"));
         QVERIFY(bar(shown)->isSearching());
