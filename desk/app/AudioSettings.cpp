@@ -3,6 +3,7 @@
 #include "StratacutUI/IMF_DataParser.h"
 #include "StratacutUI/IMF_PackageMgrQtModel.h"
 #include "StratacutUI/ImfDict.h"
+#include "desk/app/SoundDefaults.h"
 #include "desk/services/AudioMapping.h"
 #include "desk/services/SoundPlan.h"
 
@@ -218,6 +219,9 @@ QList<QCommandLineOption> audioOptions()
 Status applyAudio(IMF_PackageMgrQtModel& model, const QModelIndex& cpl, const services::BinItem& sequence,
                   const AudioSettings& settings)
 {
+    Status mapped = checkSoundIsMapped();
+    if (!mapped)
+        return mapped;
     Mix mix(cpl, sequence);
     for (const QString& group : settings.groups) {
         Status set = mix.setGroup(group);

@@ -3,6 +3,7 @@
 #include "desk/app/CommitWait.h"
 #include "desk/app/Console.h"
 #include "desk/app/ItemSettings.h"
+#include "desk/app/SoundDefaults.h"
 
 #include "StratacutUI/IMF_Bridges.h"
 #include "StratacutUI/IMF_Controller.h"
@@ -89,6 +90,7 @@ Status ExportSession::installHost()
     IMF_IMFO_bridge::Initialize(&m_output);
     m_output.setDefaultFolder(QDir(m_request.folder).absolutePath());
     m_output.setPadding(m_request.padding);
+    m_output.setSoundChoice(soundChoice());
     auto settings =
         std::make_unique<services::SettingsStorage>(m_request.profile.isEmpty() ? QString() : m_profile.settingsFile());
     m_settings = settings.get();

@@ -1,8 +1,8 @@
 #include "desk/app/Host.h"
 
-#include "NvCore/Toggles.h"
 #include "StratacutUI/IMF_Bridges.h"
 #include "StratacutUI/IMF_Controller.h"
+#include "desk/app/SoundDefaults.h"
 #include "desk/services/MediaEngine.h"
 #include "desk/services/SettingsStorage.h"
 #include "desk/services/TranscriptService.h"
@@ -13,8 +13,7 @@ namespace desk::app
 Host::Host(const QString& profileFolder)
     : m_profile(profileFolder), m_lock(m_profile), m_library(m_profile.binFile()), m_output(&m_library)
 {
-    for (const char* toggle : {"/Stratacut/IMFMultipleAudioMix", "/Stratacut/IMFMCAMetadata"})
-        TGL_SetDefault(toggle, true);
+    m_output.setSoundChoice(soundChoice());
 }
 
 Host::~Host() = default;

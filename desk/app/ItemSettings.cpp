@@ -3,6 +3,7 @@
 #include "StratacutUI/IMF_DataParser.h"
 #include "StratacutUI/IMF_PackageMgrQtModel.h"
 #include "StratacutUI/ImfDict.h"
+#include "desk/app/SoundDefaults.h"
 #include "desk/services/OutputFormat.h"
 
 #include <QJsonDocument>
@@ -131,6 +132,9 @@ Status applyParameter(Model& model, const QModelIndex& cpl, const Setting& setti
                          QStringLiteral("give the lists \"%1\", \"%2\" and \"%3\"")
                              .arg(QLatin1String(ImfDict::AudioMapping), QLatin1String(ImfDict::TrackGroups),
                                   QLatin1String(ImfDict::AllActiveTracks)));
+        Status mapped = checkSoundIsMapped();
+        if (!mapped)
+            return mapped;
         // The groups are kept beside the mix, too: from there the window offers them.
         model.setData(cpl, mix.object()[QLatin1String(ImfDict::TrackGroups)].toArray(), Model::TrackGroupsRole);
         model.setData(cpl, mix.object(), Model::MultiMixRole);

@@ -12,6 +12,8 @@ using Model = IMF_PackageMgrQtModel;
 
 namespace
 {
+constexpr char mappingToggle[] = "/Stratacut/IMFMultipleAudioMix";
+
 bool isMapped(const QJsonObject& document)
 {
     const QJsonObject audio = document[QLatin1String(ImfDict::Audio)].toObject();
@@ -49,10 +51,28 @@ void mapRows(Model& model, const services::MediaLibrary& library, const QModelIn
 }
 } // namespace
 
+services::SoundChoice soundChoice()
+{
+    for (const char* toggle : {mappingToggle, "/Stratacut/IMFMCAMetadata"})
+        TGL_SetDefault(toggle, true);
+    return TGL_GetToggle(mappingToggle) ? services::SoundChoice::Mapping : services::SoundChoice::AudioMix;
+}
+
+Status checkSoundIsMapped()
+{
+    if (soundChoice() == services::SoundChoice::Mapping)
+        return {};
+    return Error{{},
+                 {},
+                 {},
+                 QStringLiteral("groups and the audio mapping are turned off"),
+                 QStringLiteral("set \"Audio Mix\", or turn the toggle %1 on").arg(QLatin1String(mappingToggle))};
+}
+
 void mapUnmappedSound(IMF_PackageMgrQtModel& model, const services::MediaLibrary& library, const QModelIndex& parent,
                       int first, int last)
 {
-    if (TGL_GetToggle("/Stratacut/IMFMultipleAudioMix"))
+    if (soundChoice() == services::SoundChoice::Mapping)
         mapRows(model, library, parent, first, last);
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "desk/base/Result.h"
+#include "desk/services/CommitPlan.h"
+
 class IMF_PackageMgrQtModel;
 class QModelIndex;
 
@@ -10,6 +13,12 @@ class MediaLibrary;
 
 namespace desk::app
 {
+
+/// What the user's toggles say; unless they say otherwise, sound is mapped, and tracks have languages and kinds.
+services::SoundChoice soundChoice();
+
+/// Fails where sound is not mapped, so that groups and mappings would have no effect.
+Status checkSoundIsMapped();
 
 /// Gives compositions that are not written and have no audio mapping the one by which their sound would be written
 /// anyway, so that a page which shows a mapping shows this one: those among the children of `parent` from `first` on up

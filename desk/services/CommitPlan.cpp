@@ -45,9 +45,9 @@ void setTexts(Description& description, const AppliedItem& item)
 }
 
 /// The document says what is mapped: only it tells groups and tracks by their names.
-Status settleSound(CompositionOrder& order, const BinItem& sequence)
+Status settleSound(CompositionOrder& order, const BinItem& sequence, SoundChoice choice)
 {
-    auto mapping = flatAudioMappingOf(order.document, sequence);
+    auto mapping = choice == SoundChoice::Mapping ? flatAudioMappingOf(order.document, sequence) : QJsonArray();
     if (!mapping)
         return mapping.error();
     order.format.mapping = *mapping;
@@ -79,7 +79,7 @@ Result<CompositionOrder> orderFor(const AppliedItem& cpl, const CommitRequest& r
     order.format = OutputFormat::fromJson(cpl.settings);
     order.document = cpl.document;
     order.padding = request.padding;
-    Status sound = settleSound(order, *item);
+    Status sound = settleSound(order, *item, request.sound);
     if (!sound)
         return sound.error();
     return order;

@@ -37,6 +37,13 @@ struct CommitPlan {
     qint64 totalFrames = 0;
 };
 
+/// What decides about a composition's sound.
+enum class SoundChoice {
+    /// The audio mapping; "Audio Mix" where it has no rows.
+    Mapping,
+    AudioMix
+};
+
 /// What a plan is made from.
 struct CommitRequest {
     /// The item to commit: a delivery or an IMP.
@@ -46,6 +53,7 @@ struct CommitRequest {
     /// In the order in which they were handed over: each delivery or IMP before what is below it.
     QVector<AppliedItem> items;
     Padding padding = Padding::Refuse;
+    SoundChoice sound = SoundChoice::Mapping;
 };
 
 /// Checks all that can be checked before any work starts. Each failure names the item and the next step: nothing to

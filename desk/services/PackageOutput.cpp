@@ -334,7 +334,8 @@ Status PackageOutput::checkMovable(const QByteArray& id, const Entry& entry) con
 
 Status PackageOutput::start(const IMFO_ItemInfo& item, const CommitCallback& onDone)
 {
-    CommitRequest request{item.nodeType, item.componentId, item.version, std::exchange(m_applied, {}), m_padding};
+    CommitRequest request{item.nodeType, item.componentId, item.version, std::exchange(m_applied, {}),
+                          m_padding,     m_soundChoice};
     auto plan = planCommit(request, *m_library);
     if (!plan)
         return plan.error();

@@ -48,6 +48,9 @@ public:
     /// Counts for commits that start after the call.
     void setPadding(Padding padding) { m_padding = padding; }
 
+    /// Counts for commits that start after the call.
+    void setSoundChoice(SoundChoice choice) { m_soundChoice = choice; }
+
     /// As CommitQueue has it.
     void yieldToPlayback() { m_queue.yieldToPlayback(); }
 
@@ -123,6 +126,7 @@ private:
     MediaLibrary* m_library;
     QString m_defaultFolder;
     Padding m_padding = Padding::Refuse;
+    SoundChoice m_soundChoice = SoundChoice::Mapping;
     QPointer<const QAbstractItemModel> m_packageModel;
     std::map<QByteArray, Entry> m_entries;
     /// The deliveries that are in a folder, or were last begun to be written there.

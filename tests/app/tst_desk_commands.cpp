@@ -81,6 +81,20 @@ private slots:
         QVERIFY2(!shown.contains(QLatin1String("A3: ")), qPrintable(shown));
     }
 
+    void whereMappingIsTurnedOffNoneCounts()
+    {
+        done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()});
+        done({"add", "1.1", m_clip});
+        QCOMPARE(done({"set", "1.1.1", "--map", "A1=A1:Mono:fr"}), "");
+        qputenv("TGL_Stratacut_IMFMultipleAudioMix", "off");
+        const int refused = run({"set", "1.1.1", "--map", "A1=A2:Mono"}).exitCode;
+        const QString written = done({"commit", "1"});
+        qunsetenv("TGL_Stratacut_IMFMultipleAudioMix");
+        QCOMPARE(refused, 1);
+        const QString shown = support::desk({"show", written}).output;
+        QVERIFY2(shown.contains(QLatin1String("A1: Stereo, und, PRM\n")), qPrintable(shown));
+    }
+
     void aNewImpOfAWrittenDeliveryIsWrittenAlone()
     {
         done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()});
