@@ -328,6 +328,11 @@ void TranscriptLayout::draw(QPainter* painter, const PaintContext& context)
         return overlaps(selection, firstBlock.position(), lastBlock.position() + lastBlock.length());
     };
     std::copy_if(context.selections.begin(), context.selections.end(), std::back_inserter(selections), isDrawn);
+    // What is searched for shows on what is selected too: the later of two is seen.
+    const QBrush selected = context.palette.highlight();
+    std::stable_partition(selections.begin(), selections.end(), [&selected](const Selection& selection) {
+        return selection.format.background() == selected;
+    });
 
     painter->save();
     painter->setPen(context.palette.color(QPalette::Text));

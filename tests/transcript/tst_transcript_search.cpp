@@ -86,6 +86,21 @@ private slots:
         QCOMPARE(highlighted(shown.text()), onward[0]);
     }
 
+    void theCurrentMatchShowsWhereTheTextIsSelected()
+    {
+        const ShownTranscript shown(threeLines());
+        shown.text().selectAll();
+        type(shown, QStringLiteral("one"));
+        QTest::keyClick(line(shown), Qt::Key_Return);
+        const QImage image = shown.text().grab().toImage();
+        int orange = 0;
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x)
+                orange += image.pixelColor(x, y) == QColor(255, 165, 0);
+        }
+        QVERIFY2(orange > 100, qPrintable(QString::number(orange)));
+    }
+
     void steppingStartsAtTheBoldWord()
     {
         const ShownTranscript shown(threeLines());
