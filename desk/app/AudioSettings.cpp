@@ -5,6 +5,7 @@
 #include "StratacutUI/ImfDict.h"
 #include "desk/app/SoundDefaults.h"
 #include "desk/services/AudioMapping.h"
+#include "desk/services/DefaultMapping.h"
 #include "desk/services/SoundPlan.h"
 
 #include <QCommandLineParser>
@@ -38,6 +39,8 @@ public:
         m_groups = cpl.data(Model::TrackGroupsRole).toJsonArray();
     }
 
+    /// The rows that nobody has chosen go; see defaultMapping().
+    void dropDefault(const services::OutputFormat& format);
     Status setGroup(const QString& option);
     Status setRow(const QString& option);
 
@@ -59,6 +62,13 @@ private:
 Error wrong(const QString& option, const QString& what, const QString& next)
 {
     return {{}, option, {}, what, next};
+}
+
+void Mix::dropDefault(const services::OutputFormat& format)
+{
+    const auto mapping = services::defaultMapping(m_sequence, format, {});
+    if (mapping && (*mapping)[key(ImfDict::AudioMapping)] == QJsonValue(m_rows))
+        m_rows = {};
 }
 
 int Mix::groupCalled(const QString& name) const
@@ -222,7 +232,10 @@ Status applyAudio(IMF_PackageMgrQtModel& model, const QModelIndex& cpl, const se
     Status mapped = checkSoundIsMapped();
     if (!mapped)
         return mapped;
+    auto format = services::OutputFormat::fromJson(Model::CommitSettingsJsonFromIndex(cpl));
     Mix mix(cpl, sequence);
+    if (settings.rows.value(0).startsWith(QLatin1String("A1=")))
+        mix.dropDefault(format);
     for (const QString& group : settings.groups) {
         Status set = mix.setGroup(group);
         if (!set)
@@ -236,7 +249,6 @@ Status applyAudio(IMF_PackageMgrQtModel& model, const QModelIndex& cpl, const se
     auto mapping = services::flatAudioMapping(mix.document(), sequence);
     if (!mapping)
         return mapping.error();
-    auto format = services::OutputFormat::fromJson(Model::CommitSettingsJsonFromIndex(cpl));
     format.mapping = *mapping;
     auto plans = services::planSound(sequence, format);
     if (!plans)
