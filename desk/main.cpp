@@ -37,6 +37,7 @@ const Command commands[] = {
     {"transcript", "CLIP", "show, write or read the transcript of a clip or a timeline", transcriptOptions,
      runTranscript},
     {"speakers", "[list | rename NUMBER NAME]", "show who speaks, or name a speaker", itemOptions, runSpeakers},
+    {"recogniser", "", "show what recognises speech, or choose it", recogniserOptions, runRecogniser},
     {"walk", "MEDIA --to FOLDER", "use the window by itself, from the first start to a written delivery", walkOptions,
      runWalk},
     {"show", "FOLDER", "show what a delivery holds", showOptions, runShow},

@@ -57,6 +57,8 @@ QList<QCommandLineOption> transcribeOptions();
 int runTranscribe(const QCommandLineParser& parser, const QStringList& clips);
 QList<QCommandLineOption> transcriptOptions();
 int runTranscript(const QCommandLineParser& parser, const QStringList& clips);
+QList<QCommandLineOption> recogniserOptions();
+int runRecogniser(const QCommandLineParser& parser, const QStringList& arguments);
 /// Its options are those of items.
 int runSpeakers(const QCommandLineParser& parser, const QStringList& arguments);
 

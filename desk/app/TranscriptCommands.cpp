@@ -278,6 +278,38 @@ int runTranscript(const QCommandLineParser& parser, const QStringList& clips)
                                    ItemSession::Keeping::Nothing);
 }
 
+QList<QCommandLineOption> recogniserOptions()
+{
+    return {profileOption(),
+            {"program", "The command-line program of whisper.cpp; with an empty one PocketSphinx is used.", "FILE"},
+            {"model", "Its model.", "FILE"},
+            {"language", "Two letters, or auto.", "LANGUAGE"}};
+}
+
+int runRecogniser(const QCommandLineParser& parser, const QStringList&)
+{
+    const auto work = [&](ItemSession& session) -> Status {
+        const QString file = session.host().profile().transcriptSettingsFile();
+        auto settings = services::TranscriptSettings::load(file);
+        const std::pair<const char*, QString*> choices[] = {{"program", &settings.recogniser.whisperProgram},
+                                                            {"model", &settings.recogniser.whisperModel},
+                                                            {"language", &settings.recogniser.whisperLanguage}};
+        bool isChosen = false;
+        for (const auto& [option, text] : choices) {
+            if (!parser.isSet(QLatin1String(option)))
+                continue;
+            *text = parser.value(QLatin1String(option));
+            isChosen = true;
+        }
+        const auto name = services::recogniserName(settings.recogniser);
+        if (!name)
+            return name.error();
+        console::out(*name);
+        return isChosen ? settings.save(file) : Status();
+    };
+    return ItemSession(parser).run(work, ItemSession::Keeping::Nothing);
+}
+
 int runSpeakers(const QCommandLineParser& parser, const QStringList& arguments)
 {
     const QString action = arguments.value(0, QStringLiteral("list"));

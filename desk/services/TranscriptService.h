@@ -63,7 +63,8 @@ public:
 
     const TranscriptSettings& settings() const { return m_settings; }
 
-    /// Keeps them. What is being recognised begins anew where the recogniser changes.
+    /// Keeps them. Where the recogniser changes, waits for the utterance at work, and what is being recognised begins
+    /// anew.
     Status change(const TranscriptSettings& settings);
 
 Q_SIGNALS:

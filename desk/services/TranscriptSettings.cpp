@@ -34,6 +34,20 @@ const FlagKey flagKeys[] = {{"showSpeaker", &STT_Visibilities::speaker},
                             {"showNotTranscribed", &STT_Visibilities::notTranscribed}};
 } // namespace
 
+Result<QString> recogniserName(const speech::RecogniserSettings& settings)
+{
+    if (settings.whisperProgram.isEmpty() != settings.whisperModel.isEmpty())
+        return Error{{},
+                     {},
+                     {},
+                     QStringLiteral("whisper.cpp needs its program and a model"),
+                     QStringLiteral("name both or neither")};
+    const auto made = speech::makeRecogniser(settings);
+    if (!made)
+        return made.error();
+    return (*made)->name();
+}
+
 TranscriptSettings TranscriptSettings::load(const QString& file)
 {
     TranscriptSettings settings;

@@ -7,6 +7,10 @@
 namespace desk::services
 {
 
+/// The name of the recogniser that settings ask for. Fails where a file is not there, or only one of whisper.cpp's
+/// program and model is named.
+Result<QString> recogniserName(const speech::RecogniserSettings& settings);
+
 /// How transcripts are made and shown, kept as a JSON file of the profile. A value.
 struct TranscriptSettings {
     speech::RecogniserSettings recogniser;

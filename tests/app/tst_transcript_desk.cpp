@@ -158,7 +158,9 @@ private slots:
             "/usr/share/pocketsphinx/test/data/librivox/sense_and_sensibility_01_austen_64kb-0870.wav";
         QVERIFY(QFile::exists(speech));
         QVERIFY(m_maker.ffmpeg(QStringLiteral("-i %1 -c:a pcm_s16le @said.wav").arg(speech)));
-        auto answer = run({"transcript", m_maker.path("said.wav")});
+        auto answer = run({"recogniser", "--program", m_maker.path("none"), "--model", m_maker.path("said.wav")});
+        QVERIFY2(answer.exitCode == 1 && answer.errors.contains("none: the speech"), qPrintable(answer.errors));
+        answer = run({"transcript", m_maker.path("said.wav")});
         QCOMPARE(answer.exitCode, 1);
         QVERIFY2(answer.errors.contains("said.wav: it has no transcript"), qPrintable(answer.errors));
         answer = run({"transcribe", "said"});

@@ -58,6 +58,7 @@ const DeskWindow::ActionRow DeskWindow::actionRows[] = {
     {"", "clearMarks", "&Clear Marks", "", &DeskWindow::clearMarks},
     {"&Transcript", "transcribe", "&Transcribe Selected Clip", "Ctrl+T", &DeskWindow::transcribeSelected},
     {"", "importTranscript", "&Import a Transcript of Selected Clip...", "", &DeskWindow::importTranscript},
+    {"", "recogniser", "Recogni&ser...", "", &DeskWindow::chooseRecogniser},
     {nullptr, "switchTranscript", "Source or &Record Monitor", "Ctrl+Shift+T", &DeskWindow::switchTranscriptMonitor},
     {"&View", "focusBin", "&Bin", "Ctrl+1", &DeskWindow::focusBin},
     {"", "focusPackages", "&Packages", "Ctrl+2", &DeskWindow::focusPackages},

@@ -11,6 +11,7 @@
 #include "desk/app/window/BinPane.h"
 #include "desk/app/window/JobPane.h"
 #include "desk/app/window/MediaLoader.h"
+#include "desk/app/window/RecogniserDialog.h"
 #include "desk/services/MediaEngine.h"
 
 #include <QApplication>
@@ -206,6 +207,21 @@ bool DeskWindow::mayLoseDeliveries()
         return true;
     const QString text = unkeptText(items) + QStringLiteral("\n\nQuit and let go of what is not kept?");
     return ask(this, text, {{"Quit", QMessageBox::DestructiveRole}, {"Do Not Quit", QMessageBox::RejectRole}}) == 0;
+}
+
+void DeskWindow::chooseRecogniser()
+{
+    services::TranscriptService& service = m_host->transcripts();
+    auto* dialog = new RecogniserDialog(service.settings().recogniser, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::accepted, this, [this, dialog, &service] {
+        services::TranscriptSettings settings = service.settings();
+        settings.recogniser = dialog->settings();
+        const Status kept = service.change(settings);
+        if (!kept)
+            statusBar()->showMessage(kept.error().sentence());
+    });
+    dialog->open();
 }
 
 void DeskWindow::about()

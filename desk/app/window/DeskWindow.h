@@ -119,6 +119,7 @@ private:
     void switchTranscriptMonitor();
     void transcribeSelected();
     void importTranscript();
+    void chooseRecogniser();
     void loadSelectedSequence();
     void togglePlayback();
     void clearMarks();
