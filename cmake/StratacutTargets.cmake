@@ -61,10 +61,14 @@ function(stratacut_test name)
   if("soak" IN_LIST T_LABELS)
     list(REMOVE_ITEM T_LABELS soak)
     add_test(NAME ${name}_soak COMMAND ${name} CONFIGURATIONS Soak)
-    set_tests_properties(${name}_soak PROPERTIES TIMEOUT 14400 LABELS soak
-                                                 ENVIRONMENT "${STRATACUT_TEST_ENV};STRATACUT_SOAK=1")
+    set_tests_properties(
+      ${name}_soak PROPERTIES TIMEOUT 14400 LABELS soak
+                              ENVIRONMENT "${STRATACUT_TEST_ENV};QTEST_FUNCTION_TIMEOUT=14400000;STRATACUT_SOAK=1")
   endif()
-  set_tests_properties(${name} PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}" ENVIRONMENT "${environment}")
+  # Qt Test ends a function after five minutes of its own accord; the time limit here is the only one.
+  set_tests_properties(
+    ${name} PROPERTIES TIMEOUT ${T_TIMEOUT} LABELS "${T_LABELS}"
+                       ENVIRONMENT "${environment};QTEST_FUNCTION_TIMEOUT=${T_TIMEOUT}000")
 endfunction()
 
 find_program(STRATACUT_XVFB_RUN xvfb-run DOC "Runs a program on an X server of its own")
