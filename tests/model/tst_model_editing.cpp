@@ -30,12 +30,6 @@ QJsonArray groups()
 {
     return {QJsonObject{{"Name", "G"}, {"Include Master Fader", false}, {"Tracks", QJsonArray{"A1"}}}};
 }
-
-QJsonObject mix()
-{
-    const QJsonObject entry{{"MixMode", "Direct"}, {"TargetTrack", "A1"}, {"SourceTracksGroups", "A1"}};
-    return {{"AudioMapping", QJsonArray{entry}}, {"Groups", groups()}, {"AllActiveTracks", QJsonArray{"A1"}}};
-}
 } // namespace
 
 /// What can be written into the item model, and what it announces.
@@ -52,33 +46,21 @@ private slots:
         const QVector<int> moved{258, 257};
         const QVector<int> retitled{260, Qt::DisplayRole};
         row("rename deliverable", 0, 0, 2, QVariant("New"), true, 0, renamed);
-        row("rename IMP", 1, 0, 2, QVariant("New"), true, 0, renamed);
         row("rename CPL", 2, 0, 2, QVariant("New"), true, 0, renamed);
         row("same name", 0, 0, 2, QVariant("Film"), false, -1, QVector<int>());
         row("empty name", 1, 0, 2, QVariant(""), false, -1, QVector<int>());
-        row("name in column 1", 1, 1, 2, QVariant("New"), false, -1, QVector<int>());
         row("path", 0, 0, 258, QVariant("/new"), true, 0, moved);
-        row("same path", 0, 0, 258, QVariant("/out/Film"), false, -1, QVector<int>());
-        row("no text", 0, 0, 258, QVariant(QJsonObject()), false, -1, QVector<int>());
         row("path of an IMP", 1, 0, 258, QVariant("/new"), false, -1, QVector<int>());
         row("annotation", 0, 0, 260, pair("Annotation", "x"), true, 1, QVector<int>{260});
         row("unknown key", 0, 0, 260, pair("No such", "x"), true, -1, QVector<int>());
-        row("text without key", 0, 0, 260, QVariant("x"), true, -1, QVector<int>());
         row("parameter", 2, 0, 260, pair("Compression", "Reversible"), true, 1, QVector<int>{260});
         row("issuer", 1, 0, 267, pair("Issuer", "x"), true, 1, QVector<int>{267});
-        row("issuer as text", 2, 0, 267, QVariant("x"), true, 1, QVector<int>{267});
         row("same issuer", 2, 0, 267, QVariant(""), true, -1, QVector<int>());
-        row("creator", 0, 0, 268, QVariant("x"), true, 1, QVector<int>{268});
         row("creator from column 1", 0, 1, 268, QVariant("x"), true, 1, QVector<int>{268});
-        row("mix", 2, 0, 281, QVariant(mix()), true, -1, QVector<int>());
-        row("mix of an IMP", 1, 0, 281, QVariant(mix()), true, -1, QVector<int>());
         row("title", 2, 0, 284, pair("ContentTitle", "x"), true, 1, retitled);
-        row("title as text", 2, 0, 284, QVariant("x"), true, 1, retitled);
         row("same title", 2, 0, 284, QVariant("Sequence m1"), true, -1, QVector<int>());
         row("title of an IMP", 1, 0, 284, QVariant("x"), true, -1, QVector<int>());
         row("groups", 2, 0, 287, QVariant(groups()), true, 0, QVector<int>{287});
-        row("groups of an IMP", 1, 0, 287, QVariant(groups()), true, 0, QVector<int>{287});
-        row("other role", 0, 0, 400, QVariant("x"), true, -1, QVector<int>());
     }
 
     void writingAnnouncesWhatChanged()
@@ -97,80 +79,36 @@ private slots:
         QCOMPARE(changed[0][2].value<QVector<int>>(), roles);
     }
 
-    void aCommittedCplRefusesSilently()
-    {
-        ModelFixture f;
-        const QModelIndex delivery =
-            f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I", {documents::cpl("C")})}));
-        const QModelIndex cpl = f.model->index(0, 0, f.model->index(0, 0, delivery));
-        const QJsonObject before = Model::MetadataJsonFromIndex(cpl);
-        QSignalSpy changed(f.model.get(), &Model::dataChanged);
-        for (const int role : {260, 267, 268, 284}) {
-            for (const char* key : {"ContentTitle", "ContentKind", "Issuer", "Resolution", "Name"})
-                QVERIFY(f.model->setData(cpl, pair(key, "x"), role));
-        }
-        QVERIFY(f.model->setData(cpl, mix(), Model::MultiMixRole));
-        QCOMPARE(Model::MetadataJsonFromIndex(cpl), before);
-        QVERIFY(changed.isEmpty());
-    }
-
     void aDeliverableIsRenamedByTheHostFirst()
     {
         Tree tree;
         tree.f.bridge.takeCalls();
+        QVERIFY(tree.f.model->setData(tree.imp, "Local"));
+        QVERIFY(tree.f.bridge.takeCalls().isEmpty());
         QVERIFY(tree.f.model->setData(tree.delivery, "New"));
         QCOMPARE(tree.f.bridge.takeCalls(), QStringList{"renameItem(Film#1, New)"});
         QCOMPARE(Model::ComponentIDFromIndex(tree.delivery), QByteArray("New#2"));
-        QVERIFY(tree.f.model->setData(tree.imp, "Local"));
-        QVERIFY(tree.f.bridge.takeCalls().isEmpty());
-    }
-
-    void aRenameWithoutANewIdentifierKeepsTheFormer()
-    {
-        Tree tree;
         tree.f.bridge.keepsIdentifiers = true;
-        QVERIFY(tree.f.model->setData(tree.delivery, "New"));
-        QCOMPARE(tree.delivery.data().toString(), QString("New"));
-        QCOMPARE(Model::ComponentIDFromIndex(tree.delivery), QByteArray("Film#1"));
-    }
-
-    void aRefusedRenameLeavesNameAndIdentifier()
-    {
-        Tree tree;
+        QVERIFY(tree.f.model->setData(tree.delivery, "Newer"));
+        QCOMPARE(tree.delivery.data().toString(), QString("Newer"));
         tree.f.bridge.fail("renameItem", 1, "Not so.");
-        QSignalSpy changed(tree.f.model.get(), &Model::dataChanged);
-        support::ModalAnswer answer(QMessageBox::Ok);
-        QVERIFY(!tree.f.model->setData(tree.delivery, "New"));
-        QCOMPARE(answer.text, QString("Not so."));
-        QCOMPARE(tree.delivery.data().toString(), QString("Film"));
-        QCOMPARE(Model::ComponentIDFromIndex(tree.delivery), QByteArray("Film#1"));
-        QVERIFY(changed.isEmpty());
-    }
-
-    void aRenameTakesTheTrackGroupsOfTheSubtreeAlong_data()
-    {
-        const support::Rows<int, int, QVariant> row;
-        row("deliverable", 0, int(Qt::EditRole), QVariant("New"));
-        row("IMP", 1, int(Qt::EditRole), QVariant("New"));
-        row("IMP, by its document", 1, int(Model::MetadataRole), pair("Name", "New"));
+        const support::ModalAnswer answer(QMessageBox::Ok);
+        QVERIFY(!tree.f.model->setData(tree.delivery, "Newest"));
+        QCOMPARE(tree.delivery.data().toString(), QString("Newer"));
+        QCOMPARE(Model::ComponentIDFromIndex(tree.delivery), QByteArray("New#2"));
     }
 
     void aRenameTakesTheTrackGroupsOfTheSubtreeAlong()
     {
-        const auto [kind, role, value] = support::fetched<int, int, QVariant>();
         Tree tree;
         const QByteArray former = Model::ComponentIDFromIndex(tree.cpl);
         tree.f.model->setData(tree.cpl, groups(), Model::TrackGroupsRole);
-        QVERIFY(tree.f.model->setData(tree.at(kind), value, role));
-        QVERIFY(Model::ComponentIDFromIndex(tree.cpl) != former);
+        QVERIFY(tree.f.model->setData(tree.imp, pair("Name", "New"), Model::MetadataRole));
         QCOMPARE(tree.cpl.data(Model::TrackGroupsRole).toJsonArray(), groups());
         // Whoever gets the former name finds nothing under it.
-        if (kind == 1) {
-            const QModelIndex imp = tree.f.newImp(tree.delivery);
-            const QModelIndex cpl = tree.f.newCpl(imp, "m1");
-            QCOMPARE(Model::ComponentIDFromIndex(cpl), former);
-            QCOMPARE(cpl.data(Model::TrackGroupsRole).toJsonArray(), QJsonArray());
-        }
+        const QModelIndex cpl = tree.f.newCpl(tree.f.newImp(tree.delivery), "m1");
+        QCOMPARE(Model::ComponentIDFromIndex(cpl), former);
+        QCOMPARE(cpl.data(Model::TrackGroupsRole).toJsonArray(), QJsonArray());
     }
 
     void namesakesShareTheirTrackGroupsUntilTheLastGoes()
@@ -185,55 +123,19 @@ private slots:
         QCOMPARE(tree.f.newCpl(tree.imp, "m1").data(Model::TrackGroupsRole).toJsonArray(), QJsonArray());
     }
 
-    void newImpsGetNamesOfTheirOwnAndAreToldToTheHost()
-    {
-        ModelFixture f;
-        const QModelIndex delivery = f.newDelivery("Film");
-        QSignalSpy created(f.model.get(), &Model::notifyNewIMPCreated);
-        f.bridge.takeCalls();
-        const QModelIndex first = f.newImp(delivery);
-        const QModelIndex second = f.newImp(delivery);
-        QCOMPARE(first.data().toString(), QString("Untitled IMP"));
-        QVERIFY(second.data().toString() != first.data().toString());
-        QCOMPARE(created[1][0].toByteArray(), Model::ComponentIDFromIndex(second));
-        QCOMPARE(f.bridge.takeCalls().constFirst(), QString("createIMP(Film#1/Untitled IMP)"));
-    }
-
     void aNewCplCarriesItsSequence()
     {
         ModelFixture f;
         f.engine.addSequence("m1", "Reel");
         const QModelIndex imp = f.newImp(f.newDelivery("Film"));
         QSignalSpy created(f.model.get(), &Model::notifyNewCPLCreated);
-        QSignalSpy inserted(f.model.get(), &Model::rowsInserted);
-        f.bridge.takeCalls();
-        f.engine.takeCalls();
         f.model->createCPLFromMobs({"m1"}, imp);
         const QJsonObject document = Model::MetadataJsonFromIndex(f.model->index(0, 0, imp));
         QCOMPARE(document["CPLProjectName"].toString(), QString("Project"));
         QCOMPARE(document["CPLBin"].toString(), QString("Bin"));
-        QCOMPARE(document["CPLFPSValue"].toString(), QString("25"));
         QCOMPARE(document["DescriptiveMetadata"].toObject()["Creator"].toString(), QString("Test 1.0"));
-        QCOMPARE(created[0][0].toByteArray(), QByteArray("Film#1/Untitled IMP/Reel"));
-        QCOMPARE(created[0][1].toByteArray(), QByteArray("token:m1"));
-        QCOMPARE(inserted.size(), 1);
-        QCOMPARE(f.bridge.takeCalls(), QStringList{"createCPL(Film#1/Untitled IMP/Reel, token:m1)"});
-    }
-
-    void sequencesOnADeliverableGoIntoANewImp()
-    {
-        ModelFixture f;
-        f.engine.addSequence("m1", "One");
-        f.engine.addSequence("m2", "Two");
-        const QModelIndex delivery = f.newDelivery("Film");
-        f.model->createCPLFromMobs({"m1", "m2"}, delivery);
-        QCOMPARE(f.model->rowCount(delivery), 1);
-        const QModelIndex imp = f.model->index(0, 0, delivery);
-        QCOMPARE(f.model->rowCount(imp), 2);
-        QCOMPARE(f.model->index(1, 0, imp).data().toString(), QString("Two"));
-        f.model->createCPLFromMobs({}, delivery);
-        f.model->createCPLFromMobs({"m1"}, f.model->index(0, 0, imp));
-        QCOMPARE(f.model->rowCount(delivery), 1);
+        QCOMPARE(created[0], (QVariantList{QByteArray("Film#1/Untitled IMP/Reel"), QByteArray("token:m1")}));
+        QCOMPARE(f.bridge.takeCalls().constLast(), QString("createCPL(Film#1/Untitled IMP/Reel, token:m1)"));
     }
 
     void aVanishedSequenceMakesItsCplsInvalid()
@@ -256,20 +158,10 @@ private slots:
     {
         Tree tree;
         QSignalSpy changed(tree.f.model.get(), &Model::dataChanged);
-        const QModelIndex imp = tree.f.newImp(tree.delivery);
-        QCOMPARE(changed.size(), 1);
-        QCOMPARE(changed[0][0].toModelIndex(), tree.delivery.siblingAtColumn(1));
-        QVERIFY(imp.isValid());
+        tree.f.newImp(tree.delivery);
+        QCOMPARE(changed.takeFirst()[0].toModelIndex(), tree.delivery.siblingAtColumn(1));
         tree.f.newDelivery("Other");
-        QCOMPARE(changed.size(), 1);
-    }
-
-    void removingNothingIsRefused()
-    {
-        ModelFixture f;
-        QVERIFY(!f.model->removeIndex({}));
-        QVERIFY(!f.model->replace({}, IMF_Node::Create()).isValid());
-        QVERIFY(!f.model->setData({}, "x"));
+        QVERIFY(changed.isEmpty());
     }
 };
 

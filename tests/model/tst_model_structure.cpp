@@ -1,52 +1,60 @@
 #include "ModelFixture.h"
 
 #include "StratacutUI/IMF_Node.h"
+#include "StratacutUI/IMF_PackageDeliveryReader.h"
 #include "ViewDeckQt/NineSlice.h"
-#include "support/FakeTargetFormatBuilder.h"
 #include "support/TestMain.h"
 
-#include <QEvent>
-#include <QPalette>
+#include <QItemSelectionModel>
 #include <QPixmap>
+#include <QSortFilterProxyModel>
+#include <QTreeView>
 
 using Model = IMF_PackageMgrQtModel;
 
-/// What the item model answers.
+namespace
+{
+/// Three deliverables, the second of which has two IMPs with a CPL each.
+struct Shelf {
+    Shelf()
+    {
+        const QJsonArray imps{documents::imp("I1", {documents::cpl("C1")}),
+                              documents::imp("I2", {documents::cpl("C2")})};
+        f.load("/a", "a", documents::delivery("A", "/a", {documents::imp("Ia")}));
+        f.load("/b", "b", documents::delivery("B", "/b", imps));
+        f.load("/c", "c", documents::delivery("C", "/c", {documents::imp("Ic")}));
+    }
+
+    QModelIndex row(int number) { return f.model->index(number, 0); }
+
+    /// Puts a deliverable "New" with three IMPs in the place of the second.
+    void replaceSecond()
+    {
+        const QJsonArray imps{documents::imp("I1"), documents::imp("I2"), documents::imp("I3")};
+        const auto fresh =
+            IMF_PackageDeliveryReader::getDeliveryNodeFromJson(documents::delivery("New", "/b", imps), "b");
+        f.withoutTester([&] { f.model->replace(row(1), fresh); });
+    }
+
+    ModelFixture f;
+};
+} // namespace
+
+/// What the item model answers, and how it swaps rows.
 class TestModelStructure : public QObject
 {
     Q_OBJECT
 
-    static QImage imageOf(const QVariant& decoration) { return decoration.value<QPixmap>().toImage(); }
-
-    static QImage statusImage(int id)
-    {
-        return NineSlice::GetImage("iconsV2", NineSlice::GetResourceIDString(id)).toImage();
-    }
-
 private slots:
 
-    void onlyTheFirstColumnHasRows()
+    void anInvalidIndexIsNothing()
     {
         ModelFixture f;
-        const QModelIndex delivery = f.newDelivery("Film");
-        const QModelIndex cpl = f.newCpl(f.newImp(delivery), "m1");
-        QCOMPARE(f.model->rowCount(delivery), 1);
-        QCOMPARE(f.model->rowCount(delivery.siblingAtColumn(1)), 0);
-        QCOMPARE(f.model->columnCount(cpl), 2);
-        QVERIFY(!f.model->index(0, 2, delivery).isValid());
-        QVERIFY(!delivery.parent().isValid());
-        QCOMPARE(cpl.siblingAtColumn(1).parent(), f.model->index(0, 0, delivery));
-    }
-
-    void headersNameTheTwoColumnsInEveryOrientation()
-    {
-        ModelFixture f;
-        for (const Qt::Orientation orientation : {Qt::Horizontal, Qt::Vertical}) {
-            QCOMPARE(f.model->headerData(0, orientation).toString(), QString("Name"));
-            QCOMPARE(f.model->headerData(1, orientation).toString(), QString("Status"));
-            QVERIFY(!f.model->headerData(2, orientation).isValid());
-            QVERIFY(!f.model->headerData(-1, orientation).isValid());
-        }
+        QCOMPARE(Model::ComponentIDFromIndex({}), QByteArray());
+        QCOMPARE(Model::CommitSettingsJsonFromIndex({}), QJsonObject());
+        QVERIFY(IMF_Controller::itemInfo({}).metadataJson.isEmpty());
+        QVERIFY(!f.model->removeIndex({}) && !f.model->setData({}, "x"));
+        QVERIFY(!f.model->replace({}, IMF_Node::Create()).isValid());
     }
 
     void eachKindAllowsWhatItCan()
@@ -59,59 +67,6 @@ private slots:
         QCOMPARE(f.model->flags(delivery), base | Qt::ItemIsEditable | Qt::ItemIsDropEnabled);
         QCOMPARE(f.model->flags(imp), base | Qt::ItemIsDropEnabled);
         QCOMPARE(f.model->flags(f.newCpl(imp, "m1")), base | Qt::ItemIsDragEnabled);
-    }
-
-    void anItemAnswersEveryRole()
-    {
-        ModelFixture f;
-        f.engine.addSequence("m1", "Reel");
-        const QModelIndex delivery = f.newDelivery("Film", IMF_PackageMgr::Supplemental);
-        const QModelIndex imp = f.newImp(delivery);
-        const QModelIndex cpl = f.newCpl(imp, "m1");
-
-        struct Row {
-            int role;
-            QVariant delivery;
-            QVariant imp;
-            QVariant cpl;
-        };
-
-        const QByteArray id = "Film#1";
-        const Row rows[] = {{Qt::DisplayRole, "Film", "Untitled IMP", "Reel"},
-                            {Qt::EditRole, "Film", "Untitled IMP", "Reel"},
-                            {257, id, id + "/Untitled IMP", id + "/Untitled IMP/Reel"},
-                            {258, "/out/Film", "", ""},
-                            {259, "Film", "Untitled IMP", "Reel"},
-                            {262, 1, 1, 1},
-                            {263, 0, 1, 2},
-                            {264, 2, 2, 2},
-                            {265, true, true, true},
-                            {266, true, true, false},
-                            {267, "", "", ""},
-                            {268, "Test 1.0", "Test 1.0", "Test 1.0"},
-                            {284, {}, {}, "Reel"},
-                            {287, {}, {}, QJsonArray()},
-                            {300, {}, {}, {}}};
-        for (const Row& row : rows) {
-            const QVariantList answers{delivery.data(row.role), imp.data(row.role), cpl.data(row.role)};
-            QVERIFY2(answers == QVariantList({row.delivery, row.imp, row.cpl}),
-                     qPrintable(QString("role %1: %2").arg(row.role).arg(answers[2].toString())));
-        }
-        for (const int role : {261, 281, 286})
-            QVERIFY(!delivery.data(role).isValid());
-        QCOMPARE(cpl.siblingAtColumn(1).data(Model::NameRole), cpl.data(Model::NameRole));
-    }
-
-    void anInvalidIndexReadsAsNothing()
-    {
-        QCOMPARE(Model::ComponentIDFromIndex({}), QByteArray());
-        QCOMPARE(Model::MetadataJsonFromIndex({}), QJsonObject());
-        QCOMPARE(Model::CommitSettingsJsonFromIndex({}), QJsonObject());
-        QCOMPARE(int(Model::StatusFromIndex({})), 0);
-        QCOMPARE(int(Model::NodeTypeFromIndex({})), 0);
-        QCOMPARE(int(Model::VersionFromIndex({})), 0);
-        const IMFO_ItemInfo info = IMF_Controller::itemInfo({});
-        QVERIFY(info.componentId.isEmpty() && info.metadataJson.isEmpty() && info.commitSettingsJson.isEmpty());
     }
 
     void aPathIsTheFolderThatTheCommitCreates()
@@ -132,78 +87,22 @@ private slots:
         ModelFixture f;
         const QModelIndex fresh = f.newDelivery("Film");
         const QModelIndex committed = f.load("/d", "d", documents::delivery("D", "/d"));
-        QVERIFY(!fresh.siblingAtColumn(1).data().isValid());
-        QCOMPARE(imageOf(fresh.siblingAtColumn(1).data(Qt::DecorationRole)), statusImage(4));
-        QCOMPARE(imageOf(committed.siblingAtColumn(1).data(Qt::DecorationRole)), statusImage(3));
-        QVERIFY(statusImage(3) != statusImage(4));
-    }
-
-    void iconsFollowKindStateAndPalette()
-    {
-        ModelFixture f;
-        const QModelIndex delivery = f.newDelivery("Film");
-        const QModelIndex imp = f.newImp(delivery);
-        const auto image = [](const QModelIndex& index, QIcon::Mode mode, QIcon::State state) {
-            return index.data(Qt::DecorationRole).value<QIcon>().pixmap(16, mode, state).toImage();
-        };
-        QVERIFY(image(delivery, QIcon::Normal, QIcon::On) != image(delivery, QIcon::Normal, QIcon::Off));
-        QVERIFY(image(delivery, QIcon::Normal, QIcon::On) != image(delivery, QIcon::Selected, QIcon::On));
-        QCOMPARE(image(imp, QIcon::Normal, QIcon::On), image(imp, QIcon::Normal, QIcon::Off));
-        const QImage before = image(imp, QIcon::Selected, QIcon::On);
-        const QPalette former = QGuiApplication::palette();
-        QPalette palette = former;
-        palette.setColor(QPalette::Active, QPalette::HighlightedText, Qt::magenta);
-        QGuiApplication::setPalette(palette);
-        QEvent change(QEvent::PaletteChange);
-        QCoreApplication::sendEvent(f.model.get(), &change);
-        const QImage after = image(imp, QIcon::Selected, QIcon::On);
-        QGuiApplication::setPalette(former);
-        QVERIFY(before != after);
+        for (const auto& [item, id] : {qMakePair(fresh, 4), qMakePair(committed, 3)}) {
+            const QPixmap expected = NineSlice::GetImage("iconsV2", NineSlice::GetResourceIDString(id));
+            const QVariant shown = item.siblingAtColumn(1).data(Qt::DecorationRole);
+            QCOMPARE(shown.value<QPixmap>().toImage(), expected.toImage());
+        }
     }
 
     void onlyUncommittedDeliverablesAndImpsAreBurnable()
     {
         ModelFixture f;
-        const QModelIndex committed =
-            f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I", {documents::cpl("C")})}));
+        const QModelIndex committed = f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I")}));
         const QModelIndex added = f.newImp(committed);
-        const QModelIndex cpl = f.newCpl(added, "m1");
-        QCOMPARE(f.model->IsBurnable(committed), QVariant(false));
-        QCOMPARE(f.model->IsBurnable(f.model->index(0, 0, committed)), QVariant(false));
-        QCOMPARE(f.model->IsBurnable(added), QVariant(true));
-        QCOMPARE(f.model->IsBurnable(cpl), QVariant(false));
-        QCOMPARE(f.model->IsBurnable({}), QVariant(false));
+        for (const QModelIndex& index : {committed, f.model->index(0, 0, committed), added, f.newCpl(added, "m1")})
+            QCOMPARE(f.model->IsBurnable(index), QVariant(index == added));
         QCOMPARE(f.model->getUnBurnedIndexes({}), QModelIndexList{committed});
         QCOMPARE(f.model->getUnBurnedIndexes(committed), QModelIndexList{added});
-    }
-
-    void anAmbiguousFolderMeansTheRowJustAppendedThenTheCommittedOne()
-    {
-        ModelFixture f;
-        const QModelIndex first = f.newDelivery("First");
-        const QModelIndex second = f.newDelivery("Second");
-        QCOMPARE(f.model->getDeliveryModelIndex("/out"), second);
-        QVERIFY(!f.model->getCommittedDeliveryModelIndex("/out").isValid());
-        f.newImp(second);
-        QCOMPARE(f.model->getDeliveryModelIndex("/out"), first);
-        boost::get<IMF_Deliverable>(f.model->FromIndex(second)->value()).setStatus(IMF_PackageMgr::Committed);
-        QCOMPARE(f.model->getDeliveryModelIndex("/out"), second);
-        QVERIFY(!f.model->getDeliveryModelIndex("/elsewhere").isValid());
-    }
-
-    void anAmbiguousNameMeansTheRowJustAppendedThenTheFirst()
-    {
-        ModelFixture f;
-        const QModelIndex imp = f.newImp(f.newDelivery("Film"));
-        f.engine.addSequence("m1", "Same");
-        const QModelIndex first = f.newCpl(imp, "m1");
-        const QModelIndex second = f.newCpl(imp, "m1");
-        QCOMPARE(f.model->getCPLModelIndex(imp, "Same"), second);
-        f.newCpl(imp, "other");
-        QCOMPARE(f.model->getCPLModelIndex(imp, "Same"), first);
-        QCOMPARE(f.model->mobToIndex("m1"), first);
-        QVERIFY(!f.model->getIMPModelIndex(imp, "Same").isValid());
-        QVERIFY(!f.model->mobToIndex("unknown").isValid());
     }
 
     void theTrackDataModelIsSharedBySequenceAndFilledOnce()
@@ -229,17 +128,75 @@ private slots:
         QVERIFY(!shared);
     }
 
-    void aForgottenTrackDataModelIsGoneFromItsCpls()
+    void persistentIndexesOfOtherRowsStayAndThoseBelowEnd()
     {
-        ModelFixture f;
-        const QModelIndex cpl = f.newCpl(f.newImp(f.newDelivery("Film")), "m1");
-        f.model->unregisterTrackDataModel("m1");
-        QVERIFY(!cpl.data(Model::AudioGroupingRole).value<QAbstractItemModel*>());
-        f.model->addTrackModel(Model::ComponentIDFromIndex(cpl), "m1");
-        QVERIFY(cpl.data(Model::AudioGroupingRole).value<QAbstractItemModel*>());
-        f.model->addTrackModel(QByteArray("nobody"), "m3");
-        f.model->addTrackModel(cpl.parent(), "m3");
-        QCOMPARE(f.engine.calls.count("createTrackDataModel()"), 2);
+        Shelf shelf;
+        Model& model = *shelf.f.model;
+
+        struct Kept {
+            QPersistentModelIndex index;
+            QString name;
+        };
+
+        QVector<Kept> kept;
+        for (const QModelIndex& index : {shelf.row(0), shelf.row(2), model.index(0, 0, shelf.row(2))})
+            kept << Kept{index, index.data().toString()} << Kept{index.siblingAtColumn(1), index.data().toString()};
+        const QPersistentModelIndex status = shelf.row(1).siblingAtColumn(1);
+        const QPersistentModelIndex imp = model.index(1, 0, shelf.row(1));
+        const QPersistentModelIndex cpl = model.index(0, 1, imp);
+        shelf.replaceSecond();
+        for (const Kept& entry : qAsConst(kept))
+            QCOMPARE(entry.index.sibling(entry.index.row(), 0).data().toString(), entry.name);
+        QCOMPARE(QModelIndex(status), shelf.row(1).siblingAtColumn(1));
+        QVERIFY(!imp.isValid() && !cpl.isValid());
+        model.removeIndex(shelf.row(0));
+        QCOMPARE(QModelIndex(status), shelf.row(0).siblingAtColumn(1));
+    }
+
+    void viewsAndProxiesShowTheNewTree()
+    {
+        Shelf shelf;
+        QSortFilterProxyModel proxy;
+        proxy.setSourceModel(shelf.f.model.get());
+        proxy.sort(0, Qt::DescendingOrder);
+        QTreeView view;
+        view.setModel(shelf.f.model.get());
+        QTreeView proxied;
+        proxied.setModel(&proxy);
+        view.expandAll();
+        proxied.expandAll();
+        view.show();
+        proxied.show();
+        view.setCurrentIndex(shelf.row(1));
+        QItemSelectionModel& selection = *view.selectionModel();
+        selection.select(QItemSelection(shelf.row(1), shelf.row(2).siblingAtColumn(1)),
+                         QItemSelectionModel::ClearAndSelect);
+        shelf.replaceSecond();
+        QCoreApplication::processEvents();
+        QCOMPARE(view.currentIndex(), shelf.row(1));
+        QCOMPARE(selection.selectedRows(), QModelIndexList({shelf.row(1), shelf.row(2)}));
+        QVERIFY(view.isExpanded(shelf.row(1)));
+        QVERIFY(view.visualRect(shelf.f.model->index(2, 0, shelf.row(1))).isValid());
+        QCOMPARE(proxy.index(0, 0).data().toString(), QString("New"));
+        QCOMPARE(proxy.rowCount(proxy.index(0, 0)), 3);
+        QCOMPARE(proxy.index(0, 0, proxy.index(0, 0)).data().toString(), QString("I3"));
+        shelf.f.model->removeIndex(shelf.row(1));
+        QCoreApplication::processEvents();
+        QCOMPARE(proxy.rowCount(), 2);
+    }
+
+    void anImpCanBeReplacedInPlace()
+    {
+        Shelf shelf;
+        const QPersistentModelIndex second = shelf.f.model->index(1, 0, shelf.row(1));
+        const QPersistentModelIndex first = shelf.f.model->index(0, 0, shelf.row(1));
+        const std::shared_ptr<IMF_Node> parent = shelf.f.model->FromIndex(shelf.row(1));
+        shelf.f.withoutTester([&] {
+            shelf.f.model->replace(first, IMF_PackageDeliveryReader::impFromJson(documents::imp("New"), parent));
+        });
+        QCOMPARE(first.data().toString(), QString("New"));
+        QCOMPARE(second.data().toString(), QString("I2"));
+        QCOMPARE(Model::ComponentIDFromIndex(first), QByteArray("b/New"));
     }
 };
 
