@@ -74,7 +74,6 @@ bool ModalAnswer::record(QWidget& dialog)
             defaultButton = box->standardButton(button);
     }
     parentWidget = box->parentWidget();
-    windowFlags = box->windowFlags();
     margins = box->contentsMargins();
     m_button = box->button(m_choice);
     return true;
@@ -86,7 +85,6 @@ bool FolderAnswer::record(QWidget& dialog)
     if (!chooser)
         return false;
     openedIn = chooser->directory().absolutePath();
-    options = chooser->options();
     if (auto* name = chooser->findChild<QLineEdit*>(QStringLiteral("fileNameEdit")))
         name->setText(m_folder);
     const auto choice = m_folder.isEmpty() ? QDialogButtonBox::Cancel : QDialogButtonBox::Open;

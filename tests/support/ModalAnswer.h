@@ -48,7 +48,6 @@ public:
     QMessageBox::StandardButtons buttons;
     QMessageBox::StandardButton defaultButton = QMessageBox::NoButton;
     QWidget* parentWidget = nullptr;
-    Qt::WindowFlags windowFlags;
     QMargins margins;
 
 protected:
@@ -66,7 +65,6 @@ public:
 
     /// The folder that the dialog opened in.
     QString openedIn;
-    QFileDialog::Options options;
 
 protected:
     bool record(QWidget& dialog) override;

@@ -124,35 +124,10 @@ bool RecordingTranscriptInfo::storedFont(QFont& stored)
     return font.has_value();
 }
 
-void RecordingTranscriptInfo::prepareTranscript()
-{
-    wasAsked("prepareTranscript");
-}
-
-void RecordingTranscriptInfo::goToMarkIn()
-{
-    wasAsked("goToMarkIn");
-}
-
-void RecordingTranscriptInfo::goToMarkOut()
-{
-    wasAsked("goToMarkOut");
-}
-
 void RecordingTranscriptInfo::moveMonitor(NvUnit_t frame)
 {
     shown().position = frame;
     wasAsked("moveMonitor", {QString::number(frame)});
-}
-
-void RecordingTranscriptInfo::togglePlayback()
-{
-    wasAsked("togglePlayback");
-}
-
-void RecordingTranscriptInfo::stopPlayback()
-{
-    wasAsked("stopPlayback");
 }
 
 void RecordingTranscriptInfo::setMarkIn(NvUnit_t frame)
@@ -227,35 +202,10 @@ void RecordingTranscriptInfo::storeNotTranscribedVisibility(bool visible)
     wasAsked("storeNotTranscribedVisibility", {support::shown(visible)});
 }
 
-void RecordingTranscriptInfo::exportSubcaptions()
-{
-    wasAsked("exportSubcaptions");
-}
-
-void RecordingTranscriptInfo::createSubcaptions()
-{
-    wasAsked("createSubcaptions");
-}
-
-void RecordingTranscriptInfo::exportTranscript()
-{
-    wasAsked("exportTranscript");
-}
-
-void RecordingTranscriptInfo::createScriptFromClip()
-{
-    wasAsked("createScriptFromClip");
-}
-
 void RecordingTranscriptInfo::showMonitor(bool record)
 {
     recordShown = record;
     wasAsked("showMonitor", {record ? QStringLiteral("record") : QStringLiteral("source")});
-}
-
-void RecordingTranscriptInfo::refreshTranscript()
-{
-    wasAsked("refreshTranscript");
 }
 
 } // namespace support

@@ -85,12 +85,18 @@ public:
 
     int countOfRemainingClips() override { return int(shown().missing.size()); }
 
-    void prepareTranscript() override;
-    void goToMarkIn() override;
-    void goToMarkOut() override;
+    void prepareTranscript() override { wasAsked("prepareTranscript"); }
+
+    void goToMarkIn() override { wasAsked("goToMarkIn"); }
+
+    void goToMarkOut() override { wasAsked("goToMarkOut"); }
+
     void moveMonitor(NvUnit_t frame) override;
-    void togglePlayback() override;
-    void stopPlayback() override;
+
+    void togglePlayback() override { wasAsked("togglePlayback"); }
+
+    void stopPlayback() override { wasAsked("stopPlayback"); }
+
     void setMarkIn(NvUnit_t frame) override;
     void setMarks(NvUnit_t in, NvUnit_t out) override;
     void correctSpeaker(int segment, const STT_SpeakerInfo& speaker) override;
@@ -101,12 +107,18 @@ public:
     void storeSpeakerVisibility(bool visible) override;
     void storeTimecodeVisibility(bool visible) override;
     void storeNotTranscribedVisibility(bool visible) override;
-    void exportSubcaptions() override;
-    void createSubcaptions() override;
-    void exportTranscript() override;
-    void createScriptFromClip() override;
+
+    void exportSubcaptions() override { wasAsked("exportSubcaptions"); }
+
+    void createSubcaptions() override { wasAsked("createSubcaptions"); }
+
+    void exportTranscript() override { wasAsked("exportTranscript"); }
+
+    void createScriptFromClip() override { wasAsked("createScriptFromClip"); }
+
     void showMonitor(bool record) override;
-    void refreshTranscript() override;
+
+    void refreshTranscript() override { wasAsked("refreshTranscript"); }
 
     void reserved1() override {}
 
