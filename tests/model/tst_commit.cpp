@@ -102,6 +102,9 @@ private slots:
         QSignalSpy completed(&film.f.controller(), &IMF_Controller::commitCompleted);
         QSignalSpy changed(film.f.model.get(), &Model::dataChanged);
         film.commit(film.delivery);
+        const QByteArray cplId = Model::ComponentIDFromIndex(film.cpl);
+        QVERIFY(film.f.bridge.appliedSettings[cplId].contains("\"Compression\":\"JPEG 2000\""));
+        QVERIFY(film.f.bridge.appliedMetadata[cplId].contains("\"ContentTitle\":\"Sequence m1\""));
         QVERIFY(completed.isEmpty());
         film.finish();
         QCOMPARE(completed.size(), 1);
@@ -241,6 +244,17 @@ private slots:
         done({});
         QCoreApplication::processEvents();
         QCOMPARE(completed.size(), 1);
+    }
+
+    void theReaderChecksTheNumberOfChildren()
+    {
+        Film film;
+        support::Assertions assertions;
+        const QJsonObject document = documents::delivery("Film", "/x", {documents::imp("Untitled IMP")});
+        IMF_PackageDeliveryReader::updateDeliveryNodeFromJson(film.f.model.get(), film.delivery, document);
+        QCOMPARE(assertions.take(), QStringList({"IMF_PackageDeliveryReader: imps.count() == model->rowCount(index)",
+                                                 "IMF_PackageDeliveryReader: cpls.size() == impNode->childCount()"}));
+        QVERIFY(isCommitted(film.imp) && !isCommitted(film.secondImp) && !isCommitted(film.cpl));
     }
 };
 

@@ -114,15 +114,20 @@ private slots:
         QVERIFY(looksLike(answer, QMessageBox::Critical, "Gone."));
     }
 
-    void aFailedRefreshLeavesTheRow()
+    void anItemIsRefreshedWithItsDeliverable()
     {
         ModelFixture f;
         const QModelIndex delivery = f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I")}));
         f.bridge.fail("readDelivery", 1, "Unreadable.");
-        ModalAnswer answer(QMessageBox::Ok);
-        QVERIFY(!f.controller().onRefreshIMFItem(delivery).isValid());
+        const ModalAnswer answer(QMessageBox::Ok);
+        QVERIFY(!f.controller().onRefreshIMFItem(f.model->index(0, 0, delivery)).isValid());
         QVERIFY(looksLike(answer, QMessageBox::Critical, "Unreadable."));
-        QCOMPARE(f.model->rowCount(f.model->index(0, 0)), 1);
+        QCOMPARE(f.model->rowCount(delivery), 1);
+        f.bridge.succeed();
+        f.putOnDisk("/d", "d", documents::delivery("Renamed", "/d"));
+        f.withoutTester([&] { f.controller().onRefreshIMFItem(f.model->index(0, 0, delivery)); });
+        QCOMPARE(f.model->index(0, 0).data().toString(), QString("Renamed"));
+        QVERIFY(!f.controller().onRefreshIMFItem({}).isValid());
     }
 
     void removing_data()
@@ -241,6 +246,17 @@ private slots:
         const QStringList calls = f.bridge.takeCalls();
         QCOMPARE(calls.mid(calls.size() - 3),
                  QStringList({read.arg("/d"), read.arg(wrong.path()), read.arg(right.path())}));
+    }
+
+    void aLostFolderIsReportedAndTheOthersAreLoadedOnce()
+    {
+        ModelFixture f;
+        f.putOnDisk("/b", "b", documents::delivery("B", "/b"));
+        (*f.settings)["VISITED_IMF_SETTINGS_KEY"] = QJsonArray{"/gone", "/b", "/b"};
+        const ModalAnswer gone(QMessageBox::Ok);
+        f.restart();
+        QVERIFY(looksLike(gone, QMessageBox::Critical, "No deliverable in /gone."));
+        QCOMPARE(f.model->rowCount(), 1);
     }
 
     void aModelWithoutAHostHasNoController()

@@ -130,12 +130,15 @@ private slots:
         const QModelIndex imp = f.newImp(f.newDelivery("Film"));
         QSignalSpy created(f.model.get(), &Model::notifyNewCPLCreated);
         f.model->createCPLFromMobs({"m1"}, imp);
-        const QJsonObject document = Model::MetadataJsonFromIndex(f.model->index(0, 0, imp));
+        const QModelIndex cpl = f.model->index(0, 0, imp);
+        const QJsonObject document = Model::MetadataJsonFromIndex(cpl);
         QCOMPARE(document["CPLProjectName"].toString(), QString("Project"));
         QCOMPARE(document["CPLBin"].toString(), QString("Bin"));
         QCOMPARE(document["DescriptiveMetadata"].toObject()["Creator"].toString(), QString("Test 1.0"));
         QCOMPARE(created[0], (QVariantList{QByteArray("Film#1/Untitled IMP/Reel"), QByteArray("token:m1")}));
         QCOMPARE(f.bridge.takeCalls().constLast(), QString("createCPL(Film#1/Untitled IMP/Reel, token:m1)"));
+        QVERIFY(f.model->setData(cpl, "A title", Model::ContentTitleRole));
+        QCOMPARE(cpl.data(Model::ContentTitleRole).toString(), QString("A title"));
     }
 
     void aVanishedSequenceMakesItsCplsInvalid()
