@@ -55,18 +55,6 @@ class TestNode : public QObject
 
 private slots:
 
-    void aRemovedSubtreeDiesUnlessSomeoneHoldsIt()
-    {
-        const NodePtr root = IMF_Node::Create();
-        NodePtr delivery = appended(root);
-        const std::weak_ptr<IMF_Node> imp = appended(delivery);
-        root->replace(0, IMF_Node::Create());
-        QVERIFY(!imp.expired());
-        delivery.reset();
-        QVERIFY(imp.expired());
-        QCOMPARE(root->getChild(0)->getParent(), root);
-    }
-
     void positionsAgreeWithAPlainSearchAfterRandomChanges()
     {
         const quint32 seed = QRandomGenerator::global()->generate();
