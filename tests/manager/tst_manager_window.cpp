@@ -1,5 +1,6 @@
 #include "manager/ManagerFixture.h"
 #include "support/ModalAnswer.h"
+#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include "StratacutUI/IMF_View.h"
@@ -46,8 +47,6 @@ private slots:
         auto* view = f.window->findChild<IMF_View*>("m_imfView");
         const auto* hint = view->findChild<QTextEdit*>();
         QVERIFY(hint->isVisible());
-        QCOMPARE(hint->toPlainText(), QString("Click Explore to link to an existing IMF\n\n"
-                                              "Create a new deliverable by clicking New IMF"));
         const QModelIndex delivery = f.newDelivery("Film");
         QVERIFY(f.tree().isVisible());
         f.controller().onRemoveIMFItem(delivery);
@@ -63,7 +62,7 @@ private slots:
         const QModelIndex fresh = f.newDelivery("New");
         const QModelIndex cpl = f.newCpl(f.newImp(fresh), "m");
         const QModelIndex committed = f.load("/d", "d", film());
-        for (const QModelIndex& index : {fresh, cpl.parent(), cpl, committed}) {
+        for (const QModelIndex& index : {cpl.parent(), cpl, committed, fresh}) {
             f.click(index);
             QCOMPARE(f.button("m_burn").isEnabled(), index == fresh);
         }
@@ -108,9 +107,7 @@ private slots:
         f.click(f.newDelivery("Film"));
         QVERIFY(f.param<PWTextInput>("id_name"));
         QTest::mouseClick(f.tree().viewport(), Qt::LeftButton, {}, f.tree().viewport()->rect().bottomLeft());
-        QVERIFY(f.tree().selectionModel()->selection().isEmpty());
-        QVERIFY(!f.tree().currentIndex().isValid());
-        QVERIFY(!f.param<PWTextInput>("id_name"));
+        QVERIFY(!f.tree().currentIndex().isValid() && !f.param<PWTextInput>("id_name"));
         QVERIFY(!f.button("m_burn").isEnabled());
     }
 
@@ -169,18 +166,17 @@ private slots:
 
     void aDropIsShownAndSelected_data()
     {
-        QTest::addColumn<int>("depth"); // How much there is: nothing, a deliverable, an IMP in it.
-        QTest::addColumn<bool>("onNothing");
-        QTest::newRow("on the hint") << 0 << true;
-        QTest::newRow("on a deliverable") << 1 << false;
-        QTest::newRow("on an IMP") << 2 << false;
-        QTest::newRow("below the rows") << 2 << true;
+        // How much there is: nothing, a deliverable, an IMP in it.
+        const support::Rows<int, bool> row;
+        row("on the hint", 0, true);
+        row("on a deliverable", 1, false);
+        row("on an IMP", 2, false);
+        row("below the rows", 2, true);
     }
 
     void aDropIsShownAndSelected()
     {
-        QFETCH(int, depth);
-        QFETCH(bool, onNothing);
+        const auto [depth, onNothing] = support::fetched<int, bool>();
         ManagerFixture f;
         f.engine.addSequence("a", "A");
         QModelIndex index;
