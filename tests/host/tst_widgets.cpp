@@ -178,27 +178,24 @@ private slots:
         PWTextInput* input = window.add(makeInput(&window));
         PWTextInput* next = window.add(makeInput(&window));
         input->setReporting(PWTextInput::Reporting::EndOfEdit);
-        input->setValue(QStringLiteral("a"));
         QSignalSpy reports(input, &AbstractParamWidget::valueChanged);
         QVERIFY(window.open());
         auto* edit = fieldOf<QLineEdit>(input);
         edit->setFocus();
-        QTest::keyClick(edit, Qt::Key_End);
-        QTest::keyClicks(edit, QStringLiteral("bc"));
+        QTest::keyClicks(edit, QStringLiteral("abc"));
         QVERIFY(reports.isEmpty());
         QTest::keyClick(edit, Qt::Key_Return);
-        QCOMPARE(reports.size(), 1);
-        QCOMPARE(reports.last().first().toString(), QStringLiteral("abc"));
+        QCOMPARE(reports.takeFirst().first().toString(), QStringLiteral("abc"));
         QTest::keyClicks(edit, QStringLiteral("d"));
         QTest::keyClick(edit, Qt::Key_Escape);
         QCOMPARE(edit->text(), QStringLiteral("abc"));
         QTest::keyClicks(edit, QStringLiteral("e"));
         QTest::mouseClick(next->focusProxy(), Qt::LeftButton);
-        QCOMPARE(reports.size(), 2);
+        QCOMPARE(reports.size(), 1);
         QCOMPARE(reports.last().first().toString(), QStringLiteral("abce"));
     }
 
-    void aPathIsReportedWhenItIsComplete()
+    void aFolderIsReportedWhenItIsCompleteOrDropped()
     {
         Window window;
         auto* folder = window.add(new PWSetDirectory(&window, QStringLiteral("folder")));
@@ -207,38 +204,27 @@ private slots:
         QVERIFY(window.open());
         auto* edit = fieldOf<QLineEdit>(folder);
         auto* button = fieldOf<StyledButton>(folder);
+        const auto drop = [edit](const QString& path) {
+            QMimeData data;
+            data.setUrls({QUrl::fromLocalFile(path)});
+            QDragEnterEvent enter(QPoint(4, 4), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(edit, &enter);
+            QDropEvent event(QPointF(4, 4), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+            QCoreApplication::sendEvent(edit, &event);
+        };
         QTest::keyClicks(edit, QStringLiteral("/deliveries"));
         QVERIFY(reports.isEmpty());
         QTest::keyClick(edit, Qt::Key_Return);
         QCOMPARE(reports.size(), 1);
+        drop(QDir::tempPath());
+        QCOMPARE(folder->getValue().toString(), QDir::tempPath());
+        QCOMPARE(reports.size(), 2);
         QTest::mouseClick(button, Qt::LeftButton);
-        QTest::keyClick(button, Qt::Key_Space);
-        QCOMPARE(clicks.size(), 2);
+        QCOMPARE(clicks.size(), 1);
         folder->setReadOnly(true);
+        drop(QDir::rootPath());
+        QCOMPARE(folder->getValue().toString(), QDir::tempPath());
         QVERIFY(!button->isVisible());
-        QCOMPARE(reports.size(), 1);
-    }
-
-    void aDroppedFolderIsReported()
-    {
-        Window window;
-        auto* folder = window.add(new PWSetDirectory(&window, QStringLiteral("folder")));
-        QSignalSpy reports(folder, &AbstractParamWidget::valueChanged);
-        QVERIFY(window.open());
-        const auto drop = [folder](const QUrl& url) {
-            QMimeData data;
-            data.setUrls({url});
-            QDragEnterEvent enter(QPoint(4, 4), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-            QCoreApplication::sendEvent(fieldOf<QLineEdit>(folder), &enter);
-            QDropEvent event(QPointF(4, 4), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-            QCoreApplication::sendEvent(fieldOf<QLineEdit>(folder), &event);
-        };
-        drop(QUrl::fromLocalFile(QDir::tempPath()));
-        QCOMPARE(folder->getValue().toString(), QDir::tempPath());
-        QCOMPARE(reports.size(), 1);
-        folder->setReadOnly(true);
-        drop(QUrl::fromLocalFile(QDir::rootPath()));
-        QCOMPARE(folder->getValue().toString(), QDir::tempPath());
     }
 
     void keysChooseEntriesAndPassDividingLines()
@@ -250,21 +236,13 @@ private slots:
                 [choice](const QVariant& value) { choice->setItems(choices(), choices().indexOf(value.toString())); });
         QSignalSpy reports(choice, &AbstractParamWidget::valueChanged);
         QVERIFY(window.open());
-        QWidget* box = choice->focusProxy();
-        QCOMPARE(choice->getValue().toString(), QStringLiteral("Alpha"));
-        const QVector<QPair<Qt::Key, QString>> steps{
-            {Qt::Key_Down, QStringLiteral("Beta")}, {Qt::Key_Down, QStringLiteral("Gamma")},
-            {Qt::Key_Up, QStringLiteral("Beta")},   {Qt::Key_Home, QStringLiteral("Alpha")},
-            {Qt::Key_G, QStringLiteral("Gamma")},
-        };
-        for (const auto& step : steps) {
-            QTest::keyClick(box, step.first);
-            QCOMPARE(choice->getValue().toString(), step.second);
-            QCOMPARE(reports.takeFirst().at(0).toString(), step.second);
-            QVERIFY(reports.isEmpty());
+        QStringList chosen;
+        for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_Home, Qt::Key_G}) {
+            QTest::keyClick(choice->focusProxy(), key);
+            chosen += choice->getValue().toString();
         }
-        QTest::keyClick(box, Qt::Key_Down);
-        QVERIFY(reports.isEmpty());
+        QCOMPARE(chosen, QStringList({"Beta", "Gamma", "Gamma", "Beta", "Alpha", "Gamma"}));
+        QCOMPARE(reports.size(), 5);
     }
 
     void aClickOnADividingLineChoosesNothing()
@@ -274,23 +252,18 @@ private slots:
         QSignalSpy reports(choice, &AbstractParamWidget::valueChanged);
         QVERIFY(window.open());
         auto* box = fieldOf<QComboBox>(choice);
-        QTest::mouseClick(box, Qt::LeftButton);
         QAbstractItemView* list = box->view();
-        QVERIFY(QTest::qWaitForWindowExposed(list->window()));
-        const auto clickOn = [list](int row) {
+        for (const int row : {1, 2}) {
+            box->showPopup();
+            QVERIFY(QTest::qWaitForWindowExposed(list->window()));
             const QPoint at = list->visualRect(list->model()->index(row, 0)).center();
             QTest::mouseMove(list->viewport(), at);
             // Qt takes a release soon after the opening for the end of the click that opened the list.
             QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::NoModifier, at,
                               QApplication::doubleClickInterval() + 1);
-        };
-        clickOn(1);
-        QVERIFY(reports.isEmpty());
-        QCOMPARE(choice->getValue().toString(), QStringLiteral("Alpha"));
-        QTRY_VERIFY(!list->isVisible());
-        box->showPopup();
-        clickOn(2);
-        QTRY_COMPARE(reports.size(), 1);
+            QTRY_VERIFY(!list->isVisible());
+            QCOMPARE(reports.size(), row - 1);
+        }
         QCOMPARE(choice->getValue().toString(), QStringLiteral("Beta"));
     }
 
@@ -317,21 +290,12 @@ private slots:
         choice->setValue(QStringLiteral("Of old"));
         QCOMPARE(choice->getValue().toString(), QStringLiteral("Of old"));
         QCOMPARE(choice->items(), choices() + QStringList{QStringLiteral("Of old")});
-        choice->setValue(QStringLiteral("Older"));
         choice->setValue(QStringLiteral("Gamma"));
         QCOMPARE(choice->items(), choices());
-        QCOMPARE(choice->currentIndex(), 4);
-    }
-
-    void anIndexBesideTheEntriesChoosesNothing()
-    {
-        Window window;
-        PWDiscrete* choice = window.add(makeDiscrete(&window));
+        // An index beside the entries chooses nothing.
         for (const int index : {-1, 1, 3, 5}) {
             choice->setItems(choices(), 2);
-            QCOMPARE(choice->getValue().toString(), QStringLiteral("Beta"));
             choice->setItems(choices(), index);
-            QCOMPARE(choice->currentIndex(), -1);
             QCOMPARE(choice->getValue().toString(), QString());
         }
     }
