@@ -8,6 +8,6 @@ stratacut_test(tst_imf_verify SOURCES package/tst_imf_verify.cpp LINKS imf_packa
 add_executable(imf_committer package/committer.cpp)
 target_link_libraries(imf_committer PRIVATE imf_packagesupport)
 set_target_properties(imf_committer PROPERTIES ENABLE_EXPORTS ON)
-stratacut_test(tst_imf_crash SOURCES package/tst_imf_crash.cpp LINKS imf_packagesupport LABELS soak)
+stratacut_test(tst_imf_crash SOURCES package/tst_imf_crash.cpp LINKS imf_packagesupport)
 target_compile_definitions(tst_imf_crash PRIVATE COMMITTER="$<TARGET_FILE:imf_committer>")
 add_dependencies(tst_imf_crash imf_committer)

@@ -57,15 +57,11 @@ private slots:
         row("1080p24", hd({24, 1}), 150.0, 0x0412, QByteArray("03010205"));
         row("1080p24, 200 is still level 1", hd({24, 1}), 200.0, 0x0412, QByteArray("03010205"));
         row("1080p24, 201 needs level 4", hd({24, 1}), 201.0, 0x0424, QByteArray("0301020a"));
-        row("1080p30", hd({30, 1}), 150.0, 0x0412, QByteArray("03010205"));
         row("1080p50", hd({50, 1}), 150.0, 0x0414, QByteArray("03010209"));
         row("1080p59.94", hd({60000, 1001}), 400.0, 0x0424, QByteArray("0301020a"));
         row("1080p24 reversible", hd({24, 1}), 0.0, 0x0702, QByteArray("03010504"));
-        row("1080p60 reversible", hd({60, 1}), 0.0, 0x0704, QByteArray("03010508"));
-        row("2K 48 wide", format(2048, 1080, Sampling::YCbCr422, 10, {25, 1}), 150.0, 0x0412, QByteArray("03010205"));
         row("2K RGB", format(2048, 1080, Sampling::Rgb444, 12, {24, 1}), 150.0, 0x0413, QByteArray("03010207"));
         row("UHD", uhd({24, 1}), 400.0, 0x0525, QByteArray("0301030d"));
-        row("UHD p50", uhd({50, 1}), 800.0, 0x0536, QByteArray("03010312"));
         row("UHD reversible", uhd({50, 1}), 0.0, 0x0806, QByteArray("0301060f"));
     }
 
@@ -89,7 +85,6 @@ private slots:
         row("4:4:4 at 24", format(1920, 1080, Sampling::YCbCr444, 10, film), 150.0, "24/1 frames");
         row("size", format(4096, 2160, Sampling::YCbCr422, 10, film), 150.0, "4096x2160 is larger");
         row("tall and narrow", format(2048, 1600, Sampling::YCbCr422, 10, film), 150.0, "too high for the 2K");
-        row("tiny", format(16, 16, Sampling::YCbCr422, 10, film), 150.0, "too small");
         row("bit rate", format(1920, 1080, Sampling::YCbCr422, 10, film), 1601.0, "no level");
         row("no bit rate", format(1920, 1080, Sampling::YCbCr422, 10, film), 0.5, "below 1 Mbit");
         PictureFormat unknown = format(1920, 1080, Sampling::YCbCr422, 10, film);
@@ -158,17 +153,19 @@ private slots:
     void damagedCodestreamsAreRefused()
     {
         const PictureFormat picture = tinytracks::format();
-        const QByteArray good =
-            *encodeFrame(tinytracks::picture(picture, 0), picture, *chooseProfile(picture, {Mode::Reversible, 0}));
+        const J2kProfile profile = *chooseProfile(picture, {Mode::Reversible, 0});
+        const QByteArray good = *encodeFrame(tinytracks::picture(picture, 0), picture, profile);
         QByteArray huge = good;
         huge[8] = char(0x7f);
-        QVERIFY(decodeFrame(huge).error().what.contains(QStringLiteral("size")));
-        QVERIFY(decodeFrame(good.left(good.size() / 2)).error().what.contains(QStringLiteral("cut")));
-        QVERIFY(decodeFrame(good.left(30)).error().what.contains(QStringLiteral("main header")));
-        QVERIFY(decodeFrame({}).error().what.contains(QStringLiteral("does not start")));
+        const QVector<QPair<QByteArray, QString>> damages{{huge, "size"},
+                                                          {good.left(good.size() / 2), "cut"},
+                                                          {good.left(30), "main header"},
+                                                          {{}, "does not start"}};
+        for (const auto& [codestream, complaint] : damages)
+            QVERIFY(decodeFrame(codestream).error().what.contains(complaint));
         Picture narrow = tinytracks::picture(picture, 0);
         narrow.planes[1].pop_back();
-        QVERIFY(!encodeFrame(narrow, picture, *chooseProfile(picture, {Mode::Reversible, 0})));
+        QVERIFY(!encodeFrame(narrow, picture, profile));
     }
 
     void thePoolKeepsTheOrder()

@@ -91,14 +91,8 @@ void damagePartitions(const Rows& row)
 {
     row(
         "empty", false, [](QByteArray& f) { f.clear(); }, "(offset 0): it is no MXF file; choose an MXF track file.");
-    row(
-        "other kind of file", false, [](QByteArray& f) { f = QByteArray(5000, 'x'); },
-        "(offset 0): it is no MXF file; choose an MXF track file.");
-    row("cut in a frame", false, cut(keys::j2kFrame, 1, 500), "bytes reaches beyond its place; copy the file again.");
     row("cut before the footer", false, cut(keys::footerPartition, 0, 0),
         "the file is cut: its footer is missing; copy the file again.");
-    row("cut in a key", false, cut(keys::j2kFrame, 2, 9),
-        "the file is cut inside an item's key and length; copy the file again.");
     row("partition pack moved", false, patched(keys::bodyPartition, 0, 20 + 15, "\x01"),
         "the partition pack is damaged; copy the file again.");
     row("random index points elsewhere", false, patched(keys::randomIndex, 0, 20 + 12 + 11, QByteArray(1, '\x7')),

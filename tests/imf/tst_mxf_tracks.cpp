@@ -21,14 +21,6 @@ using namespace desk::imf;
 namespace
 {
 
-QByteArray planesAsBytes(const Picture& picture)
-{
-    QByteArray bytes;
-    for (const auto& plane : picture.planes)
-        bytes.append(reinterpret_cast<const char*>(plane.data()), int(plane.size() * 2));
-    return bytes;
-}
-
 QByteArray sha1(const QString& path)
 {
     return QCryptographicHash::hash(support::fileBytes(path), QCryptographicHash::Sha1);
@@ -71,58 +63,6 @@ class TestMxfTracks : public QObject
 
 private slots:
 
-    void everyRateCountsAndDecodesExactly_data()
-    {
-        const support::Rows<int, int> row;
-        for (const Rational rate : {Rational(24000, 1001), Rational(24, 1), Rational(25, 1), Rational(30000, 1001),
-                                    Rational(30, 1), Rational(50, 1), Rational(60000, 1001), Rational(60, 1)})
-            row(qPrintable(QString::asprintf("%d/%d", int(rate.num), int(rate.den))), int(rate.num), int(rate.den));
-    }
-
-    void everyRateCountsAndDecodesExactly()
-    {
-        const auto [num, den] = support::fetched<int, int>();
-        const QString file = path("rate.mxf");
-        QFile::remove(file);
-        const auto info =
-            support::valueOf(tinytracks::writePicture(file, 3, {J2kSettings::Mode::Reversible, 0}, {num, den}));
-        QCOMPARE(info.sha1, sha1(file));
-
-        QByteArray expected;
-        for (int n = 0; n < 3; ++n)
-            expected += planesAsBytes(tinytracks::picture(tinytracks::format({num, den}), n));
-        auto track = support::valueOf(readTrackFile(file));
-        QCOMPARE(track.facts().id, info.id);
-        QVERIFY(track.facts().editRate == Rational(num, den));
-        QByteArray ours;
-        for (int n = 0; n < 3; ++n)
-            ours += planesAsBytes(*decodeFrame(*track.readFrame(n)));
-        QVERIFY(ours == expected);
-
-        if (!programs::exists(QStringLiteral("ffmpeg")))
-            QSKIP("ffmpeg is not installed");
-        const QByteArray probed = programs::run(
-            QStringLiteral("ffprobe"), {"-v", "warning", "-count_frames", "-show_entries",
-                                        "stream=r_frame_rate,nb_read_frames", "-of", "compact=p=0:nk=1", file});
-        QCOMPARE(probed.trimmed(), QByteArray::number(num) + '/' + QByteArray::number(den) + "|3");
-        const QByteArray theirs = programs::run(
-            QStringLiteral("ffmpeg"), {"-v", "warning", "-i", file, "-f", "rawvideo", "-pix_fmt", "yuv422p10le", "-"});
-        QVERIFY2(theirs == expected, theirs.left(200).constData());
-    }
-
-    void lossyPicturesKeepWithinTheirRate()
-    {
-        const QString file = path("lossy.mxf");
-        QVERIFY(tinytracks::writePicture(file, 3, {J2kSettings::Mode::Lossy, 1.5}));
-        auto track = support::valueOf(readTrackFile(file));
-        QCOMPARE(int(track.facts().j2k.coding), int(J2kFacts::Coding::Lossy));
-        QCOMPARE(track.facts().j2k.rsiz, quint16(0x0411));
-        for (int n = 0; n < 3; ++n) {
-            const QByteArray codestream = *track.readFrame(n);
-            QVERIFY(codestream.size() > 5000 && codestream.size() <= 7812);
-        }
-    }
-
     void everySoundfieldComesBackToTheSample_data()
     {
         const support::Rows<QString> row;
@@ -155,15 +95,6 @@ private slots:
         QVERIFY(*track.readSamples(0, count) == expected);
         QVERIFY(*track.readSamples(count - 1, 1) == tinytracks::samples(read.channels.size(), count - 1, 1));
         QVERIFY(!track.readSamples(count - 1, 2));
-
-        if (!programs::exists(QStringLiteral("ffmpeg")))
-            QSKIP("ffmpeg is not installed");
-        const QByteArray theirs = programs::run(QStringLiteral("ffmpeg"),
-                                                {"-v", "error", "-i", file, "-c:a", "pcm_s32le", "-f", "s32le", "-"});
-        QCOMPARE(theirs.size(), int(expected.size() * 4));
-        const auto* words = reinterpret_cast<const std::int32_t*>(theirs.constData());
-        QVERIFY(std::equal(expected.begin(), expected.end(), words,
-                           [](std::int32_t a, std::int32_t b) { return a == b >> 8; }));
     }
 
     void descriptorsAreTheSameFromWriterAndReader()
@@ -210,6 +141,7 @@ private slots:
         QCOMPARE(info.sha1, sha1(file));
 
         auto track = support::valueOf(readTrackFile(file));
+        QVERIFY(track.facts().editRate == format.frameRate);
         QCOMPARE(track.facts().partitions.size(), partitions);
         for (const Partition& partition : track.facts().partitions)
             QVERIFY(int(partition.headerByteCount != 0) + int(partition.bodySid != 0) + int(partition.indexSid != 0) <=
@@ -230,22 +162,19 @@ private slots:
     {
         const PictureFormat format = speck({24, 1}, Sampling::YCbCr422);
         const auto profile = chooseProfile(format, {J2kSettings::Mode::Reversible, 0});
-        QVector<QByteArray> codestreams;
-        QVector<qint64> sizes;
-        for (int n = 0; n < 1500; ++n) {
-            codestreams.append(n < 8 ? *encodeFrame(tinytracks::picture(format, n), format, *profile)
-                                     : codestreams[n % 8]);
-            sizes.append(codestreams.last().size());
-        }
+        const QByteArray one = *encodeFrame(tinytracks::picture(format, 0), format, *profile);
+        const QByteArray last = *encodeFrame(tinytracks::picture(format, 5), format, *profile);
+        QVector<qint64> sizes(1500, one.size());
+        sizes.last() = last.size();
         auto writer = support::valueOf(
             PictureTrackWriter::create({path("sized.mxf"), {}, sizes.size()}, format, *profile, sizes));
-        for (const QByteArray& codestream : qAsConst(codestreams))
-            QVERIFY(writer->append(codestream));
+        for (int n = 0; n < sizes.size(); ++n)
+            QVERIFY(writer->append(n + 1 < sizes.size() ? one : last));
         const auto info = support::valueOf(writer->finish());
         QCOMPARE(info.sha1, sha1(path("sized.mxf")));
         QCOMPARE(info.size, QFileInfo(path("sized.mxf")).size());
         auto track = support::valueOf(readTrackFile(path("sized.mxf")));
-        QVERIFY(*track.readFrame(1499) == codestreams.last());
+        QVERIFY(*track.readFrame(1499) == last);
     }
 
     void wrongEssenceIsRefused()
@@ -289,11 +218,6 @@ private slots:
                      qPrintable(error.sentence()));
             QCOMPARE(error.where, QStringLiteral("offset 100000"));
         }
-        auto writer = support::valueOf(SoundTrackWriter::create({path("vanishing.mxf"), {}, 1}, tinytracks::sound()));
-        const std::int32_t sample[2] = {1, 2};
-        QVERIFY(writer->append(sample, 1));
-        QVERIFY(QFile::remove(path("vanishing.mxf")));
-        QVERIFY(writer->finish().error().what.contains(QStringLiteral("folder is gone")));
         // A long one is not written to its end in vain.
         const qint64 many = 3000000;
         auto longer =

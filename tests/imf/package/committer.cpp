@@ -68,15 +68,13 @@ STAND_IN int mkdir(const char* path, mode_t mode) noexcept
     return int(::syscall(SYS_mkdirat, AT_FDCWD, path, mode));
 }
 
-/// committer first|second|recover FOLDER TRACKS [CALL]
+/// committer first|second|recover FOLDER TRACKS CALL
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     const QStringList arguments = application.arguments();
     const deliveries::Tracks tracks = deliveries::load(arguments[3]);
-    std::puts("ready");
-    std::fflush(stdout);
-    callsLeft = arguments.size() > 4 ? arguments[4].toLong() : -1;
+    callsLeft = arguments[4].toLong();
     if (arguments[1] == QLatin1String("recover"))
         return desk::imf::recoverFolder(arguments[2]) ? 0 : 1;
     const bool isFirst = arguments[1] == QLatin1String("first");
