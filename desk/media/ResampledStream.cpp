@@ -27,7 +27,7 @@ Status ResampledStream::open()
     return {};
 }
 
-Status ResampledStream::read(qint64 first, qint64 count, Channels& out)
+Status ResampledStream::read(qint64 first, qint64 count, const Planes<std::int32_t>& out)
 {
     if (m_in == m_out)
         return m_stream.read(first, count, out);
@@ -35,7 +35,11 @@ Status ResampledStream::read(qint64 first, qint64 count, Channels& out)
         if (const Status status = restart(first); !status)
             return status;
     }
-    return take(first, count, out);
+    for (qint64 done = 0; done < count; done += soundPortion) {
+        if (const Status status = take(first + done, std::min(soundPortion, count - done), done, out); !status)
+            return status;
+    }
+    return {};
 }
 
 qint64 ResampledStream::held(qint64 first, qint64 count) const
@@ -69,8 +73,11 @@ Status ResampledStream::restart(qint64 first)
 
 Status ResampledStream::refill()
 {
-    Channels in(m_ready.size());
-    if (const Status status = m_stream.read(m_source, soundPortion, in); !status)
+    std::vector<std::vector<float>> in(m_ready.size(), std::vector<float>(soundPortion));
+    Planes<float> planes;
+    for (auto& channel : in)
+        planes.push_back(channel.data());
+    if (const Status status = m_stream.read(m_source, soundPortion, planes); !status)
         return status;
     m_source += soundPortion;
     const int room = swr_get_out_samples(m_resampler.get(), int(soundPortion));
@@ -88,7 +95,7 @@ Status ResampledStream::refill()
     return {};
 }
 
-Status ResampledStream::take(qint64 first, qint64 count, Channels& out)
+Status ResampledStream::take(qint64 first, qint64 count, qint64 at, const Planes<std::int32_t>& out)
 {
     while (m_position + qint64(m_ready[0].size()) < first + count) {
         if (const Status status = refill(); !status)
@@ -97,8 +104,10 @@ Status ResampledStream::take(qint64 first, qint64 count, Channels& out)
     for (std::size_t channel = 0; channel < out.size(); ++channel) {
         std::vector<float>& ready = m_ready[channel];
         const auto from = ready.begin() + std::ptrdiff_t(first - m_position);
-        out[channel].insert(out[channel].end(), from, from + std::ptrdiff_t(count));
-        ready.erase(ready.begin(), from + std::ptrdiff_t(count));
+        const auto to = from + std::ptrdiff_t(count);
+        if (out[channel] != nullptr)
+            std::transform(from, to, out[channel] + at, to24Bit);
+        ready.erase(ready.begin(), to);
     }
     m_position = first + count;
     return {};

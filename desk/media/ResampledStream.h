@@ -6,7 +6,7 @@
 namespace desk::media
 {
 
-/// Samples fetched at a time.
+/// Samples resampled at a time.
 constexpr qint64 soundPortion = 16384;
 
 /// A sound stream at soundRate. Resampling always starts at the same phase, so that a sample does not depend on where
@@ -18,8 +18,8 @@ public:
     ResampledStream(const QString& path, int stream, double zero) : m_stream(path, stream, zero) {}
 
     Status open();
-    /// Appends samples as SoundStream::read() does; `count` is at most soundPortion.
-    Status read(qint64 first, qint64 count, Channels& out);
+    /// As SoundStream has it.
+    Status read(qint64 first, qint64 count, const Planes<std::int32_t>& out);
     /// Samples of the stretch that the file holds, among those read.
     qint64 held(qint64 first, qint64 count) const;
 
@@ -27,7 +27,8 @@ public:
 
 private:
     Status restart(qint64 first);
-    Status take(qint64 first, qint64 count, Channels& out);
+    /// `count` samples from `first` on, at most soundPortion, to place `at` of the planes.
+    Status take(qint64 first, qint64 count, qint64 at, const Planes<std::int32_t>& out);
     Status refill();
 
     SoundStream m_stream;
@@ -37,7 +38,7 @@ private:
     /// Next sample of the stream to go into the resampler, and of the output at the front of m_ready.
     qint64 m_source = 0;
     qint64 m_position = 0;
-    Channels m_ready;
+    std::vector<std::vector<float>> m_ready;
 };
 
 } // namespace desk::media

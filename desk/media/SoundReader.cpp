@@ -5,7 +5,6 @@
 #include "desk/media/ResampledStream.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 
 namespace desk::media
@@ -14,13 +13,13 @@ namespace desk::media
 namespace
 {
 
-std::int32_t to24Bit(float value)
-{
-    // Without a call, which would take longer than reading. A value that is no number is silence.
-    const float known = std::isnan(value) ? 0.0F : value;
-    const float within = std::clamp(known * 8388608.0F, -8388608.0F, 8388607.0F);
-    return std::int32_t(within + std::copysign(0.5F, within));
-}
+/// What is wanted of a block.
+struct Stretch {
+    qint64 first;
+    qint64 count;
+    /// Its place in the block.
+    qint64 at = 0;
+};
 
 /// Tracks of a block that come from one place.
 class SoundSource
@@ -28,8 +27,8 @@ class SoundSource
 public:
     virtual ~SoundSource() = default;
     virtual Status open() = 0;
-    /// Appends to this source's tracks of the block.
-    virtual Status read(qint64 first, qint64 count, SoundBlock& block) = 0;
+    /// Writes this stretch of this source's tracks of the block, which have their length already.
+    virtual Status read(const Stretch& stretch, SoundBlock& block) = 0;
 
     void addTrack(int channel, int place) { m_tracks.emplace_back(channel, place); }
 
@@ -51,31 +50,21 @@ public:
 
     Status open() override { return m_stream.open(); }
 
-    Status read(qint64 first, qint64 count, SoundBlock& block) override;
+    Status read(const Stretch& stretch, SoundBlock& block) override;
 
 private:
     ResampledStream m_stream;
 };
 
-Status FileSound::read(qint64 first, qint64 count, SoundBlock& block)
+Status FileSound::read(const Stretch& stretch, SoundBlock& block)
 {
-    Channels samples(std::size_t(m_stream.channels()));
-    for (qint64 done = 0; done < count; done += soundPortion) {
-        const qint64 now = std::min(soundPortion, count - done);
-        for (auto& channel : samples)
-            channel.clear();
-        if (Status status = m_stream.read(first + done, now, samples); !status)
-            return status;
-        for (const auto& [channel, place] : tracks()) {
-            auto& out = block.tracks[std::size_t(place)];
-            const auto& in = samples[std::size_t(channel)];
-            const std::size_t old = out.size();
-            out.resize(old + in.size());
-            std::transform(in.begin(), in.end(), out.begin() + std::ptrdiff_t(old), to24Bit);
-        }
-    }
+    Planes<std::int32_t> planes(std::size_t(m_stream.channels()), nullptr);
+    for (const auto& [channel, place] : tracks())
+        planes[std::size_t(channel)] = block.tracks[std::size_t(place)].data() + stretch.at;
+    if (Status status = m_stream.read(stretch.first, stretch.count, planes); !status)
+        return status;
     for (const auto& track : tracks())
-        block.padded[std::size_t(track.second)] += count - m_stream.held(first, count);
+        block.padded[std::size_t(track.second)] += stretch.count - m_stream.held(stretch.first, stretch.count);
     return {};
 }
 
@@ -87,26 +76,27 @@ public:
 
     Status open() override { return {}; }
 
-    Status read(qint64 first, qint64 count, SoundBlock& block) override;
+    Status read(const Stretch& stretch, SoundBlock& block) override;
 
 private:
-    Status readCut(const Cut& cut, qint64 first, qint64 count, SoundBlock& block);
-    void beSilent(qint64 count, SoundBlock& block) const;
+    Status readCut(const Cut& cut, const Stretch& stretch, SoundBlock& block);
+    void beSilent(const Stretch& stretch, SoundBlock& block) const;
 
     const Cuts& m_cuts;
     RecentlyUsed<SoundReader> m_readers;
+    SoundBlock m_read;
 };
 
-void TimelineSound::beSilent(qint64 count, SoundBlock& block) const
+void TimelineSound::beSilent(const Stretch& stretch, SoundBlock& block) const
 {
     for (const auto& track : tracks()) {
-        auto& out = block.tracks[std::size_t(track.second)];
-        out.resize(out.size() + std::size_t(count), 0);
-        block.padded[std::size_t(track.second)] += count;
+        const auto out = block.tracks[std::size_t(track.second)].begin() + std::ptrdiff_t(stretch.at);
+        std::fill(out, out + std::ptrdiff_t(stretch.count), 0);
+        block.padded[std::size_t(track.second)] += stretch.count;
     }
 }
 
-Status TimelineSound::readCut(const Cut& cut, qint64 first, qint64 count, SoundBlock& block)
+Status TimelineSound::readCut(const Cut& cut, const Stretch& stretch, SoundBlock& block)
 {
     QVector<int> sounding;
     for (const auto& track : tracks()) {
@@ -116,34 +106,35 @@ Status TimelineSound::readCut(const Cut& cut, qint64 first, qint64 count, SoundB
     const auto reader = m_readers.get(cut.media, [&] { return SoundReader::open(*cut.media, sounding); });
     if (!reader)
         return reader.error();
-    const auto read = (*reader)->read(cut.mediaAt(first), count);
-    if (!read)
-        return read.error();
+    if (Status status = (*reader)->read(cut.mediaAt(stretch.first), stretch.count, m_read); !status)
+        return status;
+    beSilent(stretch, block);
     for (const auto& [channel, place] : tracks()) {
         const int from = sounding.indexOf(channel);
-        auto& out = block.tracks[std::size_t(place)];
-        if (from >= 0)
-            out.insert(out.end(), read->tracks[std::size_t(from)].begin(), read->tracks[std::size_t(from)].end());
-        else
-            out.resize(out.size() + std::size_t(count), 0);
-        block.padded[std::size_t(place)] += from >= 0 ? read->padded[std::size_t(from)] : count;
+        if (from < 0)
+            continue;
+        const auto& read = m_read.tracks[std::size_t(from)];
+        std::copy(read.begin(), read.end(), block.tracks[std::size_t(place)].begin() + std::ptrdiff_t(stretch.at));
+        block.padded[std::size_t(place)] += m_read.padded[std::size_t(from)] - stretch.count;
     }
     return {};
 }
 
-Status TimelineSound::read(qint64 first, qint64 count, SoundBlock& block)
+Status TimelineSound::read(const Stretch& stretch, SoundBlock& block)
 {
-    const qint64 end = first + count;
+    qint64 first = stretch.first;
+    const qint64 end = first + stretch.count;
+    const auto until = [&](qint64 to) { return Stretch{first, to - first, stretch.at + first - stretch.first}; };
     for (auto cut = cutFrom(m_cuts, first); first < end; ++cut) {
         const qint64 gapEnd = cut == m_cuts.end() ? end : std::clamp(cut->start, first, end);
-        beSilent(gapEnd - first, block);
+        beSilent(until(gapEnd), block);
         first = gapEnd;
         if (first == end)
             break;
-        const qint64 now = std::min(end, cut->end()) - first;
-        if (const Status status = readCut(*cut, first, now, block); !status)
+        const qint64 cutEnd = std::min(end, cut->end());
+        if (const Status status = readCut(*cut, until(cutEnd), block); !status)
             return status;
-        first += now;
+        first = cutEnd;
     }
     return {};
 }
@@ -202,23 +193,31 @@ Result<std::unique_ptr<SoundReader>> SoundReader::open(const Sequence& sequence,
 
 Result<SoundBlock> SoundReader::read(qint64 first, qint64 count)
 {
+    SoundBlock block;
+    const Status status = read(first, count, block);
+    return status ? Result<SoundBlock>(std::move(block)) : status.error();
+}
+
+Status SoundReader::read(qint64 first, qint64 count, SoundBlock& block)
+{
     if (first < 0 || count < 0)
         return Error{d->path,
                      QStringLiteral("sound"),
                      {},
                      QStringLiteral("there are no samples before the start"),
                      QStringLiteral("ask for later ones")};
-    SoundBlock block;
     block.tracks.resize(std::size_t(d->tracks));
-    block.padded.resize(std::size_t(d->tracks));
+    for (auto& track : block.tracks)
+        track.resize(std::size_t(count));
+    block.padded.assign(std::size_t(d->tracks), 0);
     for (const auto& source : d->sources) {
-        if (const Status status = source.second->read(first, count, block); !status) {
+        if (const Status status = source.second->read({first, count}, block); !status) {
             Error error = status.error();
             error.file = error.file.isEmpty() ? d->path : error.file;
             return error;
         }
     }
-    return block;
+    return {};
 }
 
 } // namespace desk::media

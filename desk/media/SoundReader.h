@@ -40,6 +40,8 @@ public:
     /// `count` samples from sample `first` (>= 0) on. Going on from where the last call ended is fast. Fails where the
     /// sound cannot be decoded; the end of the file is no failure but silence.
     Result<SoundBlock> read(qint64 first, qint64 count);
+    /// The same into a block that has been read before, whose memory is used again; after a failure it holds anything.
+    Status read(qint64 first, qint64 count, SoundBlock& block);
 
 private:
     class Private;

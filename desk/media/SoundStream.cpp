@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace desk::media
@@ -12,47 +13,126 @@ namespace desk::media
 namespace
 {
 
+/// A little-endian sample as a packet holds it; there is always more behind it, which load() may touch.
+struct Packed24 {
+    std::int32_t value;
+};
+
+/// The format of a frame that is a packet of Packed24.
+constexpr int packed24Format = AV_SAMPLE_FMT_NB;
+
+template <class T>
+constexpr std::ptrdiff_t sizeInFrame = std::is_same_v<T, Packed24> ? 3 : std::ptrdiff_t(sizeof(T));
+
+template <class T>
+T load(const uint8_t* from)
+{
+    T value;
+    std::memcpy(&value, from, sizeof value);
+    if constexpr (std::is_same_v<T, Packed24>)
+        value.value = std::int32_t(std::uint32_t(value.value) << 8) >> 8;
+    return value;
+}
+
 template <class T>
 float sampleValue(T value)
 {
     if constexpr (std::is_floating_point_v<T>)
         return float(value);
+    else if constexpr (std::is_same_v<T, Packed24>)
+        return float(value.value) / 8388608.0F;
     else if constexpr (std::is_same_v<T, uint8_t>)
         return float(int(value) - 128) / 128.0F;
     else
         return float(double(value) * (-1.0 / double(std::numeric_limits<T>::min())));
 }
 
-template <class T>
-void appendSamples(const AVFrame& frame, int channel, int skip, std::vector<float>& out)
+/// Whole numbers of up to 24 bits take no way through a float.
+template <class T, bool upTo24Bits>
+void put(T value, std::int32_t& out)
 {
-    const bool planar = av_sample_fmt_is_planar(AVSampleFormat(frame.format)) != 0;
-    const int step = planar ? 1 : frame.ch_layout.nb_channels;
-    const T* in = reinterpret_cast<const T*>(frame.extended_data[planar ? channel : 0]) + (planar ? 0 : channel);
-    const std::size_t old = out.size();
-    out.resize(old + std::size_t(frame.nb_samples - skip));
-    float* to = out.data() + old;
-    for (int i = skip; i < frame.nb_samples; ++i)
-        *to++ = sampleValue(in[std::ptrdiff_t(i) * step]);
+    if constexpr (upTo24Bits && std::is_same_v<T, uint8_t>)
+        out = (int(value) - 128) * (1 << 16);
+    else if constexpr (upTo24Bits && std::is_same_v<T, int16_t>)
+        out = int(value) * (1 << 8);
+    else if constexpr (upTo24Bits && std::is_same_v<T, int32_t>)
+        out = value >> 8;
+    else if constexpr (std::is_same_v<T, Packed24>)
+        out = value.value;
+    else
+        out = to24Bit(sampleValue(value));
 }
 
-using Appender = void (*)(const AVFrame&, int, int, std::vector<float>&);
-
-Appender appenderFor(AVSampleFormat format)
+template <class T, bool>
+void put(T value, float& out)
 {
-    switch (av_get_packed_sample_fmt(format)) {
+    out = sampleValue(value);
+}
+
+/// Samples of a frame that is buffered.
+struct Part {
+    const AVFrame& frame;
+    int first;
+    int count;
+};
+
+template <class T, class Value, bool upTo24Bits = sizeof(T) <= 2>
+void convert(const Part& part, int channel, Value* out)
+{
+    const AVFrame& frame = part.frame;
+    const bool planar = av_sample_fmt_is_planar(AVSampleFormat(frame.format)) != 0;
+    const std::ptrdiff_t step = sizeInFrame<T> * (planar ? 1 : frame.ch_layout.nb_channels);
+    const uint8_t* in = planar ? frame.extended_data[channel] : frame.data[0] + channel * sizeInFrame<T>;
+    in += part.first * step;
+    for (int i = 0; i < part.count; ++i, in += step)
+        put<T, upTo24Bits>(load<T>(in), out[i]);
+}
+
+template <class Value>
+using Converter = void (*)(const Part&, int, Value*);
+
+template <class Value>
+Converter<Value> converterFor(int format, int bits)
+{
+    if (format == packed24Format)
+        return convert<Packed24, Value>;
+    switch (av_get_packed_sample_fmt(AVSampleFormat(format))) {
     case AV_SAMPLE_FMT_U8:
-        return appendSamples<uint8_t>;
+        return convert<uint8_t, Value>;
     case AV_SAMPLE_FMT_S16:
-        return appendSamples<int16_t>;
+        return convert<int16_t, Value>;
     case AV_SAMPLE_FMT_S32:
-        return appendSamples<int32_t>;
+        return bits > 0 && bits <= 24 ? convert<int32_t, Value, true> : convert<int32_t, Value, false>;
     case AV_SAMPLE_FMT_S64:
-        return appendSamples<int64_t>;
+        return convert<int64_t, Value>;
     case AV_SAMPLE_FMT_DBL:
-        return appendSamples<double>;
+        return convert<double, Value>;
     default:
-        return appendSamples<float>;
+        return convert<float, Value>;
+    }
+}
+
+template <class Value>
+void beSilent(qint64 from, qint64 to, const Planes<Value>& out)
+{
+    for (Value* plane : out) {
+        if (plane != nullptr)
+            std::fill(plane + from, plane + to, Value(0));
+    }
+}
+
+/// The format of a packet's samples where they lie as in a frame; the decoder would only copy them.
+int formatInPacket(AVCodecID codec)
+{
+    if constexpr (Q_BYTE_ORDER == Q_BIG_ENDIAN)
+        return AV_SAMPLE_FMT_NONE;
+    switch (codec) {
+    case AV_CODEC_ID_PCM_S16LE:
+        return AV_SAMPLE_FMT_S16;
+    case AV_CODEC_ID_PCM_S24LE:
+        return packed24Format;
+    default:
+        return AV_SAMPLE_FMT_NONE;
     }
 }
 
@@ -94,7 +174,12 @@ qint64 Stretches::within(qint64 from, qint64 to) const
 }
 
 SoundStream::SoundStream(QString path, int stream, double zero)
-    : m_path(std::move(path)), m_stream(stream), m_zero(zero), m_frame(av_frame_alloc()), m_packet(av_packet_alloc())
+    : m_path(std::move(path)),
+      m_stream(stream),
+      m_zero(zero),
+      m_frame(av_frame_alloc()),
+      m_decoded(av_frame_alloc()),
+      m_packet(av_packet_alloc())
 {
 }
 
@@ -127,10 +212,11 @@ Status SoundStream::open()
                      QStringLiteral("convert the sound to 48 kHz PCM")};
     m_pcm = av_get_exact_bits_per_sample(par.codec_id) > 0;
     m_exactTimes = namesSamples(*m_file->iformat, stream.time_base, m_rate, m_pcm);
+    m_packetFormat = formatInPacket(par.codec_id);
     m_draining = m_ended = false;
     m_unplaced = true;
     m_barrier = std::numeric_limits<qint64>::min();
-    m_buffer.assign(std::size_t(m_channels), {});
+    m_kept = 0;
     return {};
 }
 
@@ -157,24 +243,10 @@ Status SoundStream::seek(qint64 first)
     return step && *step == Step::Decoded && m_begin <= m_barrier ? Status() : open();
 }
 
-/// The buffer becomes the frame from sample `skip` on.
-void SoundStream::fill(const AVFrame& frame, int skip)
-{
-    const Appender appender = appenderFor(AVSampleFormat(frame.format));
-    const int given = std::min(m_channels, frame.ch_layout.nb_channels);
-    for (int channel = 0; channel < m_channels; ++channel) {
-        std::vector<float>& samples = m_buffer[std::size_t(channel)];
-        samples.clear();
-        if (channel < given)
-            appender(frame, channel, skip, samples);
-        samples.resize(std::size_t(frame.nb_samples - skip));
-    }
-    m_held.add(std::max(m_begin, m_barrier), end());
-}
-
 /// Frames follow each other without a break. The time of a frame only counts where it clearly differs: a jump.
-void SoundStream::keep(const AVFrame& frame)
+void SoundStream::keep()
 {
+    const AVFrame& frame = *m_decoded;
     const qint64 expected = m_unplaced ? 0 : end();
     const qint64 position = frame.pts == AV_NOPTS_VALUE ? expected : positionOf(frame);
     const qint64 tolerance = m_pcm && m_exactTimes ? 1 : m_rate / 50;
@@ -186,15 +258,37 @@ void SoundStream::keep(const AVFrame& frame)
         m_silentFrom = expected;
     m_begin = m_unplaced || jump > tolerance ? position : expected;
     m_unplaced = false;
-    fill(frame, jump < -tolerance ? int(std::min<qint64>(-jump, frame.nb_samples)) : 0);
+    m_skipped = jump < -tolerance ? int(std::min<qint64>(-jump, frame.nb_samples)) : 0;
+    m_kept = frame.nb_samples - m_skipped;
+    m_frame.swap(m_decoded);
+    m_held.add(std::max(m_begin, m_barrier), end());
+}
+
+/// The packet becomes the decoded frame, unless there is something to it that the decoder sees to.
+bool SoundStream::takePacket()
+{
+    const AVPacket& packet = *m_packet;
+    const int size = m_channels * (m_packetFormat == packed24Format ? 3 : 2);
+    const bool isPlain = m_packetFormat != AV_SAMPLE_FMT_NONE && packet.buf != nullptr && packet.side_data_elems == 0 &&
+                         (packet.flags & (AV_PKT_FLAG_DISCARD | AV_PKT_FLAG_CORRUPT)) == 0;
+    if (!isPlain || packet.size == 0 || packet.size % size != 0)
+        return false;
+    AVFrame& frame = *m_decoded;
+    frame.buf[0] = av_buffer_ref(packet.buf);
+    frame.data[0] = packet.data;
+    frame.format = m_packetFormat;
+    frame.nb_samples = packet.size / size;
+    frame.ch_layout.nb_channels = m_channels;
+    frame.pts = packet.pts;
+    return true;
 }
 
 Result<SoundStream::Step> SoundStream::decodeNext()
 {
     for (;;) {
-        const int got = avcodec_receive_frame(m_codec.get(), m_frame.get());
+        const int got = avcodec_receive_frame(m_codec.get(), m_decoded.get());
         if (got == 0) {
-            keep(*m_frame);
+            keep();
             return Step::Decoded;
         }
         if (got != AVERROR(EAGAIN) || m_draining)
@@ -203,6 +297,10 @@ Result<SoundStream::Step> SoundStream::decodeNext()
             av_packet_unref(m_packet.get());
             m_draining = av_read_frame(m_file.get(), m_packet.get()) < 0;
         } while (!m_draining && m_packet->stream_index != m_stream);
+        if (!m_draining && takePacket()) {
+            keep();
+            return Step::Decoded;
+        }
         const int sent = avcodec_send_packet(m_codec.get(), m_draining ? nullptr : m_packet.get());
         if (sent < 0 && !m_unplaced && end() > m_barrier) {
             const double seconds = double(end()) / m_rate;
@@ -222,35 +320,48 @@ Status SoundStream::reach(qint64 first)
     return passed || far ? seek(first) : Status();
 }
 
-void SoundStream::copyOut(qint64 first, qint64 count, Channels& out) const
+/// What is buffered of the samples that are asked for from `done` on; the first one after them.
+template <class Value>
+qint64 SoundStream::copyOut(qint64 first, qint64 done, qint64 count, const Planes<Value>& out) const
 {
-    const qint64 from = std::max(first, m_begin);
+    const qint64 from = std::max(done, m_begin);
     const qint64 stop = std::min(first + count, end());
     if (m_unplaced || from >= stop)
-        return;
-    for (std::size_t channel = 0; channel < m_buffer.size(); ++channel) {
-        const auto start = m_buffer[channel].begin() + std::ptrdiff_t(from - m_begin);
-        std::copy(start, start + std::ptrdiff_t(stop - from),
-                  out[channel].end() - std::ptrdiff_t(first + count - from));
+        return done;
+    beSilent(done - first, from - first, out);
+    const Part part{*m_frame, m_skipped + int(from - m_begin), int(stop - from)};
+    const auto converter = converterFor<Value>(m_frame->format, m_codec->bits_per_raw_sample);
+    for (int channel = 0; channel < m_channels; ++channel) {
+        Value* plane = out[std::size_t(channel)];
+        if (plane == nullptr)
+            continue;
+        if (channel < m_frame->ch_layout.nb_channels)
+            converter(part, channel, plane + (from - first));
+        else
+            std::fill(plane + (from - first), plane + (stop - first), Value(0));
     }
+    return stop;
 }
 
-Status SoundStream::read(qint64 first, qint64 count, Channels& out)
+template <class Value>
+Status SoundStream::read(qint64 first, qint64 count, const Planes<Value>& out)
 {
     if (const Status status = reach(first); !status)
         return status;
-    for (auto& channel : out)
-        channel.resize(channel.size() + std::size_t(count), 0.0F);
-    copyOut(first, count, out);
+    qint64 done = copyOut(first, first, count, out);
     while (!m_ended && (m_unplaced || end() < first + count)) {
         const Result<Step> step = decodeNext();
         if (!step)
             return step.error();
         m_ended = *step == Step::End;
         if (!m_ended)
-            copyOut(first, count, out);
+            done = copyOut(first, done, count, out);
     }
+    beSilent(done - first, count, out);
     return {};
 }
+
+template Status SoundStream::read(qint64 first, qint64 count, const Planes<float>& out);
+template Status SoundStream::read(qint64 first, qint64 count, const Planes<std::int32_t>& out);
 
 } // namespace desk::media

@@ -2,6 +2,9 @@
 
 #include "desk/media/MediaFile.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -20,8 +23,18 @@ private:
     std::vector<std::pair<qint64, qint64>> m_parts;
 };
 
-/// One vector a channel, values -1 to 1 as far as the file keeps to it. 24-bit values come through exactly.
-using Channels = std::vector<std::vector<float>>;
+/// Where the samples of each channel go; null where they are not wanted.
+template <class Value>
+using Planes = std::vector<Value*>;
+
+/// Limited to 24 bits. A value that is no number is silence.
+inline std::int32_t to24Bit(float value)
+{
+    // Without a call, which would take longer than reading.
+    const float known = std::isnan(value) ? 0.0F : value;
+    const float within = std::clamp(known * 8388608.0F, -8388608.0F, 8388607.0F);
+    return std::int32_t(within + std::copysign(0.5F, within));
+}
 
 /// Decodes one sound stream and hands out its samples by number at the stream's own rate, sample 0 at the sequence's
 /// time 0. One thread at a time.
@@ -33,8 +46,11 @@ public:
 
     Status open();
 
-    /// Appends `count` samples from `first` on to each vector of `out`, silence where the file holds none.
-    Status read(qint64 first, qint64 count, Channels& out);
+    /// `count` samples from `first` on to each plane of `out`, one a channel; silence where the file holds none. As
+    /// float they are -1 to 1 as far as the file keeps to it, as std::int32_t limited to 24 bits; what the file holds
+    /// in up to 24 bits comes through exactly in both.
+    template <class Value>
+    Status read(qint64 first, qint64 count, const Planes<Value>& out);
 
     int channels() const { return m_channels; }
 
@@ -49,23 +65,27 @@ private:
     Status reach(qint64 first);
     Status seek(qint64 first);
     Result<Step> decodeNext();
-    void keep(const AVFrame& frame);
+    bool takePacket();
+    void keep();
     qint64 positionOf(const AVFrame& frame) const;
-    void fill(const AVFrame& frame, int skip);
-    void copyOut(qint64 first, qint64 count, Channels& out) const;
+    template <class Value>
+    qint64 copyOut(qint64 first, qint64 done, qint64 count, const Planes<Value>& out) const;
 
-    qint64 end() const { return m_begin + qint64(m_buffer.empty() ? 0 : m_buffer[0].size()); }
+    qint64 end() const { return m_begin + m_kept; }
 
     QString m_path;
     int m_stream;
     double m_zero;
     FormatPtr m_file;
     CodecPtr m_codec;
+    /// The frame decoded last; it is what is buffered. Beside it the one that is decoded next.
     FramePtr m_frame;
+    FramePtr m_decoded;
     PacketPtr m_packet;
     int m_channels = 0;
     int m_rate = 0;
     bool m_pcm = false;
+    int m_packetFormat = AV_SAMPLE_FMT_NONE;
     /// Times name samples exactly, so that seeking keeps the numbers.
     bool m_exactTimes = false;
     bool m_draining = false;
@@ -76,9 +96,10 @@ private:
     qint64 m_silentFrom = 0;
     /// Samples before this number may be spoilt by what precedes the place that was sought.
     qint64 m_barrier = 0;
-    /// Number of the first buffered sample; the buffer is the frame decoded last.
+    /// Number of the first buffered sample, its place in the frame, and how many there are.
     qint64 m_begin = 0;
-    Channels m_buffer;
+    int m_skipped = 0;
+    int m_kept = 0;
     Stretches m_held;
 };
 

@@ -7,22 +7,35 @@
 #include <QSet>
 
 #include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
 #include <cmath>
 #include <future>
+#include <thread>
 
 namespace desk::services
 {
 
 namespace
 {
-/// Samples that are read and mixed at once.
-constexpr qint64 piece = 4096;
+/// Samples that are read and mixed at once: few enough for the cache, or enough to be worth starting a thread.
+constexpr qint64 smallPiece = 2048;
+constexpr qint64 largePiece = 16384;
+/// More only keep each other from the disk.
+constexpr int mostThreads = 4;
 
-QVector<int> tracksOf(const QVector<SoundPlan>& plans)
+/// The plans that one thread sees to.
+struct Share {
+    int first;
+    int end;
+};
+
+QVector<int> tracksOf(const QVector<SoundPlan>& plans, const Share& share)
 {
     QSet<int> tracks;
-    for (const SoundPlan& plan : plans)
-        tracks.unite(QSet<int>(plan.sources.begin(), plan.sources.end()));
+    for (int plan = share.first; plan < share.end; ++plan)
+        tracks.unite(QSet<int>(plans[plan].sources.begin(), plans[plan].sources.end()));
     QVector<int> sorted(tracks.begin(), tracks.end());
     std::sort(sorted.begin(), sorted.end());
     return sorted;
@@ -91,73 +104,187 @@ private:
     std::unique_ptr<imf::SoundTrackWriter> m_writer;
 };
 
-/// The piece from `first` on, silence where the sequence has ended.
-Result<media::SoundBlock> readPiece(const SoundOrder& order, media::SoundReader& reader, qint64 first)
+/// Some of the files on their way, with a reader of their own: threads that handed blocks to each other would wait for
+/// each other more than they work when the machine is busy.
+class ShareMix
 {
-    const qint64 count = std::min(piece, order.samples - first);
-    auto block = reader.read(first, std::clamp<qint64>(order.sounding - first, 0, count));
-    if (!block)
-        return block;
-    for (auto& track : block->tracks)
-        track.resize(std::size_t(count), 0);
-    return block;
-}
+public:
+    /// Reading runs beside mixing where it has a processor to itself.
+    ShareMix(const SoundOrder& order, const Share& share, std::launch reading)
+        : m_order(order),
+          m_share(share),
+          m_reading(reading),
+          m_piece(reading == std::launch::async ? largePiece : smallPiece)
+    {
+    }
 
-/// One piece is read while the one before it is mixed and written.
-Status writeAll(const SoundOrder& order, media::SoundReader& reader, std::vector<TrackMix>& mixes,
-                const std::function<bool()>& stopped)
+    /// Ends early, without an error, when `isOver` says so.
+    Status write(const std::function<bool()>& isOver);
+    Status fitsItsRange() const;
+    /// When written.
+    Status finish(QVector<imf::TrackFileInfo>& files);
+
+private:
+    Status open();
+    Status readPiece(qint64 first, media::SoundBlock& block);
+    Status append(const media::SoundBlock& block);
+
+    const SoundOrder& m_order;
+    Share m_share;
+    std::launch m_reading;
+    qint64 m_piece;
+    std::unique_ptr<media::SoundReader> m_reader;
+    std::vector<TrackMix> m_mixes;
+};
+
+Status ShareMix::open()
 {
-    const auto start = [&](qint64 first) {
-        return std::async(std::launch::async, [&order, &reader, first] { return readPiece(order, reader, first); });
-    };
-    auto reading = start(0);
-    for (qint64 first = 0; first < order.samples; first += piece) {
-        if (stopped())
-            return Error{order.sequence.path, {}, {}, QStringLiteral("the export was cancelled"), {}};
-        auto block = reading.get();
-        if (!block)
-            return block.error();
-        if (first + piece < order.samples)
-            reading = start(first + piece);
-        for (TrackMix& mix : mixes) {
-            Status appended = mix.append(*block);
-            if (!appended)
-                return appended;
-        }
+    const QVector<int> tracks = tracksOf(m_order.plans, m_share);
+    auto reader = media::SoundReader::open(m_order.sequence, tracks);
+    if (!reader)
+        return reader.error();
+    m_reader = std::move(*reader);
+    for (int plan = m_share.first; plan < m_share.end; ++plan) {
+        m_mixes.emplace_back(m_order.plans[plan], tracks);
+        if (Status opened = m_mixes.back().open(m_order.paths[plan], m_order.samples); !opened)
+            return opened;
     }
     return {};
 }
-} // namespace
 
-Result<QVector<imf::TrackFileInfo>> writeSound(const SoundOrder& order, const std::function<bool()>& stopped)
+/// The piece from `first` on, silence where the sequence has ended.
+Status ShareMix::readPiece(qint64 first, media::SoundBlock& block)
 {
-    QVector<imf::TrackFileInfo> files;
-    if (order.plans.isEmpty())
-        return files;
-    const QVector<int> tracks = tracksOf(order.plans);
-    auto reader = media::SoundReader::open(order.sequence, tracks);
-    if (!reader)
-        return reader.error();
-    std::vector<TrackMix> mixes;
-    for (const SoundPlan& plan : order.plans) {
-        mixes.emplace_back(plan, tracks);
-        Status opened = mixes.back().open(order.paths[int(mixes.size()) - 1], order.samples);
-        if (!opened)
-            return opened.error();
+    const qint64 count = std::min(m_piece, m_order.samples - first);
+    const qint64 sounding = std::clamp<qint64>(m_order.sounding - first, 0, count);
+    if (Status status = m_reader->read(first, sounding, block); !status)
+        return status;
+    for (auto& track : block.tracks)
+        track.resize(std::size_t(count), 0);
+    return {};
+}
+
+Status ShareMix::append(const media::SoundBlock& block)
+{
+    for (TrackMix& mix : m_mixes) {
+        if (Status appended = mix.append(block); !appended)
+            return appended;
     }
-    Status written = writeAll(order, **reader, mixes, stopped);
-    if (!written)
-        return written.error();
-    for (TrackMix& mix : mixes) {
-        Status fits = mix.fitsItsRange(order.sequence);
-        if (!fits)
-            return fits.error();
+    return {};
+}
+
+Status ShareMix::write(const std::function<bool()>& isOver)
+{
+    if (Status opened = open(); !opened)
+        return opened;
+    std::array<media::SoundBlock, 2> blocks;
+    const auto blockAt = [&](qint64 first) -> media::SoundBlock& {
+        // Deferred reading only starts when the piece before it has been written, and finds its memory in the cache.
+        return blocks[m_reading == std::launch::async && first / m_piece % 2 != 0 ? 1 : 0];
+    };
+    const auto start = [&](qint64 first) {
+        return std::async(m_reading, [&, first] { return readPiece(first, blockAt(first)); });
+    };
+    auto reading = start(0);
+    for (qint64 first = 0; first < m_order.samples; first += m_piece) {
+        if (isOver())
+            return {};
+        if (Status read = reading.get(); !read)
+            return read;
+        if (first + m_piece < m_order.samples)
+            reading = start(first + m_piece);
+        if (Status appended = append(blockAt(first)); !appended)
+            return appended;
+    }
+    return {};
+}
+
+Status ShareMix::fitsItsRange() const
+{
+    for (const TrackMix& mix : m_mixes) {
+        if (Status fits = mix.fitsItsRange(m_order.sequence); !fits)
+            return fits;
+    }
+    return {};
+}
+
+Status ShareMix::finish(QVector<imf::TrackFileInfo>& files)
+{
+    for (TrackMix& mix : m_mixes) {
         auto file = mix.finish();
         if (!file)
             return file.error();
         files += *file;
     }
+    return {};
+}
+
+std::vector<ShareMix> sharesOf(const SoundOrder& order)
+{
+    const int plans = order.plans.size();
+    const int count = std::clamp(int(std::thread::hardware_concurrency()), 1, std::min(plans, mostThreads));
+    std::vector<ShareMix> shares;
+    for (int i = 0; i < count; ++i) {
+        const Share share{plans * i / count, plans * (i + 1) / count};
+        shares.emplace_back(order, share, count == 1 ? std::launch::async : std::launch::deferred);
+    }
+    return shares;
+}
+
+/// The first one here, where `stopped` is asked, the others beside it; when one fails all end.
+Status writeAll(std::vector<ShareMix>& shares, const std::function<bool()>& stopped)
+{
+    std::atomic<bool> over = false;
+    const auto write = [&over](ShareMix& share, const std::function<bool()>& isOver) {
+        Status written = share.write(isOver);
+        if (!written)
+            over = true;
+        return written;
+    };
+    std::vector<std::future<Status>> others;
+    for (auto share = shares.begin() + 1; share != shares.end(); ++share)
+        others.push_back(std::async(std::launch::async, write, std::ref(*share), [&over] { return over.load(); }));
+    const auto isOver = [&]() -> bool {
+        if (stopped())
+            over = true;
+        return over;
+    };
+    Status outcome = write(shares.front(), isOver);
+    for (auto& other : others) {
+        while (other.wait_for(std::chrono::milliseconds(50)) != std::future_status::ready)
+            isOver();
+        const Status written = other.get();
+        outcome = outcome ? written : outcome;
+    }
+    return outcome;
+}
+
+/// The files of all shares, in order.
+Result<QVector<imf::TrackFileInfo>> finishAll(std::vector<ShareMix>& shares)
+{
+    QVector<imf::TrackFileInfo> files;
+    for (ShareMix& share : shares) {
+        if (Status finished = share.finish(files); !finished)
+            return finished.error();
+    }
     return files;
+}
+} // namespace
+
+Result<QVector<imf::TrackFileInfo>> writeSound(const SoundOrder& order, const std::function<bool()>& stopped)
+{
+    if (order.plans.isEmpty())
+        return QVector<imf::TrackFileInfo>();
+    std::vector<ShareMix> shares = sharesOf(order);
+    if (Status written = writeAll(shares, stopped); !written)
+        return written.error();
+    if (stopped())
+        return Error{order.sequence.path, {}, {}, QStringLiteral("the export was cancelled"), {}};
+    for (const ShareMix& share : shares) {
+        if (Status fits = share.fitsItsRange(); !fits)
+            return fits.error();
+    }
+    return finishAll(shares);
 }
 
 } // namespace desk::services

@@ -22,12 +22,13 @@ struct SoundOrder {
     qint64 sounding = 0;
 };
 
-/// Writes one sound track file a plan, all in one pass through the media. Not for the user-interface thread.
+/// Writes one sound track file a plan, several at once where there are processors for it. Not for the user-interface
+/// thread.
 ///
 /// Where a mix is too loud for its samples the media are read to their end, so that the error can say where it first
 /// happens (timecode of the sequence) and by how much at most; the files are then of no use. Ends with an error of its
-/// own kind when `stopped` says so, asked about every third of a second of sound. Each of `paths` may be left behind
-/// after a failure.
+/// own kind when `stopped` says so, asked often and on the calling thread. Each of `paths` may be left behind after a
+/// failure.
 Result<QVector<imf::TrackFileInfo>> writeSound(const SoundOrder& order, const std::function<bool()>& stopped);
 
 } // namespace desk::services

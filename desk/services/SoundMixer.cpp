@@ -17,22 +17,36 @@ std::int32_t rounded(double value)
     return std::int32_t(value + std::copysign(0.5, value));
 }
 
-std::int32_t rounded(std::int32_t value)
-{
-    return value;
-}
-
 /// Whole sums fit: a plan has at most 127 tracks, and 32 bits hold 256.
 template <class Value, class Input>
 void addUp(const media::SoundBlock& block, const std::vector<Input>& inputs, std::vector<Value>& sums)
 {
-    sums.assign(block.tracks.front().size(), 0);
+    sums.resize(block.tracks.front().size());
+    if (inputs.empty())
+        std::fill(sums.begin(), sums.end(), Value(0));
     for (const Input& input : inputs) {
-        const std::int32_t* samples = block.tracks[input.track].data();
-        const auto gain = Value(input.gain);
-        for (std::size_t i = 0; i < sums.size(); ++i)
-            sums[i] += gain * Value(samples[i]);
+        const auto& samples = block.tracks[input.track];
+        const auto scaled = [gain = input.gain](std::int32_t sample) {
+            if constexpr (std::is_same_v<Value, double>)
+                return gain * sample;
+            else
+                return sample;
+        };
+        if (&input == &inputs.front())
+            std::transform(samples.begin(), samples.end(), sums.begin(), scaled);
+        else
+            std::transform(samples.begin(), samples.end(), sums.begin(), sums.begin(),
+                           [&](std::int32_t sample, Value sum) { return sum + scaled(sample); });
     }
+}
+
+/// Without comparing, which a plain x86-64 does not do on several values at once.
+bool leaveTheirRange(const std::vector<std::int32_t>& values)
+{
+    std::uint32_t bits = 0;
+    for (const std::int32_t value : values)
+        bits |= std::uint32_t(value) - std::uint32_t(lowest);
+    return bits > std::uint32_t(highest - lowest);
 }
 } // namespace
 
@@ -49,39 +63,34 @@ SoundMixer::SoundMixer(const SoundPlan& plan, const QVector<int>& tracks)
     }
 }
 
-template <class Value>
-void SoundMixer::limit(const std::vector<Value>& sums, std::size_t channel)
+void SoundMixer::limit(std::size_t channel)
 {
-    std::vector<std::int32_t>& out = m_mixed[channel];
-    out.resize(sums.size());
-    std::int32_t least = 0;
-    std::int32_t most = 0;
-    for (std::size_t i = 0; i < sums.size(); ++i) {
-        const std::int32_t value = rounded(sums[i]);
-        least = std::min(least, value);
-        most = std::max(most, value);
-        out[i] = std::clamp(value, lowest, highest);
-    }
-    if (least >= lowest && most <= highest)
-        return;
-    const auto first = std::find_if(sums.begin(), sums.end(),
-                                    [](Value sum) { return rounded(sum) < lowest || rounded(sum) > highest; });
+    std::vector<std::int32_t>& values = m_mixed[channel];
+    const auto [least, most] = std::minmax_element(values.begin(), values.end());
+    const double level = std::max(-double(*least), double(*most)) / -lowest;
+    const auto first = std::find_if(values.begin(), values.end(),
+                                    [](std::int32_t value) { return value < lowest || value > highest; });
     if (!m_overload)
-        m_overload = Overload{m_position + (first - sums.begin()), int(channel), 1};
-    m_overload->level = std::max(m_overload->level, std::max(-double(least), double(most)) / -lowest);
+        m_overload = Overload{m_position + (first - values.begin()), int(channel), 1};
+    m_overload->level = std::max(m_overload->level, level);
+    for (std::int32_t& value : values)
+        value = std::clamp(value, lowest, highest);
 }
 
 void SoundMixer::sum(const media::SoundBlock& block, std::size_t channel)
 {
     const auto& inputs = m_inputs[channel];
+    std::vector<std::int32_t>& out = m_mixed[channel];
     if (std::all_of(inputs.begin(), inputs.end(), [](const Input& input) { return input.gain == 1; })) {
-        addUp(block, inputs, m_wholeSums);
-        limit(m_wholeSums, channel);
+        addUp(block, inputs, out);
     } else {
         addUp(block, inputs, m_sums);
-        limit(m_sums, channel);
+        out.resize(m_sums.size());
+        std::transform(m_sums.begin(), m_sums.end(), out.begin(), rounded);
     }
-    m_channels[channel] = m_mixed[channel].data();
+    if (leaveTheirRange(out))
+        limit(channel);
+    m_channels[channel] = out.data();
 }
 
 const std::vector<const std::int32_t*>& SoundMixer::mix(const media::SoundBlock& block)

@@ -42,15 +42,13 @@ private:
     };
 
     void sum(const media::SoundBlock& block, std::size_t channel);
-    template <class Value>
-    void limit(const std::vector<Value>& sums, std::size_t channel);
+    void limit(std::size_t channel);
 
     /// For each channel.
     std::vector<std::vector<Input>> m_inputs;
     std::vector<std::vector<std::int32_t>> m_mixed;
     std::vector<const std::int32_t*> m_channels;
     std::vector<double> m_sums;
-    std::vector<std::int32_t> m_wholeSums;
     std::optional<Overload> m_overload;
     qint64 m_position = 0;
 };

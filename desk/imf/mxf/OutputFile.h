@@ -29,7 +29,7 @@ public:
 
     Status write(const QByteArray& bytes) { return write(bytes.constData(), bytes.size()); }
 
-    /// Notices after some megabytes that the file has gone.
+    /// After some megabytes notices that the file has gone, and has the disk begin with them.
     Status write(const char* data, qint64 size);
     /// Only with Hashing::Afterwards.
     Status rewrite(qint64 offset, const QByteArray& bytes);
@@ -41,6 +41,7 @@ private:
     Error failure(int code) const;
     Status hashWhole();
     bool isStillThere();
+    Status lookAndFlush();
 
     struct FreeDigest {
         void operator()(evp_md_ctx_st* context) const;
@@ -50,8 +51,8 @@ private:
     int m_descriptor;
     Hashing m_hashing;
     qint64 m_position = 0;
-    /// Where in the file it is next made sure that the file is still there.
-    qint64 m_nextLook = 0;
+    /// Where in the file it was last made sure that the file is still there.
+    qint64 m_lastLook = 0;
     std::unique_ptr<evp_md_ctx_st, FreeDigest> m_digest;
 };
 

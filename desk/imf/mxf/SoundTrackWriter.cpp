@@ -68,6 +68,27 @@ SoundFormat completed(SoundFormat format)
     return format;
 }
 
+/// What pack() writes behind its samples.
+constexpr int packOverhang = 2;
+
+/// Two samples at a time, then one where their number is odd; the upper bytes come to lie under what is written next.
+void pack(const std::vector<const std::int32_t*>& channels, qint64 count, char* out)
+{
+    const std::int32_t* const* const from = channels.data();
+    const std::size_t size = channels.size();
+    const std::size_t paired = size - size % 2;
+    for (qint64 sample = 0; sample < count; ++sample) {
+        for (std::size_t channel = 0; channel < paired; channel += 2, out += 6) {
+            const quint64 low = quint32(from[channel][sample]) & 0xFFFFFFU;
+            qToLittleEndian(low | quint64(quint32(from[channel + 1][sample])) << 24, out);
+        }
+        if (paired != size) {
+            qToLittleEndian(from[paired][sample], out);
+            out += 3;
+        }
+    }
+}
+
 } // namespace
 
 struct SoundTrackWriter::State {
@@ -76,6 +97,8 @@ struct SoundTrackWriter::State {
     std::unique_ptr<PartitionWriter> partitions;
     MetadataSets sets;
     QByteArray index;
+    /// Samples on their way into the file.
+    QByteArray packed;
     qint64 samples = 0;
 
     qint64 blockAlign() const { return format.channels.size() * 3; }
@@ -161,16 +184,10 @@ Status SoundTrackWriter::append(const std::int32_t* interleaved, qint64 count)
 
 Status SoundTrackWriter::append(const std::vector<const std::int32_t*>& channels, qint64 count)
 {
-    // Each word is written whole, its upper byte under the next one.
-    QByteArray packed(int(count * m_state->blockAlign()) + 1, Qt::Uninitialized);
-    char* out = packed.data();
-    for (qint64 sample = 0; sample < count; ++sample) {
-        for (const std::int32_t* channel : channels) {
-            qToLittleEndian(channel[sample], out);
-            out += 3;
-        }
-    }
-    packed.chop(1);
+    QByteArray& packed = m_state->packed;
+    packed.resize(int(count * m_state->blockAlign() + packOverhang));
+    pack(channels, count, packed.data());
+    packed.chop(packOverhang);
     return appendPacked(packed);
 }
 
