@@ -128,6 +128,14 @@ void fixEnvironment(bool wantsDisplay)
     qputenv("XDG_RUNTIME_DIR", runtime);
 }
 
+/// Everything as large as the screens are set to, at 150 % too, and images as fine as the screen can show them.
+void followScreenScale()
+{
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+}
+
 QtMessageHandler formerHandler = nullptr;
 
 /// The offscreen platform says of every window what it cannot do with it; nobody can act on that.
@@ -148,6 +156,7 @@ int main(int argc, char** argv)
     }
     fixEnvironment(wantsDisplay);
     formerHandler = qInstallMessageHandler(passOnWhatMatters);
+    followScreenScale();
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Stratacut Desk"));
     QApplication::setApplicationVersion(QStringLiteral(STRATACUT_VERSION));
