@@ -488,6 +488,25 @@ Status Walk::quit()
     return expect(closed, QStringLiteral("quitting"));
 }
 
+Status Walk::look()
+{
+    Status done = open();
+    if (!done)
+        return done;
+    m_window->tree().expandAll();
+    Hand::click(&m_window->tree(), composition(1));
+    const int percent = qRound(100 * m_window->devicePixelRatioF());
+    for (const char* skin : {"light", "dark"}) {
+        m_window->action(QLatin1String(skin))->trigger();
+        if (done)
+            done = m_hand->shoot(QStringLiteral("%1-percent-%2").arg(percent).arg(QLatin1String(skin)));
+    }
+    m_nextPicture = m_hand->nextNumber();
+    m_window->close();
+    m_watch.stop();
+    return done;
+}
+
 Result<QString> Walk::comeBack()
 {
     hideTranscripts();

@@ -48,6 +48,8 @@ public:
     Status work();
     /// What a second process finds. The folder of the delivery.
     Result<QString> comeBack();
+    /// The page with most on it in both skins, after work(). The pictures' names say how large the screen shows things.
+    Status look();
 
     /// The number of the next picture.
     int nextPicture() const { return m_nextPicture; }

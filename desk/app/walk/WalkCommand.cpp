@@ -26,10 +26,48 @@ QString absolute(const QString& path)
     return path.isEmpty() ? QString() : QDir::cleanPath(QDir(path).absolutePath());
 }
 
-/// The second half runs in a process of its own: nothing is left over from the first.
-int continueInNewProcess(const QStringList& arguments)
+/// The rest runs in processes of its own: nothing is left over from the first.
+int goOn(const WalkRequest& request, const char* part, int firstPicture, const char* scale = nullptr)
 {
-    return QProcess::execute(QApplication::applicationFilePath(), QStringList{QStringLiteral("walk")} + arguments);
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    if (scale) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QLatin1String(scale));
+        process.setProcessEnvironment(environment);
+    }
+    process.start(QApplication::applicationFilePath(),
+                  {QStringLiteral("walk"), request.media, QStringLiteral("--to"), request.folder,
+                   QStringLiteral("--shots"), request.pictures, QStringLiteral("--profile"), request.profile,
+                   QLatin1String(part), QString::number(firstPicture)});
+    process.waitForFinished(-1);
+    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : exitCode::failure;
+}
+
+int comeBack(Walk& walk)
+{
+    const auto folder = walk.comeBack();
+    if (folder)
+        console::out(*folder);
+    return folder ? exitCode::success : fail(folder.error());
+}
+
+int look(Walk& walk)
+{
+    const Status looked = walk.look();
+    return looked ? exitCode::success : fail(looked.error());
+}
+
+int walkFromTheStart(Walk& walk, const WalkRequest& request)
+{
+    const Status worked = walk.work();
+    if (!worked)
+        return fail(worked.error());
+    const int code = goOn(request, "--continue", walk.nextPicture());
+    if (code != exitCode::success || request.pictures.isEmpty())
+        return code;
+    const int larger = goOn(request, "--look", walk.nextPicture() + 1, "1.5");
+    return larger == exitCode::success ? goOn(request, "--look", walk.nextPicture() + 3, "2") : larger;
 }
 } // namespace
 
@@ -40,6 +78,7 @@ QList<QCommandLineOption> walkOptions()
         {"shots", "Where pictures of every step go; none are taken unless given.", "FOLDER"},
         {"profile", "A profile that was never used; \"profile\" beside the delivery unless given.", "DIR"},
         {"continue", "Only the part after the restart; its pictures start with this number.", "NUMBER"},
+        {"look", "Only pictures of one page in both skins, starting with this number.", "NUMBER"},
     };
 }
 
@@ -61,21 +100,12 @@ int runWalk(const QCommandLineParser& parser, const QStringList& media)
         QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 10));
     // The last window of the first half closes long before the program ends.
     QApplication::setQuitOnLastWindowClosed(false);
-    if (parser.isSet(QStringLiteral("continue")))
-        request.firstPicture = parser.value(QStringLiteral("continue")).toInt();
+    const bool comesBack = parser.isSet(QStringLiteral("continue"));
+    const bool looks = parser.isSet(QStringLiteral("look"));
+    if (comesBack || looks)
+        request.firstPicture = parser.value(comesBack ? QStringLiteral("continue") : QStringLiteral("look")).toInt();
     Walk walk(request);
-    if (parser.isSet(QStringLiteral("continue"))) {
-        const auto folder = walk.comeBack();
-        if (folder)
-            console::out(*folder);
-        return folder ? exitCode::success : fail(folder.error());
-    }
-    const Status worked = walk.work();
-    if (!worked)
-        return fail(worked.error());
-    return continueInNewProcess({request.media, QStringLiteral("--to"), request.folder, QStringLiteral("--shots"),
-                                 request.pictures, QStringLiteral("--profile"), request.profile,
-                                 QStringLiteral("--continue"), QString::number(walk.nextPicture())});
+    return comesBack ? comeBack(walk) : looks ? look(walk) : walkFromTheStart(walk, request);
 }
 
 } // namespace desk::app
