@@ -128,7 +128,11 @@ void Window::finishRefresh()
     m_isActive = info->isTranscriptLoaded();
     m_entryColumn->sync();
     emit refreshDoneSignal();
-    if (isGangActive() && canFollow())
+    if (!m_isGangOn || !canFollow())
+        return;
+    if (m_isGangSuspended)
+        updateMarkSelection();
+    else
         updateGangStatus();
 }
 
