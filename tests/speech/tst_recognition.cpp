@@ -231,6 +231,27 @@ private slots:
         QVERIFY(keeper.batches.isEmpty());
     }
 
+    /// The word of the first part claims nearly all of the clip; silence is no word.
+    void whisperWhoLiesSpoilsOnlyItsPart()
+    {
+        const auto recogniser = whisper(
+            "for a; do [ \"$last\" = -of ] && out=$a; last=$a; done\nn=$(cat ${0}.n 2>/dev/null)x\n"
+            "printf %s $n > ${0}.n\nto=2000; [ $n = x ] && to=390000\nhead -c 300000 /dev/zero\n"
+            "echo '{\"transcription\":[{\"offsets\":{\"from\":1000,\"to\":'$to'},\"text\":\" Hello\"},{\"offsets\":"
+            "{\"from\":3000,\"to\":4000},\"text\":\" [BLANK_AUDIO]\"}]}' > $out.json\n");
+        RecognitionJob job;
+        job.tracks = {recordings::opener(Samples(400 * soundRate, 0))};
+        Keeper keeper;
+        const auto result = support::valueOf(recogniseClip(job, *recogniser, {}, keeper, std::atomic<bool>{false}));
+        QCOMPARE(result.repairs.total(), 1);
+        QCOMPARE(result.transcript.segments.size(), 3);
+        for (int i = 0; i < result.transcript.segments.size(); ++i) {
+            const Word& word = result.transcript.segments[i].words.first();
+            QCOMPARE(word.text, QString("Hello"));
+            QVERIFY(i == 0 || word.endMs - word.startMs == 1000);
+        }
+    }
+
     void whisperIsStoppedAtOnce()
     {
         recordings::Memory sound(noise(1, 100, 6));

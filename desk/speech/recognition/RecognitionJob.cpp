@@ -40,8 +40,10 @@ public:
     {
         Batch good;
         good.resumeAt = std::clamp<qint64>(batch.resumeAt, 0, m_track.sound->length());
+        // A word that claims to last to the end of the clip would leave no room for those to come.
+        const int end = msOfSample(good.resumeAt > 0 ? good.resumeAt : m_track.sound->length());
         for (QVector<Word> words : batch.utterances) {
-            m_repairs += repairWords(words, {m_lastEnd, msOfSample(m_track.sound->length())});
+            m_repairs += repairWords(words, {m_lastEnd, std::max(m_lastEnd, end)});
             if (words.isEmpty())
                 continue;
             m_lastEnd = words.last().endMs;

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -43,6 +44,17 @@ bool writeWave(const QString& path, const QVector<qint16>& samples)
     return stream.status() == QDataStream::Ok && file.flush();
 }
 
+/// The program says what it hears besides speech in brackets, asterisks or notes, and silence too: "[BLANK_AUDIO]".
+bool isSpeech(const QVector<Word>& words)
+{
+    static const QRegularExpression remark(QStringLiteral("\\[[^\\]]*\\]|\\([^)]*\\)|\\*[^*]*\\*"));
+    QString text;
+    for (const Word& word : words)
+        text += word.text + QLatin1Char(' ');
+    text.remove(remark);
+    return std::any_of(text.begin(), text.end(), [](QChar c) { return c.isLetterOrNumber(); });
+}
+
 Batch batchOf(const Transcript& transcript, qint64 first, qint64 end)
 {
     Batch batch;
@@ -55,10 +67,16 @@ Batch batchOf(const Transcript& transcript, qint64 first, qint64 end)
             word.startMs = int(std::clamp<qint64>(qint64(word.startMs) + offset, -1, INT_MAX));
             word.endMs = int(std::clamp<qint64>(qint64(word.endMs) + offset, -1, INT_MAX));
         }
-        if (!words.isEmpty())
+        if (isSpeech(words))
             batch.utterances.append(words);
     }
     return batch;
+}
+
+/// Keeps the end of what the program writes.
+void keepTail(QProcess& process, QByteArray& tail)
+{
+    tail = (tail + process.readAll()).right(4096);
 }
 
 void stop(QProcess& process)
@@ -138,6 +156,7 @@ Status WhisperRecogniser::run(const Part& part, const QString& base, Recognition
 {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
+    process.setStandardInputFile(QProcess::nullDevice());
     process.start(m_command.program, {QStringLiteral("-m"), m_command.model, QStringLiteral("-l"), m_command.language,
                                       QStringLiteral("-f"), base + QStringLiteral(".wav"), QStringLiteral("-ojf"),
                                       QStringLiteral("-of"), base, QStringLiteral("-np")});
@@ -145,14 +164,17 @@ Status WhisperRecogniser::run(const Part& part, const QString& base, Recognition
         return failure(QStringLiteral("the speech recognition program does not start: %1").arg(process.errorString()),
                        QStringLiteral("correct its path in the settings of the recogniser"));
     }
+    QByteArray output;
     while (!process.waitForFinished(pollMs) && process.state() != QProcess::NotRunning) {
+        keepTail(process, output);
         go = sink.progress(part.first);
         if (go == Go::Stop)
             return stop(process), Status();
     }
     if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
         return {};
-    const QString last = QString::fromUtf8(process.readAll()).trimmed().section(QLatin1Char('\n'), -1).left(200);
+    keepTail(process, output);
+    const QString last = QString::fromUtf8(output).trimmed().section(QLatin1Char('\n'), -1).left(200);
     return failure(QStringLiteral("the speech recognition program failed: %1")
                        .arg(last.isEmpty() ? QStringLiteral("it gave no reason") : last),
                    QStringLiteral("run it by hand to see why, or remove it from the settings"));
