@@ -48,6 +48,8 @@ Status PictureDecoder::open()
     if (!codec)
         return codec.error();
     m_codec = std::move(*codec);
+    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(m_codec->codec_id);
+    m_intra = descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_INTRA_ONLY) != 0;
     m_number = -1;
     m_count = 0;
     m_barrier = -1;
@@ -61,6 +63,12 @@ Status PictureDecoder::rewind()
     return open();
 }
 
+/// The packet's picture is shown before the one that is looked for.
+bool PictureDecoder::isLate(const AVPacket& packet) const
+{
+    return m_wantedFrom != AV_NOPTS_VALUE && packet.pts != AV_NOPTS_VALUE && packet.pts < m_wantedFrom;
+}
+
 /// Reads the next packet of the stream that may be decoded; false at the end of the file.
 bool PictureDecoder::takePacket()
 {
@@ -69,6 +77,8 @@ bool PictureDecoder::takePacket()
         if (av_read_frame(m_file.get(), m_packet.get()) < 0)
             return false;
         if (m_packet->stream_index != m_index.stream)
+            continue;
+        if (!m_awaitKey && m_intra && isLate(*m_packet))
             continue;
         if (!m_awaitKey)
             return true;
@@ -86,6 +96,7 @@ bool PictureDecoder::feed()
     if (m_draining)
         return false;
     m_draining = !takePacket();
+    m_codec->skip_frame = !m_draining && isLate(*m_packet) ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
     // A packet that the decoder refuses yields no picture, which is noticed by the gap it leaves.
     avcodec_send_packet(m_codec.get(), m_draining ? nullptr : m_packet.get());
     return true;
@@ -140,6 +151,19 @@ Result<const AVFrame*> PictureDecoder::search(qint64 number)
     }
 }
 
+/// As search(), without decoding pictures on the way that no other refers to. Trusts what packets say of their times.
+Result<const AVFrame*> PictureDecoder::hurry(qint64 number)
+{
+    if (m_index.access == PictureIndex::Access::ByTime) {
+        // The second field of the picture before may come as a packet of its own.
+        const qint64 time = m_index.timeOf(number);
+        m_wantedFrom = time - (time - m_index.timeOf(number - 1)) / 4;
+    }
+    Result<const AVFrame*> found = search(number);
+    m_wantedFrom = AV_NOPTS_VALUE;
+    return found;
+}
+
 Result<const AVFrame*> PictureDecoder::frame(qint64 number)
 {
     const bool ahead = m_number < number && number <= m_number + nearby;
@@ -148,19 +172,24 @@ Result<const AVFrame*> PictureDecoder::frame(qint64 number)
         return isWhole(*m_frame) ? Result<const AVFrame*>(m_frame.get())
                                  : failure(number, QStringLiteral("the frame is damaged"));
     const qint64 second = std::max<qint64>(1, av_rescale_q(1, {1, 1}, m_index.timeBase));
-    for (qint64 back = going ? -1 : 0;; back = back <= 0 ? back + 1 : back * 2) {
-        const qint64 time = m_index.timeOf(number) - back * second;
+    const qint64 begin = going ? -1 : 0;
+    int misses = 0;
+    for (qint64 back = begin;; back = back <= 0 ? back + 1 : back * 2) {
+        const qint64 sought = m_index.timeOf(number) - back * second;
+        const qint64 time = misses > 0 ? std::min(sought, m_index.timeOf(m_barrier) - 1) : sought;
         const Status status = back < 0                                        ? Status()
                               : back > 0 && time < m_index.first - 8 * second ? rewind()
                                                                               : seek(time);
         if (!status)
             return status.error();
-        Result<const AVFrame*> found = search(number);
+        Result<const AVFrame*> found = back == begin ? hurry(number) : search(number);
         if (!found)
             return found;
         if (*found != nullptr)
             return isWhole(**found) ? found : failure(number, QStringLiteral("the frame is damaged"));
-        if (m_fromStart)
+        // Two random access points before it that do not lead to it: there is no use in reading from the file's start.
+        misses += back != begin && m_barrier >= 0 && m_barrier <= number ? 1 : 0;
+        if (m_fromStart || misses >= (m_intra ? 1 : 2))
             return failure(number, QStringLiteral("the frame cannot be decoded"));
     }
 }

@@ -33,8 +33,10 @@ public:
 private:
     Status seek(qint64 time);
     Result<const AVFrame*> search(qint64 number);
+    Result<const AVFrame*> hurry(qint64 number);
     bool feed();
     bool takePacket();
+    bool isLate(const AVPacket& packet) const;
     qint64 numberOf(const AVFrame& frame);
     Error failure(qint64 number, const QString& what) const;
 
@@ -50,6 +52,10 @@ private:
     qint64 m_count = 0;
     /// Pictures before this number may lack what they refer to: they are shown before the point where reading began.
     qint64 m_barrier = -1;
+    /// Pictures shown before this time (ticks) are on the way to another one and need not be decoded.
+    qint64 m_wantedFrom = AV_NOPTS_VALUE;
+    /// Each packet is a picture that refers to no other.
+    bool m_intra = false;
     bool m_awaitKey = false;
     bool m_fromStart = true;
     bool m_draining = false;

@@ -19,6 +19,15 @@ bool MediaMaker::ffmpeg(const QString& arguments) const
     return process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
+QStringList MediaMaker::packets(const QString& name) const
+{
+    QProcess process;
+    process.start(QStringLiteral("ffprobe"), {"-v", "error", "-select_streams", "v", "-show_entries", "packet=size,pos",
+                                              "-of", "csv=p=0", path(name)});
+    process.waitForFinished(60000);
+    return QString::fromLatin1(process.readAllStandardOutput()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
 bool MediaMaker::numberedPicture(int frames, const QString& rate, const QString& name) const
 {
     return ffmpeg(QStringLiteral("-f lavfi -i color=s=160x90:r=%1,format=yuv420p,"

@@ -20,6 +20,9 @@ public:
     /// Runs ffmpeg with the words of `arguments`; "@name" stands for path(name). Quoted words may hold blanks.
     bool ffmpeg(const QString& arguments) const;
 
+    /// "size,position" of each packet of a file's picture, as ffprobe tells.
+    QStringList packets(const QString& name) const;
+
     /// "numbers.nut": `frames` frames of 160 x 90 at `rate` whose luma spells the frame's number in eight bars.
     bool numberedPicture(int frames, const QString& rate, const QString& name) const;
 

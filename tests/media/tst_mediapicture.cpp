@@ -257,6 +257,35 @@ private slots:
         QCOMPARE(spelledNumber(good), total - 1);
     }
 
+    /// One packet is noise: its frame alone is lost.
+    void aDamagedFrameIsToldAndTheOthersAreRead_data()
+    {
+        const support::Rows<QString, int> row;
+        row("ProRes", "-c:v prores -profile:v 3 -pix_fmt yuv422p10le", 60);
+        row("H.264", "-c:v libx264 -g 12 -bf 0 -qp 10", 71);
+    }
+
+    void aDamagedFrameIsToldAndTheOthersAreRead()
+    {
+        const auto [codec, damaged] = support::fetched<QString, int>();
+        QVERIFY(m_maker.ffmpeg(QStringLiteral("-i @numbers.nut %1 @damaged.mov").arg(codec)));
+        const QStringList packets = m_maker.packets(QStringLiteral("damaged.mov"));
+        const QStringList place = packets.value(damaged).split(QLatin1Char(','));
+        QByteArray bytes = m_maker.bytes(QStringLiteral("damaged.mov"));
+        bytes.replace(place.value(1).toInt(), place.value(0).toInt(), QByteArray(place.value(0).toInt(), '\x7f'));
+        m_maker.write(QStringLiteral("damaged.mov"), bytes);
+        const auto sequence = support::valueOf(openSequence(m_maker.path(QStringLiteral("damaged.mov"))));
+        auto reader = support::valueOf(PictureReader::open(sequence, small));
+        for (const int n : {damaged - 2, damaged, damaged + 1, damaged, damaged - 1}) {
+            const Result<Frame> frame = reader->read(n);
+            QCOMPARE(frame.ok(), n != damaged);
+            if (n == damaged)
+                QCOMPARE(frame.error().where, QStringLiteral("frame %1").arg(n));
+            else
+                QCOMPARE(spelledNumber(*frame), n);
+        }
+    }
+
     void aFileThatChangedIsNotRead()
     {
         m_maker.write(QStringLiteral("changing.mp4"), m_maker.bytes(QStringLiteral("source.mp4")));
@@ -276,6 +305,8 @@ private:
         QRandomGenerator random(seed);
         std::vector<int> order;
         for (int n = 0; n < sequence.frames; ++n)
+            order.push_back(n);
+        for (int n = 0, stride = 2; n < sequence.frames; n += stride++)
             order.push_back(n);
         for (int n = 0; n < 25; ++n)
             order.push_back(random.bounded(int(sequence.frames)));
