@@ -110,6 +110,10 @@ void Player::setState(State state)
     if (m_state == state)
         return;
     m_state = state;
+    if (!isPlaying())
+        m_playing.reset();
+    else if (!m_playing)
+        m_playing.emplace();
     emit stateChanged();
 }
 

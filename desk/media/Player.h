@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desk/media/Playing.h"
 #include "desk/media/Preview.h"
 #include "desk/media/Sequence.h"
 #include "desk/media/SoundOutput.h"
@@ -144,6 +145,7 @@ private:
     std::unique_ptr<PictureFeed> m_pictures;
     std::unique_ptr<SoundFeed> m_sound;
     State m_state = State::Empty;
+    std::optional<Playing> m_playing;
     Rational m_rate{25, 1};
     qint64 m_frames = 0;
     qint64 m_position = 0;

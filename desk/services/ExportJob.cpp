@@ -4,6 +4,7 @@
 #include "desk/imf/j2k/J2kEncoderPool.h"
 #include "desk/imf/mxf/TrackFileWriter.h"
 #include "desk/media/PictureReader.h"
+#include "desk/media/Playing.h"
 #include "desk/media/SoundReader.h"
 #include "desk/services/CompositionBuilder.h"
 #include "desk/services/SoundExport.h"
@@ -225,7 +226,11 @@ Result<imf::TrackFileInfo> ExportJob::Work::writePicture(const QString& path)
     auto writer = imf::PictureTrackWriter::create({path, {}, frames}, format, profile);
     if (!writer)
         return writer.error();
-    imf::J2kEncoderPool pool(format, profile);
+    // Of few cores none can be left free: the encoders wait.
+    const auto beside = [](int workers) {
+        return !media::Playing::isGoingOn() ? workers : workers > 2 ? workers - 1 : 0;
+    };
+    imf::J2kEncoderPool pool(format, profile, 0, beside);
     auto feeding = std::async(std::launch::async, [this, &pool] {
         Status fed = feed(pool);
         if (!fed)

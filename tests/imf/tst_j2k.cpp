@@ -168,11 +168,21 @@ private slots:
         QVERIFY(!encodeFrame(narrow, picture, profile));
     }
 
+    void thePoolKeepsTheOrder_data()
+    {
+        QTest::addColumn<bool>("shrinks");
+        QTest::newRow("all at work") << false;
+        QTest::newRow("told to leave off on the way, and to go on") << true;
+    }
+
     void thePoolKeepsTheOrder()
     {
+        QFETCH(bool, shrinks);
         const PictureFormat picture = tinytracks::format();
         const auto profile = chooseProfile(picture, {Mode::Reversible, 0});
-        J2kEncoderPool pool(picture, *profile, 3);
+        std::atomic<int> asked{0};
+        const auto allowance = [&](int workers) { return shrinks && ++asked % 8 < 4 ? 0 : workers; };
+        J2kEncoderPool pool(picture, *profile, 3, allowance);
         std::thread producer([&] {
             for (int n = 0; n < 20; ++n) {
                 const Status status = pool.push(tinytracks::picture(picture, n));

@@ -163,8 +163,10 @@ private slots:
         player.play();
         QCOMPARE(about.value(0).value(0).toLongLong(), 40);
         QVERIFY(now.isEmpty());
+        QVERIFY(Playing::isGoingOn());
         QTRY_VERIFY(player.position() >= 90);
         player.stop();
+        QVERIFY(!Playing::isGoingOn());
         QCOMPARE(now.value(0).value(0).toLongLong(), 40);
         QCOMPARE(done.value(0).value(0).toLongLong(), player.position());
         QTRY_VERIFY(shows(player, player.position()));

@@ -3,6 +3,7 @@
 #include "desk/imf/j2k/J2kEncoder.h"
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -22,6 +23,9 @@ struct Frame {
     std::optional<Result<QByteArray>> outcome;
 };
 
+/// Nobody tells when an allowance grows.
+constexpr auto allowanceInterval = std::chrono::milliseconds(100);
+
 Error cancelled()
 {
     return {{}, QStringLiteral("JPEG 2000 encoding"), {}, QStringLiteral("it was cancelled"), {}};
@@ -32,6 +36,7 @@ Error cancelled()
 struct J2kEncoderPool::State {
     PictureFormat format;
     J2kProfile profile;
+    Allowance allowance;
     int capacity = 0;
 
     mutable std::mutex mutex;
@@ -42,11 +47,18 @@ struct J2kEncoderPool::State {
     std::deque<Frame> frames;
     /// How many frames, from the front, the workers have begun.
     std::size_t begun = 0;
+    int busy = 0;
     bool ended = false;
     std::optional<Error> failed;
     std::vector<std::thread> workers;
 
     bool full() const { return frames.size() >= std::size_t(capacity); }
+
+    bool mayBegin() const
+    {
+        const int count = int(workers.size());
+        return busy < (allowance ? allowance(count) : count);
+    }
 
     void fail(const Error& error)
     {
@@ -63,27 +75,34 @@ void J2kEncoderPool::State::work()
 {
     std::unique_lock lock(mutex);
     for (;;) {
-        workAdded.wait(lock, [this] { return failed || ended || begun < frames.size(); });
+        const auto isDue = [this] { return failed || (begun < frames.size() ? mayBegin() : ended); };
+        while (!workAdded.wait_for(lock, allowanceInterval, isDue)) {
+        }
         if (failed || begun >= frames.size())
             return;
         Frame& frame = frames[begun++];
         const Picture picture = std::move(frame.picture);
+        ++busy;
         lock.unlock();
         auto outcome = encodeFrame(picture, format, profile);
         lock.lock();
         frame.outcome = std::move(outcome);
         frame.done = true;
+        --busy;
         frameDone.notify_all();
+        workAdded.notify_one();
     }
 }
 
-J2kEncoderPool::J2kEncoderPool(const PictureFormat& format, const J2kProfile& profile, int workers)
+J2kEncoderPool::J2kEncoderPool(const PictureFormat& format, const J2kProfile& profile, int workers, Allowance allowance)
     : m_state(std::make_unique<State>())
 {
     const int count = workers > 0 ? workers : std::max(1, int(std::thread::hardware_concurrency()));
     m_state->format = format;
     m_state->profile = profile;
+    m_state->allowance = std::move(allowance);
     m_state->capacity = 2 * count;
+    const std::lock_guard lock(m_state->mutex);
     for (int i = 0; i < count; ++i)
         m_state->workers.emplace_back([state = m_state.get()] { state->work(); });
 }

@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -20,8 +21,12 @@ namespace desk::imf
 class J2kEncoderPool
 {
 public:
-    /// `workers` 0 means one a core.
-    J2kEncoderPool(const PictureFormat& format, const J2kProfile& profile, int workers = 0);
+    /// How many workers may be at it now, 0 to pause. Asked before each frame and some times a second in a pause, on
+    /// the workers' threads.
+    using Allowance = std::function<int(int workers)>;
+
+    /// `workers` 0 means one a core. Without an allowance all of them work.
+    J2kEncoderPool(const PictureFormat& format, const J2kProfile& profile, int workers = 0, Allowance allowance = {});
     /// Cancels and joins the workers: waits for the frames that are being encoded, not for those in the queue.
     ~J2kEncoderPool();
     J2kEncoderPool(const J2kEncoderPool&) = delete;

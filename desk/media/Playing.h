@@ -1,0 +1,20 @@
+#pragma once
+
+namespace desk::media
+{
+
+/// Somebody watches or listens for as long as one of these lives: work in the background leaves room for playback.
+/// Any thread.
+class Playing
+{
+public:
+    Playing();
+    ~Playing();
+    Playing(const Playing&) = delete;
+    Playing& operator=(const Playing&) = delete;
+
+    /// Whether one lives in this process.
+    static bool isGoingOn();
+};
+
+} // namespace desk::media
