@@ -17,6 +17,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QLabel>
+#include <QMenuBar>
 #include <QMimeData>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -205,6 +206,15 @@ private slots:
         }
         QVERIFY(keys.size() > 12);
         QCOMPARE(keys.removeDuplicates(), 0);
+        const auto menus = m_window->menuBar()->findChildren<QMenu*>();
+        for (const QMenu* menu : menus) {
+            QStringList letters;
+            const auto entries = menu->actions();
+            for (const QAction* entry : entries)
+                letters += entry->isSeparator() ? QString() : QKeySequence::mnemonic(entry->text()).toString();
+            letters.removeAll({});
+            QVERIFY2(letters.removeDuplicates() == 0, qPrintable(menu->title()));
+        }
     }
 
     void aChangeIsKeptBeforeAnybodyQuits()

@@ -49,7 +49,7 @@ const DeskWindow::ActionRow DeskWindow::actionRows[] = {
     {nullptr, "rename", "&Rename", "F2", &DeskWindow::rename},
     {"", "chooseFolder", "Choose &Folder...", "Ctrl+Shift+F", &DeskWindow::chooseFolder},
     {"", "remove", "Re&move", "Ctrl+Backspace", &DeskWindow::removeSelected},
-    {nullptr, "refresh", "Re&fresh", "F5", &DeskWindow::refreshSelected},
+    {nullptr, "refresh", "Refres&h", "F5", &DeskWindow::refreshSelected},
     {"", "refreshAll", "Refresh A&ll", "Shift+F5", &DeskWindow::refreshAll},
     {"", "resolveMissing", "Find &What Is Missing...", "", &DeskWindow::resolveMissing},
     {nullptr, "export", "&Export", "Ctrl+E", &DeskWindow::exportSelected},
