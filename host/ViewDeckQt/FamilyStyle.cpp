@@ -101,6 +101,17 @@ bool showsKeyboardFocus(const QStyleOption& option)
     return option.state.testFlag(QStyle::State_HasFocus) && option.state.testFlag(QStyle::State_KeyboardFocusChange);
 }
 
+void drawFocusFrame(QPainter* painter, const QStyleOption& option)
+{
+    const auto* frame = qstyleoption_cast<const QStyleOptionFocusRect*>(&option);
+    const QColor selection = option.palette.color(QPalette::Highlight);
+    if (!frame || frame->backgroundColor != selection)
+        return drawPanel(painter, option.rect, Qt::NoBrush, QPen(Tone::focus(option.palette), 1));
+    // On a selected item the colour of the focus is too near to that of the selection, which is seen on either side.
+    const QColor light = Tone::mix(selection, option.palette.color(QPalette::HighlightedText), 0.75);
+    drawPanel(painter, option.rect.adjusted(1, 1, -1, -1), Qt::NoBrush, QPen(light, 1));
+}
+
 void drawPushButton(QPainter* painter, const QStyleOption& option)
 {
     const auto* button = qstyleoption_cast<const QStyleOptionButton*>(&option);
@@ -198,7 +209,7 @@ void FamilyStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* op
     case PE_FrameFocusRect:
         // Buttons and choices show the focus by their own frame.
         if (!qobject_cast<const QAbstractButton*>(widget) || widget->inherits("QCheckBox"))
-            drawPanel(painter, option->rect, Qt::NoBrush, QPen(Tone::focus(option->palette), 1));
+            drawFocusFrame(painter, *option);
         return;
     default:
         QProxyStyle::drawPrimitive(element, option, painter, widget);

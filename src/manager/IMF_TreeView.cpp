@@ -23,6 +23,8 @@ IMF_TreeView::IMF_TreeView(QWidget* parent) : QTreeView(parent)
     setContextMenuPolicy(Qt::CustomContextMenu);
     // Layout and changes stay cheap in a tree of any size.
     setUniformRowHeights(true);
+    // A frame round the name alone would look like an open editor.
+    setAllColumnsShowFocus(true);
     setHeader(new PlainHeader(this));
     setItemDelegate(new IMF_TreeNameDelegate(this));
     setItemDelegateForColumn(statusColumn, new IMF_TreeViewDelegate(this));

@@ -217,6 +217,17 @@ private slots:
         }
     }
 
+    void theFocusIsSeenOnTheSelectionUpToItsEnd()
+    {
+        const QPersistentModelIndex made = delivery(QStringLiteral("Seen"));
+        for (const char* skin : {"light", "dark"}) {
+            trigger(skin);
+            const QRect end = m_window->tree().visualRect(made.sibling(made.row(), 1));
+            const QColor frame = m_window->tree().viewport()->grab(end).toImage().pixelColor(end.width() - 2, 12);
+            QVERIFY(frame.lightness() > m_window->palette().highlight().color().lightness() + 60);
+        }
+    }
+
     void aChangeIsKeptBeforeAnybodyQuits()
     {
         QSignalSpy saved(m_window.get(), &DeskWindow::saved);
