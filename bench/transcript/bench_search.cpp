@@ -20,7 +20,7 @@
 namespace
 {
 constexpr int wordsASegment = 10;
-constexpr QLatin1String needle("needle");
+const QLatin1String needle("needle");
 
 double milliseconds(const std::function<void()>& action)
 {

@@ -104,7 +104,7 @@ void SoundFeed::makeGains()
                                               {"Lc", {lowered, 0}},
                                               {"Rc", {0, lowered}}};
     const float alone = m_sequence.audio.size() == 1 ? 1 : lowered;
-    for (const AudioTrackInfo& track : m_sequence.audio)
+    for (const AudioTrackInfo& track : qAsConst(m_sequence.audio))
         m_gains.push_back(m_sequence.audio.size() == 1 ? Gains() : places.value(track.label, {alone, alone}));
 }
 

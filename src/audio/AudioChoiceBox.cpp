@@ -18,7 +18,7 @@
 
 namespace
 {
-constexpr QLatin1String separator("----------");
+const QLatin1String separator("----------");
 constexpr int shownCharacters = 6;
 constexpr int shownEntries = 16;
 constexpr int lineHeight = 9;
@@ -198,7 +198,7 @@ void AudioChoiceBox::changeEvent(QEvent* event)
     // For a change of style the base makes the list of its popup. That takes far longer than all the rest, and few are
     // ever opened.
     if (event->type() == QEvent::StyleChange && !m_isMade)
-        return QWidget::changeEvent(event);
+        return QWidget::changeEvent(event); // NOLINT(bugprone-parent-virtual-call)
     QComboBox::changeEvent(event);
     if (event->type() == QEvent::PaletteChange && isMissing())
         markMissing();

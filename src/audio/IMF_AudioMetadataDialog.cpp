@@ -20,9 +20,9 @@ using ViewDeckQt::StyledButton;
 
 namespace
 {
-constexpr QLatin1String none("None");
-constexpr QLatin1String regionSeparator("----------");
-constexpr QLatin1String kindSeparator("Separator");
+const QLatin1String none("None");
+const QLatin1String regionSeparator("----------");
+const QLatin1String kindSeparator("Separator");
 constexpr QLatin1Char tagSeparator('-');
 constexpr int regionWidth = 170;
 constexpr int margin = 16;
@@ -244,7 +244,7 @@ QString IMF_AudioMetadataDialog::contentKindText() const
 bool IMF_AudioMetadataDialog::isLanguageTagListed() const
 {
     const QStringList parts = partsOfTag(m_metadata);
-    const QString code = parts.first();
+    const QString& code = parts.first();
     const QString region = regionCode(m_metadata);
     if (parts.size() > 2)
         return false;

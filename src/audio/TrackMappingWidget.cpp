@@ -22,8 +22,8 @@ using ViewDeckQt::StyledButton;
 
 namespace
 {
-constexpr QLatin1String allActiveTracks("All Active Tracks");
-constexpr QLatin1String noRegion("None");
+const QLatin1String allActiveTracks("All Active Tracks");
+const QLatin1String noRegion("None");
 constexpr QLatin1Char tagSeparator('-');
 constexpr int sourceWidth = 180;
 constexpr int iconLabelWidth = 25;

@@ -364,6 +364,27 @@ Status Walk::describeComposition()
     return typed ? m_hand->shoot(QStringLiteral("composition")) : typed;
 }
 
+namespace
+{
+void nameGroup(QWidget* asks)
+{
+    Hand::type(asks->findChild<QLineEdit*>(QStringLiteral("GroupName")), groupName);
+    Hand::click(asks->findChild<QPushButton*>(QStringLiteral("OK")));
+}
+
+void saveGroupAs(QComboBox* groups)
+{
+    Hand::whenOpen([groups](QWidget*) {
+        // From the default group over the others and "Save" to "Save As..."; a separator is no stop.
+        for (int stop = 3; stop < groups->count(); ++stop)
+            Hand::key(groups->view(), Qt::Key_Down);
+        Hand::whenOpen(nameGroup);
+        Hand::key(groups->view(), Qt::Key_Return);
+    });
+    Hand::click(groups);
+}
+} // namespace
+
 Status Walk::groupTracks()
 {
     auto* button = m_window->findChild<QPushButton*>(QStringLiteral("ATGbtn"));
@@ -381,18 +402,7 @@ Status Walk::groupTracks()
         auto* tracks = dialog->findChild<QAbstractItemView*>(QStringLiteral("m_tracks"));
         for (int row = 0; row < 2; ++row)
             Hand::click(tracks, tracks->model()->index(row, 1));
-        auto* groups = dialog->findChild<QComboBox*>(QStringLiteral("m_groups"));
-        Hand::whenOpen([groups](QWidget*) {
-            // From the default group over the others and "Save" to "Save As..."; a separator is no stop.
-            for (int stop = 3; stop < groups->count(); ++stop)
-                Hand::key(groups->view(), Qt::Key_Down);
-            Hand::whenOpen([](QWidget* asks) {
-                Hand::type(asks->findChild<QLineEdit*>(QStringLiteral("GroupName")), groupName);
-                Hand::click(asks->findChild<QPushButton*>(QStringLiteral("OK")));
-            });
-            Hand::key(groups->view(), Qt::Key_Return);
-        });
-        Hand::click(groups);
+        saveGroupAs(dialog->findChild<QComboBox*>(QStringLiteral("m_groups")));
         (void)m_hand->shoot(QStringLiteral("audio-groups"));
         Hand::click(dialog->findChild<QPushButton*>(QStringLiteral("m_save")));
     });
