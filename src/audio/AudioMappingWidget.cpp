@@ -5,6 +5,8 @@
 #include "StratacutUI/IMF_DataParser.h"
 #include "StratacutUI/ImfDict.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QPointer>
@@ -154,9 +156,11 @@ void AudioMappingWidget::onAddButtonClicked(int index)
 
 void AudioMappingWidget::revealLater(TrackMappingWidget* row)
 {
-    // A timer of some length runs after all that is posted, so that the layouts have given the row its place.
-    QTimer::singleShot(1, row, [row] {
+    QTimer::singleShot(0, row, [row] {
+        // Layouts are told of a new row by posted events, each level by the one below: all have to give it its place.
+        row->show();
         for (QWidget* widget = row->parentWidget(); widget; widget = widget->parentWidget()) {
+            QCoreApplication::sendPostedEvents(widget, QEvent::LayoutRequest);
             if (auto* area = qobject_cast<QScrollArea*>(widget))
                 return area->ensureWidgetVisible(row);
         }
