@@ -1,5 +1,5 @@
 # Turns lines "name | measured | target" into one table with a verdict. The first number of each text counts; a target
-# that says "at most", "below" or "<" is an upper limit, every other one a lower limit.
+# that says "at least", "above" or ">" is a lower limit, every other one an upper limit.
 function number(text) {
     gsub(",", "", text)
     return match(text, /-?[0-9]+(\.[0-9]+)?/) ? substr(text, RSTART, RLENGTH) + 0 : ""
@@ -12,9 +12,9 @@ function verdict(measured, target,    got, limit) {
         return "NO"
     if (limit == "")
         return "-"
-    if (tolower(target) ~ /at most|below|under|</)
-        return got <= limit ? "yes" : "NO"
-    return got >= limit ? "yes" : "NO"
+    if (tolower(target) ~ /at least|above|>/)
+        return got >= limit ? "yes" : "NO"
+    return got <= limit ? "yes" : "NO"
 }
 
 function widest(text, column) {

@@ -40,8 +40,8 @@ int clipHeight(const QFont& font)
 QColor dim(const QPalette& palette)
 {
     constexpr double share = 0.62;
-    const QColor text = palette.color(QPalette::Active, QPalette::Text);
-    const QColor base = palette.color(QPalette::Active, QPalette::Base);
+    const QColor& text = palette.color(QPalette::Active, QPalette::Text);
+    const QColor& base = palette.color(QPalette::Active, QPalette::Base);
     const auto mix = [](int from, int to) { return int(from + (to - from) * share); };
     return {mix(base.red(), text.red()), mix(base.green(), text.green()), mix(base.blue(), text.blue())};
 }

@@ -188,7 +188,8 @@ bool STT_TranscriptTextEdit::isInView(const QRectF& place) const
 
 void STT_TranscriptTextEdit::scrollToMiddle(const QTextCursor& cursor)
 {
-    settle({cursor.selectionStart(), qreal(height() / 2)});
+    const int middle = height() / 2;
+    settle({cursor.selectionStart(), qreal(middle)});
 }
 
 void STT_TranscriptTextEdit::selectInPlace(const QTextCursor& cursor)

@@ -29,20 +29,28 @@ using ViewDeckQt::PWDiscrete;
 namespace
 {
 constexpr const char* metadataToggle = "/Stratacut/IMFMCAMetadata";
-const QStringList sources{"Alle aktiven Spuren", "----------", "A1 Stereo Dialogue", "A2 Mono Effects",
-                          "----------",          "Dialogue",   "Music and Effects"};
-const QStringList mixes{"Mono", "Stereo", "5.1"};
+
+QStringList sources()
+{
+    return {"Alle aktiven Spuren", "----------", "A1 Stereo Dialogue", "A2 Mono Effects",
+            "----------",          "Dialogue",   "Music and Effects"};
+}
+
+QStringList mixes()
+{
+    return {"Mono", "Stereo", "5.1"};
+}
 
 class Choices : public ITrackGroupingManger
 {
 public:
-    explicit Choices(QStringList sourceList = sources) : m_sources(std::move(sourceList)) {}
+    explicit Choices(QStringList sourceList = sources()) : m_sources(std::move(sourceList)) {}
 
     QStringList getAllActiveTracks() override { return {"A1", "A2"}; }
 
     QStringList getSourceList() override { return m_sources; }
 
-    QStringList getAudioMixList() override { return m_sources.isEmpty() ? QStringList() : mixes; }
+    QStringList getAudioMixList() override { return m_sources.isEmpty() ? QStringList() : mixes(); }
 
     QJsonArray getTrackGroups() override
     {
@@ -70,7 +78,7 @@ QJsonObject cplWith(const QJsonValue& mix)
 
 /// A mapping in a window, and what a user sees of it.
 struct Window {
-    explicit Window(const QStringList& sourceList = sources)
+    explicit Window(const QStringList& sourceList = sources())
         : mapping(new AudioMappingWidget("id", std::make_unique<Choices>(sourceList), &page))
     {
         (new QVBoxLayout(&page))->addWidget(mapping);
@@ -253,7 +261,7 @@ private slots:
         QCOMPARE(changes.size(), reports);
         QCOMPARE(window.stored(SourceTracksGroups), expected);
         QCOMPARE(window.labels().size(), expected.size());
-        QCOMPARE(window.source(0)->currentText(), sources.first());
+        QCOMPARE(window.source(0)->currentText(), sources().constFirst());
     }
 
     void aSourceThatIsGoneStaysAndIsMarked()
@@ -262,7 +270,7 @@ private slots:
         const QStringList gone{"Group 5.1", "Dialogue"};
         window.mapping->setValue(mappingOf({row(gone.first(), "9.1"), row(gone.last())}));
         QCOMPARE(window.stored(MixMode), QStringList({"9.1", "5.1"}));
-        window.mapping->setTrackGroupingManager(std::make_unique<Choices>(sources.mid(0, 4)));
+        window.mapping->setTrackGroupingManager(std::make_unique<Choices>(sources().mid(0, 4)));
         QCOMPARE(window.stored(SourceTracksGroups), gone);
         for (int i = 0; i < 2; ++i) {
             QCOMPARE(window.source(i)->currentText(), gone.at(i));
@@ -273,7 +281,7 @@ private slots:
         QCOMPARE(window.stored(SourceTracksGroups), gone);
         window.mapping->setTrackGroupingManager(std::make_unique<Choices>());
         QVERIFY(window.source(1)->toolTip().isEmpty());
-        QCOMPARE(window.source(1)->count(), sources.size());
+        QCOMPARE(window.source(1)->count(), sources().size());
         QTest::keyClick(window.source(0), Qt::Key_Home);
         QCOMPARE(window.stored(SourceTracksGroups), QStringList({"All Active Tracks", "Dialogue"}));
         QVERIFY(window.source(0)->toolTip().isEmpty());
@@ -285,7 +293,8 @@ private slots:
         QStringList visited;
         for (int i = 0; i < 5; ++i) {
             QTest::keyClick(window.source(0), Qt::Key_Down);
-            visited << window.stored(SourceTracksGroups).first();
+            const QStringList stored = window.stored(SourceTracksGroups);
+            visited << stored.first();
         }
         QCOMPARE(visited, QStringList({"A1 Stereo Dialogue", "A2 Mono Effects", "Dialogue", "Music and Effects",
                                        "Music and Effects"}));
@@ -308,7 +317,7 @@ private slots:
             QVERIFY(!window.mode(i)->isEnabled() && !window.button("m_plusButton", i)->isVisible());
         window.mapping->setValue(mappingOf({row("Dialogue")}));
         QVERIFY(window.source(0)->isVisible());
-        QCOMPARE(window.mode(0)->count(), mixes.size());
+        QCOMPARE(window.mode(0)->count(), mixes().size());
     }
 
     void whateverIsSetComesBack()
@@ -316,16 +325,16 @@ private slots:
         const quint32 seed = quint32(QDateTime::currentMSecsSinceEpoch());
         qInfo("seed %u", seed);
         support::Junk junk(seed, {Name},
-                           QStringList(sources) << "Gone 7"
-                                                << "All Active Tracks");
+                           QStringList(sources()) << "Gone 7"
+                                                  << "All Active Tracks");
         Window window;
         for (int round = 0; round < 60; ++round) {
             QJsonArray rows;
             for (int i = junk.below(7); i >= 0; --i) {
                 QString source = junk.text();
-                if (source == sources.first())
+                if (source == sources().constFirst())
                     source = "All Active Tracks";
-                QJsonObject set = row(source, mixes.at(junk.below(3)));
+                QJsonObject set = row(source, mixes().at(junk.below(3)));
                 set[Metadata] = QJsonObject{{RFC5646SpokenLanguage, junk.text()}, {AudioContentKind, "HI"}};
                 set[TargetTrack] = QStringLiteral("A%1").arg(rows.size() + 1);
                 rows.append(set);
@@ -394,9 +403,11 @@ private slots:
                 if (isPainted)
                     dialog->grab();
                 QComboBox* boxes[3];
-                for (PWDiscrete* field : dialog->findChildren<PWDiscrete*>())
+                const auto fields = dialog->findChildren<PWDiscrete*>();
+                for (PWDiscrete* field : fields)
                     boxes[field->getId() == "id_mca_language" ? 0 : 2] = field->findChild<QComboBox*>();
-                for (QComboBox* box : dialog->findChildren<QComboBox*>(QString(), Qt::FindDirectChildrenOnly))
+                const auto regions = dialog->findChildren<QComboBox*>(QString(), Qt::FindDirectChildrenOnly);
+                for (QComboBox* box : regions)
                     boxes[1] = box;
                 if (isPainted)
                     QVERIFY(boxes[1]->currentText() != "None" && boxes[2]->currentText() != "None");

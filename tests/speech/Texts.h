@@ -32,7 +32,7 @@ inline QVector<desk::speech::Word> wordsOf(const QString& text)
     for (const QString& part : parts) {
         const QString times = part.section(' ', 0, 0);
         const int dash = times.indexOf('-', 1);
-        words.append({times.left(dash).toInt(), times.mid(dash + 1).toInt(), part.section(' ', 1), -1});
+        words.append({times.leftRef(dash).toInt(), times.midRef(dash + 1).toInt(), part.section(' ', 1), -1});
     }
     return words;
 }

@@ -52,16 +52,16 @@ QByteArray utf16(const QString& text)
     return QByteArray("\xff\xfe", 2) + QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
 }
 
-const QByteArray goodSrt =
+constexpr char goodSrt[] =
     "1\n00:00:01,000 --> 00:00:03,000\nHello <i>big</i> world\n\n2\n00:00:02,500 --> 00:00:04,000\nYes\n";
-const QByteArray goodVtt = "WEBVTT\n\nNOTE nothing\n\n00:01.000 --> 00:03.000 align:start\n<v Anna>one "
+constexpr char goodVtt[] = "WEBVTT\n\nNOTE nothing\n\n00:01.000 --> 00:03.000 align:start\n<v Anna>one "
                            "<00:02.000>two\n\n00:03.000 --> 00:04.000\nthree\n";
-const QByteArray goodWhisper =
+constexpr char goodWhisper[] =
     R"({"transcription":[{"offsets":{"from":0,"to":2000},"text":" Hello, world","tokens":[)"
     R"({"text":"[_BEG_]","offsets":{"from":0,"to":0},"p":0.9},{"text":" Hel","offsets":{"from":100,"to":400},"p":0.9},)"
     R"({"text":"lo","offsets":{"from":400,"to":600},"p":0.5},{"text":",","offsets":{"from":600,"to":700},"p":0.8},)"
     R"({"text":" world","offsets":{"from":900,"to":1500},"p":0.7}]},{"offsets":{"from":2000,"to":3000},"text":" you there"}]})";
-const QByteArray goodOwn =
+constexpr char goodOwn[] =
     R"({"format":"stratacut-transcript","version":1,"speakers":[{"id":4,"name":"Anna"}],)"
     R"("segments":[{"speaker":4,"words":[{"start":0,"end":400,"text":"Hi","confidence":0.5}]}]})";
 
@@ -197,7 +197,7 @@ private slots:
             "in (line 6): the cue ends before it starts; correct the line and import the file again.");
         row("text without times", goodSrt, "2\n00:00:02,500 --> 00:00:04,000\n", "",
             "in (line 5): there is text outside of any cue; give it a line with times and import the file again.");
-        row("no words", goodVtt, goodVtt.mid(8), "",
+        row("no words", goodVtt, QByteArray(goodVtt).mid(8), "",
             "in: the file has no words; choose the file that holds the transcript.");
         row("JSON cut", goodWhisper, ",\"text\":\" you there\"}]}", "",
             "in (line 1): the JSON is not valid: unterminated object; write the file again with the program that made "

@@ -179,7 +179,7 @@ private slots:
         {
             Transcriber transcriber(store, counting(script));
             transcriber.add(clip, job(6, 1));
-            QTRY_COMPARE(store.recognised(clip)[0].utterances.size(), 3);
+            QTRY_COMPARE(store.recognised(clip).value(0).utterances.size(), 3);
             QTRY_COMPARE(store.clipState(clip).percent, 50);
             copy = killedCopy(store);
         }
@@ -233,7 +233,7 @@ private slots:
         transcriber.add(clip, task);
         QTRY_COMPARE(int(store.clipState(clip).stage), int(Stage::Failed));
         QCOMPARE(store.clipState(clip).failure, sentence);
-        QCOMPARE(store.recognised(clip)[0].utterances.size(), kept);
+        QCOMPARE(store.recognised(clip).value(0).utterances.size(), kept);
         QVERIFY(!store.transcript(clip));
     }
 

@@ -6,6 +6,7 @@
 #include <QRandomGenerator>
 #include <QScopedValueRollback>
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QTextBlock>
 
 using support::segmentOf;

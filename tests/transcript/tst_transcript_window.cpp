@@ -6,6 +6,7 @@
 #include <QMenu>
 #include <QMetaMethod>
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QTextBlock>
 
 using support::segmentOf;
