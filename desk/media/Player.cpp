@@ -110,10 +110,11 @@ void Player::setState(State state)
     if (m_state == state)
         return;
     m_state = state;
-    if (!isPlaying())
+    if (!isPlaying()) {
         m_playing.reset();
-    else if (!m_playing)
+    } else if (!m_playing) {
         m_playing.emplace();
+    }
     emit stateChanged();
 }
 

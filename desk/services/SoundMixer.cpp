@@ -27,10 +27,8 @@ void addUp(const media::SoundBlock& block, const std::vector<Input>& inputs, std
     for (const Input& input : inputs) {
         const auto& samples = block.tracks[input.track];
         const auto scaled = [gain = input.gain](std::int32_t sample) {
-            if constexpr (std::is_same_v<Value, double>)
-                return gain * sample;
-            else
-                return sample;
+            // Sums of integers have a gain of one.
+            return std::is_same_v<Value, double> ? Value(gain * sample) : Value(sample);
         };
         if (&input == &inputs.front())
             std::transform(samples.begin(), samples.end(), sums.begin(), scaled);

@@ -200,7 +200,7 @@ void IMF_AudioMetadataDialog::setMetadata(const QJsonObject& metadata)
 void IMF_AudioMetadataDialog::showMetadata()
 {
     m_language->setValue(languageText());
-    populateRegionComboBox(partsOfTag(m_metadata).first());
+    populateRegionComboBox(partsOfTag(m_metadata).constFirst());
     const QString region = regionText();
     if (!region.isEmpty())
         m_region->choose(region);
@@ -223,14 +223,14 @@ void IMF_AudioMetadataDialog::showNote()
 
 QString IMF_AudioMetadataDialog::languageText() const
 {
-    const QString code = partsOfTag(m_metadata).first();
+    const QString code = partsOfTag(m_metadata).constFirst();
     return choiceText(code, namesOf(code).value(code).toString());
 }
 
 QString IMF_AudioMetadataDialog::regionText() const
 {
     const QString region = regionCode(m_metadata);
-    return choiceText(region, namesOf(partsOfTag(m_metadata).first()).value(region).toString());
+    return choiceText(region, namesOf(partsOfTag(m_metadata).constFirst()).value(region).toString());
 }
 
 QString IMF_AudioMetadataDialog::contentKindText() const

@@ -185,7 +185,7 @@ private slots:
         QTest::keyClicks(edit, QStringLiteral("abc"));
         QVERIFY(reports.isEmpty());
         QTest::keyClick(edit, Qt::Key_Return);
-        QCOMPARE(reports.takeFirst().first().toString(), QStringLiteral("abc"));
+        QCOMPARE(reports.takeFirst().constFirst().toString(), QStringLiteral("abc"));
         QTest::keyClicks(edit, QStringLiteral("d"));
         QTest::keyClick(edit, Qt::Key_Escape);
         QCOMPARE(edit->text(), QStringLiteral("abc"));

@@ -189,7 +189,8 @@ private slots:
         if (onNothing)
             answer = std::make_unique<WhenOpened>(WhenOpened::clicking("originalBtn"));
         QVERIFY(!f.drop({"clip"}, index));
-        f.withoutTester([&] { QVERIFY(f.drop({"a"}, onNothing ? QModelIndex() : index)); });
+        const QModelIndex target = onNothing ? QModelIndex() : index;
+        f.withoutTester([&] { QVERIFY(f.drop({"a"}, target)); });
         QCOMPARE(f.tree().selectionModel()->selectedRows(), QModelIndexList{f.tree().currentIndex()});
         QCOMPARE(f.param<PWTextInput>("id_content_title")->getValue().toString(), QString("A"));
     }

@@ -162,7 +162,7 @@ private slots:
         Tree tree;
         QSignalSpy changed(tree.f.model.get(), &Model::dataChanged);
         tree.f.newImp(tree.delivery);
-        QCOMPARE(changed.takeFirst()[0].toModelIndex(), tree.delivery.siblingAtColumn(1));
+        QCOMPARE(changed.takeFirst().at(0).toModelIndex(), tree.delivery.siblingAtColumn(1));
         tree.f.newDelivery("Other");
         QVERIFY(changed.isEmpty());
     }

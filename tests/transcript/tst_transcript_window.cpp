@@ -161,7 +161,7 @@ void TestTranscriptWindow::linesLieOneBelowTheOther_data()
     QTest::newRow("right to left") << QStringLiteral("שלום עולם זה תמליל מימין לשמאל עם כמה מילים");
     QTest::newRow("without blanks") << QString(400, QChar(0x4eca));
     QTest::newRow("emoji") << QStringLiteral("👩‍🚀👩‍🚀👩‍🚀 é́ 😀😀 ").repeated(20);
-    QTest::newRow("nothing") << QStringLiteral("");
+    QTest::newRow("nothing") << QString();
 }
 
 void TestTranscriptWindow::linesLieOneBelowTheOther()

@@ -211,10 +211,10 @@ bool DeskWindow::mayLoseDeliveries()
 
 void DeskWindow::chooseRecogniser()
 {
-    services::TranscriptService& service = m_host->transcripts();
-    auto* dialog = new RecogniserDialog(service.settings().recogniser, this);
+    auto* dialog = new RecogniserDialog(m_host->transcripts().settings().recogniser, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QDialog::accepted, this, [this, dialog, &service] {
+    connect(dialog, &QDialog::accepted, this, [this, dialog] {
+        services::TranscriptService& service = m_host->transcripts();
         services::TranscriptSettings settings = service.settings();
         settings.recogniser = dialog->settings();
         const Status kept = service.change(settings);
