@@ -58,7 +58,8 @@ public:
     /// @return false, with -1 in start and end, for a word that has no place in the document.
     bool findWordPosFromWordIndex(int segment, int word, int* start, int* end);
     bool findWordIndexFromPosition(int position, int& segment, int& word);
-    /// Segments without words are passed over.
+    /// @return false where there is no such neighbour: at the ends of the transcript and beside a segment without
+    /// words.
     bool getNextWordInfo(int segment, int word, int* nextSegment, int* nextWord, int* nextStartMs);
     bool getPrevWordInfo(int segment, int word, int* prevSegment, int* prevWord, int* prevEndMs);
     /// -1 for a segment that has no block.

@@ -99,7 +99,7 @@ std::optional<SegmentTimeIndex::Word> SegmentTimeIndex::wordAt(int frame, Bias b
     const std::optional<Word> started = wordStartedAt(ms, segment);
     if (!started || bias == Bias::Shown)
         return started ? shownWord(*started, ms) : started;
-    const std::optional<Word> before = ms > endOf(*started) ? std::nullopt : previous(*started);
+    const std::optional<Word> before = ms > endOf(*started) ? std::nullopt : directlyBefore(*started);
     return before ? before : started;
 }
 
@@ -114,7 +114,7 @@ std::optional<SegmentTimeIndex::Word> SegmentTimeIndex::wordStartedAt(int ms, in
     if (later == spoken.wordStarts.end())
         return Word{segment, lastWord(spoken)};
     const Word coming{segment, int(later - spoken.wordStarts.begin())};
-    const std::optional<Word> before = previous(coming);
+    const std::optional<Word> before = directlyBefore(coming);
     return before ? before : coming;
 }
 
@@ -143,6 +143,8 @@ std::optional<SegmentTimeIndex::Word> SegmentTimeIndex::nextStartingAfter(int ms
     std::ptrdiff_t passed = word.index + 1;
     for (int segment = word.segment; segment < int(all.size()); ++segment) {
         const std::vector<int>& starts = all[std::size_t(segment)].wordStarts;
+        if (starts.empty())
+            break;
         const auto found = std::find_if(starts.begin() + passed, starts.end(), [ms](int start) { return start > ms; });
         if (found != starts.end())
             return Word{segment, int(found - starts.begin())};
@@ -177,6 +179,13 @@ std::optional<SegmentTimeIndex::Word> SegmentTimeIndex::previous(const Word& wor
             return Word{segment, lastWord(all[std::size_t(segment)])};
     }
     return std::nullopt;
+}
+
+/// In a look-up, a segment without words is an end like that of the transcript.
+std::optional<SegmentTimeIndex::Word> SegmentTimeIndex::directlyBefore(const Word& word) const
+{
+    const std::optional<Word> before = previous(word);
+    return before && before->segment >= word.segment - 1 ? before : std::nullopt;
 }
 
 int SegmentTimeIndex::startOf(const Word& word) const

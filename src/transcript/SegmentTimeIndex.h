@@ -41,7 +41,7 @@ public:
     int segmentAt(int ms, int minSegment) const;
     std::optional<Word> wordAt(int frame, Bias bias, int minSegment) const;
 
-    /// The neighbours of a word; segments without words are passed over.
+    /// The way from word to word; segments without words are passed over.
     std::optional<Word> next(const Word& word) const;
     std::optional<Word> previous(const Word& word) const;
 
@@ -61,6 +61,7 @@ private:
     const std::vector<int>& speakingAt(int ms) const;
     int spokeLastBefore(int ms) const;
     bool exists(const Word& word) const;
+    std::optional<Word> directlyBefore(const Word& word) const;
     std::optional<Word> wordStartedAt(int ms, int segment) const;
     std::optional<Word> nextStartingAfter(int ms, const Word& word) const;
     Word shownWord(const Word& word, int ms) const;

@@ -129,9 +129,11 @@ STT_EntryWidget* STT_TranscriptManagerWindow::entryInView(int segment)
     return m_entryColumn->entry(segment);
 }
 
-/// The line may have left the view while the menu was open.
+/// The line may have left the view while the menu was open, and a field that is hidden takes no name.
 void STT_TranscriptManagerWindow::RenameSpeakerAction()
 {
+    if (!m_showSpeaker->isChecked())
+        m_showSpeaker->trigger();
     if (STT_EntryWidget* entry = entryInView(menuSegment()))
         entry->speakerEdit()->beginEditing();
 }

@@ -128,7 +128,7 @@ void Window::finishRefresh()
     m_isActive = info->isTranscriptLoaded();
     m_entryColumn->sync();
     emit refreshDoneSignal();
-    if (!m_isGangOn || !canFollow())
+    if (!m_isGangOn || !m_isActive)
         return;
     if (m_isGangSuspended)
         updateMarkSelection();

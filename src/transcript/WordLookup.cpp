@@ -94,12 +94,18 @@ bool Window::findWordIndexFromPosition(int position, int& segment, int& word)
 
 bool Window::getNextWordInfo(int segment, int word, int* nextSegment, int* nextWord, int* nextStartMs)
 {
-    const std::optional<Word> next = m_index->next({segment, word});
-    if (!next)
+    const STT_TranscriptSegment* spoken = segmentOf(*info, segment);
+    if (!spoken || !holds(spoken->wordStarts, word))
         return false;
-    write(nextSegment, next->segment);
-    write(nextWord, next->index);
-    write(nextStartMs, m_index->startOf(*next));
+    if (!holds(spoken->wordStarts, ++word)) {
+        spoken = segmentOf(*info, ++segment);
+        word = 0;
+    }
+    if (!spoken || !holds(spoken->wordStarts, word))
+        return false;
+    write(nextSegment, segment);
+    write(nextWord, word);
+    write(nextStartMs, spoken->wordStarts[std::size_t(word)]);
     return true;
 }
 
@@ -108,11 +114,14 @@ bool Window::getPrevWordInfo(int segment, int word, int* prevSegment, int* prevW
     const STT_TranscriptSegment* spoken = segmentOf(*info, segment);
     if (!spoken || !holds(spoken->wordEnds, word))
         return false;
-    const std::optional<Word> previous = m_index->previous({segment, word});
-    if (!previous)
+    if (--word < 0) {
+        spoken = segmentOf(*info, --segment);
+        word = spoken ? int(spoken->wordEnds.size()) - 1 : -1;
+    }
+    if (word < 0)
         return false;
-    write(prevSegment, previous->segment);
-    write(prevWord, previous->index);
-    write(prevEndMs, m_index->endOf(*previous));
+    write(prevSegment, segment);
+    write(prevWord, word);
+    write(prevEndMs, spoken->wordEnds[std::size_t(word)]);
     return true;
 }

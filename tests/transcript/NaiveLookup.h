@@ -24,6 +24,12 @@ public:
         }
     }
 
+    /// A segment without words parts its neighbours.
+    bool areNeighbours(std::size_t word, std::size_t next) const
+    {
+        return next < words.size() && words[next].segment <= words[word].segment + 1;
+    }
+
     int segmentAt(int ms, int minSegment) const
     {
         int last = minSegment == 0 ? 0 : -1;
@@ -58,12 +64,13 @@ public:
         if (!exists)
             return {};
         if (previous)
-            return words[at - (ms <= words[at].end && at > 0)];
+            return words[at - (ms <= words[at].end && at > 0 && areNeighbours(at - 1, at))];
         const int frameLength = m_host.msFromFrame(1, false);
         const Word& started = words[at];
         if (started.start <= ms && ms + frameLength < started.end)
             return started;
-        for (const Word& coming : std::vector<Word>(words.begin() + at + 1, words.end())) {
+        for (std::size_t next = std::size_t(at) + 1; areNeighbours(next - 1, next); ++next) {
+            const Word& coming = words[next];
             if (coming.start <= ms)
                 continue;
             const bool isReached = ms < started.end && ms + frameLength >= coming.start;

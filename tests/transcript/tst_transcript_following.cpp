@@ -213,7 +213,9 @@ void TestTranscriptFollowing::theOtherMonitorHasOtherColours()
     QCOMPARE(shown.text().palette().color(QPalette::Inactive, QPalette::Highlight), QColor(0, 114, 90));
     shown.window->setLightSkin(true);
     QCOMPARE(shown.text().palette().color(QPalette::Disabled, QPalette::Highlight), QColor(0, 165, 131));
+    shown.window->hide();
     shown.window->handleShortcuts("ToggleSourceRecord");
+    QCOMPARE(colorOf(shown.window->getBoldedCursor()), QColor(0, 216, 255));
     shown.window->handleShortcuts("Anything");
     QCOMPARE(shown.info->takeCalls(), QStringList({"showMonitor(record)", "showMonitor(source)"}));
 }

@@ -174,9 +174,10 @@ private slots:
         QCOMPARE(requests(*shown.info), QStringList{"storeSpeakerName(2, Ada)"});
     }
 
-    void renameEditsTheLineOfTheMenuAlsoWhenItHasLeftTheView()
+    void renameEditsTheLineOfTheMenuAlsoWhenItIsNotToBeSeen()
     {
         const ShownTranscript shown(longTalk(500));
+        trigger(shown, QStringLiteral("Show Speaker"));
         openMenu(shown, 3);
         QScrollBar* bar = shown.text().verticalScrollBar();
         bar->setValue(bar->maximum());
