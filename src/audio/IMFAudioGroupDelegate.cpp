@@ -7,6 +7,7 @@
 #include "ViewDeckQt/NineSlice.h"
 
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
@@ -42,6 +43,11 @@ Cell cellOf(const QModelIndex& index)
     return {Part::Text, label.isEmpty() ? text : label + QLatin1Char(' ') + text, {}};
 }
 
+const QStyle* styleOf(const QStyleOptionViewItem& item)
+{
+    return item.widget ? item.widget->style() : QApplication::style();
+}
+
 void drawCheck(QPainter* painter, const QStyleOptionViewItem& item, const QSize& size)
 {
     QStyleOptionButton box;
@@ -49,7 +55,7 @@ void drawCheck(QPainter* painter, const QStyleOptionViewItem& item, const QSize&
     box.rect = QStyle::alignedRect(item.direction, Qt::AlignCenter, size, item.rect);
     box.state &= ~(QStyle::State_Selected | QStyle::State_HasFocus);
     box.state |= item.state & QStyle::State_Selected ? QStyle::State_On : QStyle::State_Off;
-    item.widget->style()->drawPrimitive(QStyle::PE_IndicatorCheckBox, &box, painter, item.widget);
+    styleOf(item)->drawPrimitive(QStyle::PE_IndicatorCheckBox, &box, painter, item.widget);
 }
 
 QColor textColor(const QStyleOptionViewItem& item)
@@ -81,7 +87,7 @@ void IMFAudioGroupDelegate::paint(QPainter* painter, const QStyleOptionViewItem&
     if (item.state & QStyle::State_Selected) {
         // Some styles leave the row bare unless it is said that the whole of it is selected.
         item.showDecorationSelected = true;
-        item.widget->style()->drawPrimitive(QStyle::PE_PanelItemViewRow, &item, painter, item.widget);
+        styleOf(item)->drawPrimitive(QStyle::PE_PanelItemViewRow, &item, painter, item.widget);
     }
     const Cell cell = cellOf(index);
     switch (cell.part) {
