@@ -1,6 +1,7 @@
 #include "desk/app/SoundDefaults.h"
 
 #include "NvCore/Toggles.h"
+#include "StratacutUI/IMF_DataParser.h"
 #include "StratacutUI/IMF_PackageMgrQtModel.h"
 #include "StratacutUI/ImfDict.h"
 #include "desk/services/DefaultMapping.h"
@@ -21,6 +22,17 @@ bool isMapped(const QJsonObject& document)
     return !mix[QLatin1String(ImfDict::AudioMapping)].toArray().isEmpty();
 }
 
+/// Saved state may bring groups of any shape; a mapping with one of them would be read as none.
+QJsonArray wellFormed(const QJsonArray& groups)
+{
+    QJsonArray kept;
+    for (const QJsonValue& group : groups) {
+        if (JSON::VerifyAudioGroups({group}))
+            kept += group;
+    }
+    return kept;
+}
+
 void mapSound(Model& model, const QModelIndex& cpl, const services::MediaLibrary& library)
 {
     if (Model::StatusFromIndex(cpl) == IMF_PackageMgr::Committed)
@@ -32,10 +44,16 @@ void mapSound(Model& model, const QModelIndex& cpl, const services::MediaLibrary
     if (!sequence)
         return;
     const auto format = services::OutputFormat::fromJson(Model::CommitSettingsJsonFromIndex(cpl));
-    const auto mapping = services::defaultMapping(*sequence, format, cpl.data(Model::TrackGroupsRole).toJsonArray());
+    QJsonArray groups = cpl.data(Model::TrackGroupsRole).toJsonArray();
+    const auto mapping = services::defaultMapping(*sequence, format, wellFormed(groups));
     if (!mapping)
         return;
-    model.setData(cpl, (*mapping)[QLatin1String(ImfDict::TrackGroups)].toArray(), Model::TrackGroupsRole);
+    const QJsonArray mapped = (*mapping)[QLatin1String(ImfDict::TrackGroups)].toArray();
+    for (const QJsonValue& group : mapped) {
+        if (!groups.contains(group))
+            groups += group;
+    }
+    model.setData(cpl, groups, Model::TrackGroupsRole);
     model.setData(cpl, *mapping, Model::MultiMixRole);
 }
 
@@ -74,6 +92,25 @@ void mapUnmappedSound(IMF_PackageMgrQtModel& model, const services::MediaLibrary
 {
     if (soundChoice() == services::SoundChoice::Mapping)
         mapRows(model, library, parent, first, last);
+}
+
+QStringList unreadableMappings(const QJsonArray& documents, const QString& file)
+{
+    QStringList told;
+    for (const QJsonValue& value : documents) {
+        const QJsonObject document = value.toObject();
+        const QJsonValue mix = document[QLatin1String(ImfDict::Audio)][QLatin1String(ImfDict::MultipleAudioMix)];
+        const QString name = document[QLatin1String(ImfDict::Name)].toString();
+        if (!mix.isUndefined() && !JSON::VerifyMultiMix(mix.toObject(), false))
+            told += Error{file,
+                          QStringLiteral("\"%1\"").arg(name),
+                          {},
+                          QStringLiteral("its audio mapping cannot be read and starts anew"),
+                          QStringLiteral("map its tracks again")}
+                        .sentence();
+        told += unreadableMappings(document[QLatin1String(ImfDict::Children)].toArray(), file);
+    }
+    return told;
 }
 
 } // namespace desk::app

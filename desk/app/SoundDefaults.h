@@ -3,6 +3,9 @@
 #include "desk/base/Result.h"
 #include "desk/services/CommitPlan.h"
 
+#include <QJsonArray>
+#include <QStringList>
+
 class IMF_PackageMgrQtModel;
 class QModelIndex;
 
@@ -25,5 +28,9 @@ Status checkSoundIsMapped();
 /// to `last`, and all below these. Does nothing where sound is not mapped.
 void mapUnmappedSound(IMF_PackageMgrQtModel& model, const services::MediaLibrary& library, const QModelIndex& parent,
                       int first, int last);
+
+/// For each composition in saved documents, and in their children, whose audio mapping cannot be read and starts anew:
+/// a sentence for the user. @param file where they are saved.
+QStringList unreadableMappings(const QJsonArray& documents, const QString& file);
 
 } // namespace desk::app

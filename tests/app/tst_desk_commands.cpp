@@ -95,6 +95,19 @@ private slots:
         QVERIFY2(shown.contains(QLatin1String("A1: Stereo, und, PRM\n")), qPrintable(shown));
     }
 
+    void aSavedMappingOfTheOlderFormIsNotLostInSilence()
+    {
+        done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()});
+        done({"add", "1.1", m_clip});
+        QCOMPARE(done({"set", "1.1.1", "--map", "A1=A1:Mono:fr"}), "");
+        QCOMPARE(run({"list"}).errors, QString());
+        QFile state(path(QStringLiteral("profile/packages.json")));
+        QVERIFY(state.open(QIODevice::ReadOnly));
+        support::writeFile(state.fileName(), state.readAll().replace("\"MixMode\"", "\"AudioMixdownSettings\""));
+        const QString told = run({"list"}).errors;
+        QVERIFY2(told.contains(QLatin1String("\"reel\": its audio mapping cannot be read")), qPrintable(told));
+    }
+
     void aNewImpOfAWrittenDeliveryIsWrittenAlone()
     {
         done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()});
