@@ -76,6 +76,25 @@ void TranscriptService::transcribe(const Clip& clip)
     });
 }
 
+void TranscriptService::resume(const std::vector<SpokenRange>& ranges)
+{
+    for (const SpokenRange& range : ranges) {
+        if (m_store->clipState(range.clip->id).stage == ClipState::Stage::Waiting)
+            transcribe(clipOf(*range.clip));
+    }
+}
+
+void TranscriptService::resume(const QString& timeline)
+{
+    m_pool.start([this, timeline] {
+        const auto sequence = media::openSequence(timeline);
+        if (!sequence)
+            return;
+        QMetaObject::invokeMethod(
+            this, [this, ranges = spokenRanges(*sequence)] { resume(ranges); }, Qt::QueuedConnection);
+    });
+}
+
 void TranscriptService::begin(const Clip& clip, const Result<media::Sequence>& sequence)
 {
     if (!m_jobs.contains(clip.id))
@@ -118,10 +137,11 @@ void TranscriptService::report(const QString& clip)
     emit ended(clip, Outcome::Done, transcript ? countText(transcript->countOfWords()) : QString());
 }
 
-void TranscriptService::importFile(const Clip& clip, const QString& file, int clipMs)
+void TranscriptService::importFile(const Clip& clip, const QString& file)
 {
-    m_pool.start([this, clip, file, clipMs] {
-        auto read = speech::importTranscriptFile(file, clipMs);
+    m_pool.start([this, clip, file] {
+        const auto sequence = media::openSequence(clip.path);
+        auto read = speech::importTranscriptFile(file, sequence ? lengthMs(*sequence) : 0);
         const auto take = [this, clip, read = std::move(read)] {
             if (!read)
                 return emit importFailed(clip.id, read.error().sentence());

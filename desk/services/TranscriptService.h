@@ -25,7 +25,7 @@ public:
     Q_ENUM(Outcome)
 
     explicit TranscriptService(const Profile& profile, QObject* parent = nullptr);
-    /// Clips that are not done wait in the database: resume().
+    /// Clips that are not done wait in the database until resume().
     ~TranscriptService() override;
 
     speech::TranscriptStore& store() { return *m_store; }
@@ -34,7 +34,6 @@ public:
     bool isReadable() const;
 
     /// Whether it is being opened.
-
     bool isOpening() const { return m_store->condition() == speech::TranscriptStore::Condition::Opening; }
 
     /// What is heard in a sequence, of the clips whose transcripts are read; the others follow, each with
@@ -54,12 +53,17 @@ public:
     void transcribe(const Clip& clip);
     void cancel(const QString& clip);
 
+    /// Goes on with those clips that a former run left waiting: of what is heard in a sequence, or of the timeline in a
+    /// file, which is opened beside the user-interface thread.
+    void resume(const std::vector<SpokenRange>& ranges);
+    void resume(const QString& timeline);
+
     /// Clips that wait or run.
     int active() const { return m_jobs.size(); }
 
     /// Reads a transcript file for a clip beside the user-interface thread and puts it in place of the one that is
     /// there. Answers with imported() or importFailed().
-    void importFile(const Clip& clip, const QString& file, int clipMs);
+    void importFile(const Clip& clip, const QString& file);
 
     const TranscriptSettings& settings() const { return m_settings; }
 

@@ -68,6 +68,7 @@ TranscriptWindowInfo::TranscriptWindowInfo(TranscriptService& service, media::Pl
         if (!m_isAsked)
             emit changed();
     };
+    connect(&service.store(), &speech::TranscriptStore::conditionChanged, this, &TranscriptWindowInfo::resume);
     connect(&service.store(), &speech::TranscriptStore::conditionChanged, this, report);
     connect(&service.store(), &speech::TranscriptStore::speakersChanged, this, report);
     connect(&service.store(), &speech::TranscriptStore::clipChanged, this, [this, report](const QString& clip) {
@@ -78,6 +79,7 @@ TranscriptWindowInfo::TranscriptWindowInfo(TranscriptService& service, media::Pl
         connect(player, &media::Player::loaded, this, [this, player] {
             if (m_service.store().condition() == speech::TranscriptStore::Condition::Offline)
                 m_service.store().retry();
+            resume();
             if (player == m_player)
                 emit materialChanged();
         });
@@ -98,6 +100,15 @@ void TranscriptWindowInfo::forget()
     m_ranges.clear();
     if (m_player->sequence())
         m_ranges = spokenRanges(*m_player->sequence());
+}
+
+/// Clips of a timeline need not be in any bin: here is who knows where they are.
+void TranscriptWindowInfo::resume()
+{
+    for (const media::Player* player : {m_source, m_record}) {
+        if (player->sequence())
+            m_service.resume(spokenRanges(*player->sequence()));
+    }
 }
 
 void TranscriptWindowInfo::load()

@@ -102,6 +102,7 @@ private:
     std::vector<MissingClip> missingClips() const;
     void forget();
     void load();
+    void resume();
     void changeSettings(const TranscriptSettings& settings);
 
     TranscriptService& m_service;

@@ -1,5 +1,6 @@
 #include "app/Desk.h"
 #include "media/MediaMaker.h"
+#include "media/Otio.h"
 #include "support/TestMain.h"
 
 #include "StratacutUI/STT_EntryWidget.h"
@@ -67,6 +68,17 @@ class TestTranscriptDesk : public QObject
                                        .toJson());
     }
 
+    void openDesk()
+    {
+        m_host = std::make_unique<Host>(m_maker.path("profile"));
+        QVERIFY(m_host->claim().ok());
+        DeskWindow::prepareLook(m_host->profile());
+        m_host->load();
+        m_window = std::make_unique<DeskWindow>(m_host.get());
+        m_window->show();
+        QApplication::setActiveWindow(m_window.get());
+    }
+
 private slots:
 
     void initTestCase()
@@ -75,15 +87,12 @@ private slots:
         QVERIFY(m_maker.ffmpeg("-f lavfi -i color=red:s=160x90:r=30000/1001:d=4,format=yuv422p10le -i @noise.wav "
                                "-timecode 10:00:00:00 -c:v prores -c:a pcm_s24le @clip.mov"));
         writeTranscript();
-        m_host = std::make_unique<Host>(m_maker.path("profile"));
-        QVERIFY(m_host->claim().ok());
-        DeskWindow::prepareLook(m_host->profile());
-        m_host->load();
-        m_window = std::make_unique<DeskWindow>(m_host.get());
-        m_window->show();
-        QApplication::setActiveWindow(m_window.get());
-        m_window->addMedia({m_maker.path("clip.mov")});
-        QTRY_COMPARE(m_window->bin().view().model()->rowCount(), 1);
+        m_maker.writeWav("lone.wav", noise(48000, 16, 6), 16);
+        m_maker.write("cut.otio",
+                      otio::timeline({otio::track("Audio", {otio::clip("lone.wav", otio::range(0, 25, 25))})}));
+        openDesk();
+        m_window->addMedia({m_maker.path("clip.mov"), m_maker.path("cut.otio")});
+        QTRY_COMPARE(m_window->bin().view().model()->rowCount(), 2);
         m_window->action("focusTranscript")->trigger();
     }
 
@@ -144,6 +153,22 @@ private slots:
         QTRY_VERIFY(m_maker.bytes("mine.vtt").startsWith("WEBVTT"));
         transcript().scriptFromClipSlot();
         QVERIFY(m_maker.bytes("profile/scripts/clip.txt").contains("10:00:00:00"));
+    }
+
+    /// A crash leaves a clip waiting that stands in a timeline alone.
+    void whatAFormerRunLeftGoesOn()
+    {
+        m_window.reset();
+        m_host.reset();
+        const QString lone = desk::media::openSequence(m_maker.path("lone.wav"))->id;
+        using Stage = desk::speech::ClipState::Stage;
+        {
+            desk::speech::TranscriptStore store(desk::services::Profile(m_maker.path("profile")).transcriptFile());
+            store.setClipState(lone, {Stage::Running, 40, {}});
+            QVERIFY(store.waitUntilStored(5000));
+        }
+        openDesk();
+        QTRY_COMPARE(m_host->transcripts().active(), 1);
     }
 
     void theCommandsWorkOnTheSameProfile()

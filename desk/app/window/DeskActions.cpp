@@ -11,7 +11,6 @@
 #include "desk/app/window/BinPane.h"
 #include "desk/app/window/JobPane.h"
 #include "desk/app/window/TranscriptPane.h"
-#include "desk/services/FrameTime.h"
 
 #include <QActionGroup>
 #include <QFileDialog>
@@ -322,10 +321,7 @@ void DeskWindow::importTranscript()
     const auto item = m_host->library().find(ids.value(0));
     if (!item || media::isTimelineFile(item->path))
         return;
-    const qint64 ms = item->frameRate.isValid()
-                          ? services::msOfFrame(item->frames, item->frameRate, services::FrameRounding::Down)
-                          : 0;
-    m_transcript->askForImport({item->id, item->name, item->path}, int(ms));
+    m_transcript->askForImport({item->id, item->name, item->path});
 }
 
 void DeskWindow::showMonitors()

@@ -201,7 +201,7 @@ void TranscriptPane::write(const QStringList& files)
     emit noted(QStringLiteral("Written: %1").arg(files.join(QStringLiteral(", "))));
 }
 
-void TranscriptPane::askForImport(const services::TranscriptService::Clip& clip, int clipMs)
+void TranscriptPane::askForImport(const services::TranscriptService::Clip& clip)
 {
     auto* dialog =
         new QFileDialog(this, QStringLiteral("Import a Transcript of %1").arg(clip.name), QFileInfo(clip.path).path(),
@@ -209,7 +209,7 @@ void TranscriptPane::askForImport(const services::TranscriptService::Clip& clip,
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFile);
     connect(dialog, &QFileDialog::fileSelected, this,
-            [this, clip, clipMs](const QString& file) { m_info->service().importFile(clip, file, clipMs); });
+            [this, clip](const QString& file) { m_info->service().importFile(clip, file); });
     dialog->open();
 }
 

@@ -28,7 +28,7 @@ public:
     void setFolder(const QString& folder) { m_folder = folder; }
 
     /// Asks for a file and takes it as the transcript of a clip.
-    void askForImport(const services::TranscriptService::Clip& clip, int clipMs);
+    void askForImport(const services::TranscriptService::Clip& clip);
 
 signals:
     /// Something to be told in passing.
