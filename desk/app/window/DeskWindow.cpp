@@ -12,6 +12,7 @@
 #include "desk/app/window/MediaLoader.h"
 #include "desk/app/window/PaneParts.h"
 #include "desk/app/window/TranscriptPane.h"
+#include "desk/media/Playing.h"
 
 #include <QAction>
 #include <QApplication>
@@ -150,10 +151,10 @@ void DeskWindow::connectAll()
             closeWhenIdle();
     });
     m_saveTimer.setSingleShot(true);
-    connect(&m_saveTimer, &QTimer::timeout, this, &DeskWindow::save);
+    connect(&m_saveTimer, &QTimer::timeout, this, &DeskWindow::saveWhenDue);
     const auto splitters = findChildren<QSplitter*>();
     for (QSplitter* one : splitters)
-        connect(one, &QSplitter::splitterMoved, this, &DeskWindow::scheduleSave);
+        connect(one, &QSplitter::splitterMoved, this, &DeskWindow::scheduleLook);
 }
 
 void DeskWindow::connectMonitors()
@@ -193,15 +194,25 @@ void DeskWindow::connectTranscript()
         if (service.store().condition() == TranscriptStore::Condition::Online)
             resumeTranscriptions();
     });
-    connect(m_work, &QTabWidget::currentChanged, this, &DeskWindow::scheduleSave);
+    connect(m_work, &QTabWidget::currentChanged, this, &DeskWindow::scheduleLook);
 }
 
 void DeskWindow::resumeTranscriptions()
 {
-    const QStringList waiting = m_host->transcripts().store().clips(speech::ClipState::Stage::Waiting);
+    services::TranscriptService& service = m_host->transcripts();
+    const services::MediaLibrary& library = m_host->library();
+    bool areAllKnown = true;
+    const QStringList waiting = service.store().clips(speech::ClipState::Stage::Waiting);
     for (const QString& id : waiting) {
-        if (const auto item = m_host->library().find(id))
-            m_host->transcripts().transcribe({item->id, item->name, item->path});
+        const auto item = library.find(id);
+        areAllKnown = areAllKnown && item;
+        if (item)
+            service.transcribe({item->id, item->name, item->path});
+    }
+    // The others may stand in a timeline alone.
+    for (const services::BinItem& item : library.items()) {
+        if (!areAllKnown && media::isTimelineFile(item.path))
+            service.resume(item.path);
     }
 }
 
@@ -269,25 +280,41 @@ WindowSettings DeskWindow::look() const
 void DeskWindow::resizeEvent(QResizeEvent* event)
 {
     QMainWindow::resizeEvent(event);
-    scheduleSave();
+    scheduleLook();
 }
 
 void DeskWindow::moveEvent(QMoveEvent* event)
 {
     QMainWindow::moveEvent(event);
-    scheduleSave();
+    scheduleLook();
 }
 
 void DeskWindow::scheduleSave()
+{
+    m_hasNewWork = true;
+    scheduleLook();
+}
+
+void DeskWindow::scheduleLook()
 {
     // A timer that runs is left alone: whoever never pauses is kept all the same.
     if (!m_saveTimer.isActive())
         m_saveTimer.start(saveDelay);
 }
 
+/// Beside an export a file may take long to be written: how the window looks can wait until nothing plays.
+void DeskWindow::saveWhenDue()
+{
+    if (!m_hasNewWork && media::Playing::isGoingOn())
+        scheduleLook();
+    else
+        save();
+}
+
 void DeskWindow::save()
 {
     m_saveTimer.stop();
+    m_hasNewWork = false;
     const Status packages = m_host->save();
     const Status window = look().save(m_host->profile().windowFile());
     for (const Status* status : {&packages, &window}) {

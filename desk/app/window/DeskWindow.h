@@ -141,6 +141,8 @@ private:
     void showErrors();
     void setSkin(Palette::Skin skin);
     void scheduleSave();
+    void scheduleLook();
+    void saveWhenDue();
     void save();
     bool mayClose();
     bool mayCloseWithJobs();
@@ -169,6 +171,7 @@ private:
     QHash<QString, QAction*> m_actions;
     QStringList m_errors;
     QTimer m_saveTimer;
+    bool m_hasNewWork = false;
     bool m_quitWhenIdle = false;
     bool m_asking = false;
 };
