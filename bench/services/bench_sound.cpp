@@ -82,8 +82,8 @@ double ours(const media::Sequence& sequence, const QTemporaryDir& folder)
     const auto plans = services::planSound(services::binItem(sequence), mapping());
     need(plans.ok(), "no plan");
     const qint64 samples = qint64(seconds) * media::soundRate;
-    const auto files = services::writeSound({sequence, *plans, paths, samples, samples}, [] { return false; });
-    need(files.ok(), files.ok() ? "" : qPrintable(files.error().sentence()));
+    const auto written = services::writeSound({sequence, *plans, paths, samples, samples}, [] { return false; });
+    need(written.ok(), written.ok() ? "" : qPrintable(written.error().sentence()));
     return since(clock);
 }
 

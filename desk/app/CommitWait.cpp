@@ -40,6 +40,10 @@ CommitWait::CommitWait(services::PackageOutput* output, const QByteArray& delive
             [this](const services::CommitStart& start) { m_started = m_started || start.deliveryId == m_deliveryId; });
     connect(output, &PackageOutput::progressed, this,
             [this](const QByteArray&, const services::ExportProgress& progress) { show(progress); });
+    connect(output, &PackageOutput::noted, this, [this](const QByteArray& id, const QString& note) {
+        if (id == m_deliveryId)
+            console::note(note);
+    });
     connect(output, &PackageOutput::commitEnded, this, [this](const QByteArray& id, int code) {
         if (id != m_deliveryId)
             return;

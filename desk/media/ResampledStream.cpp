@@ -106,7 +106,7 @@ Status ResampledStream::take(qint64 first, qint64 count, qint64 at, const Planes
         const auto from = ready.begin() + std::ptrdiff_t(first - m_position);
         const auto to = from + std::ptrdiff_t(count);
         if (out[channel] != nullptr)
-            std::transform(from, to, out[channel] + at, to24Bit);
+            std::transform(from, to, out[channel] + at, toSample);
         ready.erase(ready.begin(), to);
     }
     m_position = first + count;

@@ -14,7 +14,8 @@ constexpr int soundRate = 48000;
 
 /// A stretch of sound, one vector a track, all of the same length.
 struct SoundBlock {
-    /// Signed 24-bit values in 32-bit words: -8388608 to 8388607.
+    /// Signed values on the scale of 24 bits: full scale is 8388608. What the file holds as whole numbers keeps to
+    /// -8388608 to 8388607; what is floating point in it, or is decoded or resampled, may go beyond that.
     std::vector<std::vector<std::int32_t>> tracks;
     /// For each track the samples of this block that the file does not hold and that are silence instead.
     std::vector<qint64> padded;

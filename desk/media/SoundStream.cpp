@@ -59,8 +59,11 @@ void put(T value, std::int32_t& out)
         out = value >> 8;
     else if constexpr (std::is_same_v<T, Packed24>)
         out = value.value;
+    else if constexpr (std::is_integral_v<T>)
+        // The highest ones would be rounded beyond the range.
+        out = std::min(toSample(sampleValue(value)), 8388607);
     else
-        out = to24Bit(sampleValue(value));
+        out = toSample(sampleValue(value));
 }
 
 template <class T, bool>

@@ -27,12 +27,13 @@ private:
 template <class Value>
 using Planes = std::vector<Value*>;
 
-/// Limited to 24 bits. A value that is no number is silence.
-inline std::int32_t to24Bit(float value)
+/// On the scale of 24 bits, but not limited to them: nobody knows yet at which level the sample will be used. A value
+/// that is no number is silence.
+inline std::int32_t toSample(float value)
 {
-    // Without a call, which would take longer than reading.
+    // The ends are those of 32 bits that a float holds. Without a call, which would take longer than reading.
     const float known = std::isnan(value) ? 0.0F : value;
-    const float within = std::clamp(known * 8388608.0F, -8388608.0F, 8388607.0F);
+    const float within = std::clamp(known * 8388608.0F, -2147483648.0F, 2147483520.0F);
     return std::int32_t(within + std::copysign(0.5F, within));
 }
 
@@ -47,7 +48,7 @@ public:
     Status open();
 
     /// `count` samples from `first` on to each plane of `out`, one a channel; silence where the file holds none. As
-    /// float they are -1 to 1 as far as the file keeps to it, as std::int32_t limited to 24 bits; what the file holds
+    /// float they are -1 to 1 as far as the file keeps to it, as std::int32_t those of SoundBlock; what the file holds
     /// in up to 24 bits comes through exactly in both.
     template <class Value>
     Status read(qint64 first, qint64 count, const Planes<Value>& out);

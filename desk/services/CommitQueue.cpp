@@ -59,7 +59,10 @@ struct CommitQueue::Job {
     std::atomic<bool> cancelled{false};
 };
 
-CommitQueue::CommitQueue(Progress progress) : m_progress(std::move(progress)), m_thread([this] { loop(); }) {}
+CommitQueue::CommitQueue(Progress progress, Noted noted)
+    : m_progress(std::move(progress)), m_noted(std::move(noted)), m_thread([this] { loop(); })
+{
+}
 
 CommitQueue::~CommitQueue()
 {
@@ -139,9 +142,11 @@ Status CommitQueue::write(Job& job) const
     for (const PackagePlan& package : packages) {
         transaction->setPackage(package.package);
         for (const CompositionOrder& order : package.compositions) {
-            Status written = ExportJob(order, job.cancelled, frameWritten).run(*transaction);
-            if (!written)
+            ExportJob composition(order, job.cancelled, frameWritten);
+            if (Status written = composition.run(*transaction); !written)
                 return written;
+            for (const QString& note : composition.notes())
+                m_noted(job.plan.deliveryId, note);
         }
         const Status closed = &package == &packages.last() ? transaction->commit() : transaction->nextPackage();
         if (!closed)

@@ -19,7 +19,10 @@ public:
     /// Called on the queue's thread, a few times a second and after the last frame.
     using Progress = std::function<void(const QByteArray& deliveryId, const ExportProgress& progress)>;
 
-    explicit CommitQueue(Progress progress);
+    /// Called on the queue's thread, before the completion, for what the user should know of a composition.
+    using Noted = std::function<void(const QByteArray& deliveryId, const QString& note)>;
+
+    CommitQueue(Progress progress, Noted noted);
     /// Cancels what runs and what waits; each completion is still called.
     ~CommitQueue();
     CommitQueue(const CommitQueue&) = delete;
@@ -44,6 +47,7 @@ private:
     Status write(Job& job) const;
 
     Progress m_progress;
+    Noted m_noted;
     mutable std::mutex m_mutex;
     std::condition_variable m_wake;
     std::deque<std::shared_ptr<Job>> m_jobs;

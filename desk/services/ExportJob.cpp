@@ -133,6 +133,7 @@ struct ExportJob::Work {
     imf::PictureFormat format;
     imf::J2kProfile profile;
     QVector<SoundPlan> sounds;
+    QStringList notes;
     /// Of the composition, padding included, and of the sequence's picture in it.
     qint64 frames = 0;
     qint64 shownFrames = 0;
@@ -145,7 +146,7 @@ struct ExportJob::Work {
     Status feed(imf::J2kEncoderPool& pool);
     Status drain(imf::J2kEncoderPool& pool, imf::PictureTrackWriter& writer);
     Result<imf::TrackFileInfo> writePicture(const QString& path);
-    Result<QVector<imf::TrackFileInfo>> writeSounds(const QStringList& paths);
+    Result<WrittenSound> writeSounds(const QStringList& paths);
     Status writeAll();
     Status hand(const WrittenTracks& tracks, const QStringList& paths);
 };
@@ -251,14 +252,14 @@ Result<imf::TrackFileInfo> ExportJob::Work::writePicture(const QString& path)
     return (*writer)->finish();
 }
 
-Result<QVector<imf::TrackFileInfo>> ExportJob::Work::writeSounds(const QStringList& paths)
+Result<WrittenSound> ExportJob::Work::writeSounds(const QStringList& paths)
 {
     const qint64 total = firstSampleOfFrame(frames, format.frameRate, media::soundRate);
     const qint64 sounding = firstSampleOfFrame(shownFrames, format.frameRate, media::soundRate);
-    auto files = writeSound({sequence, sounds, paths, total, sounding}, [this] { return stopped(); });
-    if (!files)
+    auto written = writeSound({sequence, sounds, paths, total, sounding}, [this] { return stopped(); });
+    if (!written)
         abandoned = true;
-    return files;
+    return written;
 }
 
 Status ExportJob::Work::hand(const WrittenTracks& tracks, const QStringList& paths)
@@ -288,17 +289,18 @@ Status ExportJob::Work::writeAll()
     auto picture = writePicture(paths.first());
     if (!picture)
         abandoned = true;
-    auto soundFiles = sounding.get();
+    auto sound = sounding.get();
     if (cancelled)
         return cancelledError(order.mediaPath);
-    if (!soundFiles && (picture || picture.error().what == cancelledError({}).what))
-        return soundFiles.error();
+    if (!sound && (picture || picture.error().what == cancelledError({}).what))
+        return sound.error();
     if (!picture)
         return picture.error();
     QStringList languages;
     for (const SoundPlan& sound : qAsConst(sounds))
         languages += sound.format.language;
-    return hand({*picture, *soundFiles, languages, sequence.startTimecode, sequence.frameRate}, paths);
+    notes = sound->notes;
+    return hand({*picture, sound->files, languages, sequence.startTimecode, sequence.frameRate}, paths);
 }
 
 ExportJob::ExportJob(const CompositionOrder& order, const std::atomic<bool>& cancelled, FrameWritten frameWritten)
@@ -308,9 +310,12 @@ ExportJob::ExportJob(const CompositionOrder& order, const std::atomic<bool>& can
 
 Status ExportJob::run(imf::PackageTransaction& transaction)
 {
-    Work work{m_order, m_cancelled, m_frameWritten, transaction, {}, {}, {}, {}, 0, 0, {}};
-    Status prepared = work.prepare();
-    return prepared ? work.writeAll() : prepared;
+    Work work{m_order, m_cancelled, m_frameWritten, transaction, {}, {}, {}, {}, {}, 0, 0, {}};
+    Status done = work.prepare();
+    if (done)
+        done = work.writeAll();
+    m_notes = work.notes;
+    return done;
 }
 
 } // namespace desk::services

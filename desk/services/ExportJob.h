@@ -64,12 +64,16 @@ public:
     /// Fails, leaving the transaction to be rolled back, with the first error, or with one that says "cancelled".
     Status run(imf::PackageTransaction& transaction);
 
+    /// After a run that did not fail: what the user should know of it all the same, in sentences.
+    const QStringList& notes() const { return m_notes; }
+
 private:
     struct Work;
 
     CompositionOrder m_order;
     const std::atomic<bool>& m_cancelled;
     FrameWritten m_frameWritten;
+    QStringList m_notes;
 };
 
 } // namespace desk::services

@@ -112,7 +112,8 @@ PackageOutput::PackageOutput(MediaLibrary* library, QObject* parent)
     : QObject(parent),
       m_library(library),
       m_defaultFolder(Profile::defaultDeliveryFolder()),
-      m_queue([this](const QByteArray& id, const ExportProgress& progress) { emit progressed(id, progress); })
+      m_queue([this](const QByteArray& id, const ExportProgress& progress) { emit progressed(id, progress); },
+              [this](const QByteArray& id, const QString& note) { emit noted(id, note); })
 {
     qRegisterMetaType<ExportProgress>();
     qRegisterMetaType<CommitStart>();

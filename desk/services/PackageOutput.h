@@ -95,6 +95,9 @@ signals:
     /// From the commit's thread, just after its completion was called: whoever waits for the end finds it posted.
     /// @param code 0 for success, else one of IMFO_Error_t. @param message empty on success.
     void commitEnded(const QByteArray& deliveryId, int code, const QString& message);
+    /// A sentence about a composition that was written: what the user should know of it all the same. From the commit's
+    /// thread, before commitEnded().
+    void noted(const QByteArray& deliveryId, const QString& note);
     /// From the commit's thread: connect with a context object, so that it arrives on the receiver's.
     void progressed(const QByteArray& deliveryId, const desk::services::ExportProgress& progress);
 

@@ -59,6 +59,28 @@ qint64 frameAt(qint64 sample, Rational rate)
     return (up + down - 1) / down - 1;
 }
 
+QString inDecibels(double level)
+{
+    // What is above full scale is so by something that can be read.
+    return QString::number(std::max(0.1, 20 * std::log10(level)), 'f', 1);
+}
+
+QString timecodeAt(const media::Sequence& sequence, qint64 sample)
+{
+    return timecodeOf(frameAt(sample, sequence.frameRate), sequence.frameRate, sequence.startTimecode);
+}
+
+QString noteOf(const media::Sequence& sequence, int source, const Excess& excess)
+{
+    const media::AudioTrackInfo& track = sequence.audio[source];
+    return Error{sequence.path, QStringLiteral("track %1, %2").arg(track.name, track.label),
+                 timecodeAt(sequence, excess.sample),
+                 QStringLiteral("the sound, here at its loudest, is %1 dB above full scale and was limited to it")
+                     .arg(inDecibels(excess.level)),
+                 QStringLiteral("lower the track in the sequence to keep its peaks")}
+        .sentence();
+}
+
 /// One track file on its way.
 class TrackMix
 {
@@ -82,20 +104,20 @@ public:
 
     Result<imf::TrackFileInfo> finish() { return m_writer->finish(); }
 
+    const Excesses& excesses() const { return m_mixer.excesses(); }
+
     Status fitsItsRange(const media::Sequence& sequence) const
     {
         const auto& overload = m_mixer.overload();
         if (!overload)
             return {};
         const imf::McaChannel* channel = imf::findChannel(m_plan.format.channels[overload->channel].symbol);
-        return Error{
-            sequence.path,
-            QStringLiteral("%1, channel %2, from %3")
-                .arg(m_plan.name, QLatin1String(channel->name), namesOf(sequence, m_plan, overload->channel)),
-            timecodeOf(frameAt(overload->sample, sequence.frameRate), sequence.frameRate, sequence.startTimecode),
-            QStringLiteral("the mix would clip, from here on by up to %1 dB")
-                .arg(20 * std::log10(overload->level), 0, 'f', 1),
-            QStringLiteral("lower these tracks in the sequence or map fewer of them to one channel")};
+        return Error{sequence.path,
+                     QStringLiteral("%1, channel %2, from %3")
+                         .arg(m_plan.name, QLatin1String(channel->name), namesOf(sequence, m_plan, overload->channel)),
+                     timecodeAt(sequence, overload->sample),
+                     QStringLiteral("the mix would clip, from here on by up to %1 dB").arg(inDecibels(overload->level)),
+                     QStringLiteral("lower these tracks in the sequence or map fewer of them to one channel")};
     }
 
 private:
@@ -121,6 +143,7 @@ public:
     /// Ends early, without an error, when `isOver` says so.
     Status write(const std::function<bool()>& isOver);
     Status fitsItsRange() const;
+    void collect(Excesses& excesses) const;
     /// When written.
     Status finish(QVector<imf::TrackFileInfo>& files);
 
@@ -208,6 +231,14 @@ Status ShareMix::fitsItsRange() const
     return {};
 }
 
+void ShareMix::collect(Excesses& excesses) const
+{
+    for (const TrackMix& mix : m_mixes) {
+        for (const auto& [source, excess] : mix.excesses())
+            keepLoudest(source, excess, excesses);
+    }
+}
+
 Status ShareMix::finish(QVector<imf::TrackFileInfo>& files)
 {
     for (TrackMix& mix : m_mixes) {
@@ -259,22 +290,26 @@ Status writeAll(std::vector<ShareMix>& shares, const std::function<bool()>& stop
     return outcome;
 }
 
-/// The files of all shares, in order.
-Result<QVector<imf::TrackFileInfo>> finishAll(std::vector<ShareMix>& shares)
+/// The files of all shares and the notes of all sources, in order.
+Result<WrittenSound> finishAll(const SoundOrder& order, std::vector<ShareMix>& shares)
 {
-    QVector<imf::TrackFileInfo> files;
+    WrittenSound sound;
+    Excesses excesses;
     for (ShareMix& share : shares) {
-        if (Status finished = share.finish(files); !finished)
+        if (Status finished = share.finish(sound.files); !finished)
             return finished.error();
+        share.collect(excesses);
     }
-    return files;
+    for (const auto& [source, excess] : excesses)
+        sound.notes += noteOf(order.sequence, source, excess);
+    return sound;
 }
 } // namespace
 
-Result<QVector<imf::TrackFileInfo>> writeSound(const SoundOrder& order, const std::function<bool()>& stopped)
+Result<WrittenSound> writeSound(const SoundOrder& order, const std::function<bool()>& stopped)
 {
     if (order.plans.isEmpty())
-        return QVector<imf::TrackFileInfo>();
+        return WrittenSound();
     std::vector<ShareMix> shares = sharesOf(order);
     if (Status written = writeAll(shares, stopped); !written)
         return written.error();
@@ -284,7 +319,7 @@ Result<QVector<imf::TrackFileInfo>> writeSound(const SoundOrder& order, const st
         if (Status fits = share.fitsItsRange(); !fits)
             return fits.error();
     }
-    return finishAll(shares);
+    return finishAll(order, shares);
 }
 
 } // namespace desk::services

@@ -22,6 +22,12 @@ struct SoundOrder {
     qint64 sounding = 0;
 };
 
+struct WrittenSound {
+    QVector<imf::TrackFileInfo> files;
+    /// What the user should know all the same: a sentence for each source that is above full scale and was limited.
+    QStringList notes;
+};
+
 /// Writes one sound track file a plan, several at once where there are processors for it. Not for the user-interface
 /// thread.
 ///
@@ -29,6 +35,6 @@ struct SoundOrder {
 /// happens (timecode of the sequence) and by how much at most; the files are then of no use. Ends with an error of its
 /// own kind when `stopped` says so, asked often and on the calling thread. Each of `paths` may be left behind after a
 /// failure.
-Result<QVector<imf::TrackFileInfo>> writeSound(const SoundOrder& order, const std::function<bool()>& stopped);
+Result<WrittenSound> writeSound(const SoundOrder& order, const std::function<bool()>& stopped);
 
 } // namespace desk::services

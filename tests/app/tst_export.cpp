@@ -319,6 +319,53 @@ private slots:
         QCOMPARE(support::desk({"verify", delivery}).exitCode, 0);
     }
 
+    void soundAboveFullScaleIsLimitedAndTold_data()
+    {
+        QTest::addColumn<QString>("codec");
+        QTest::addColumn<double>("loudness");
+        QTest::newRow("float") << "pcm_f32le" << 1.41;
+        QTest::newRow("AAC") << "aac" << 1.0;
+    }
+
+    void soundAboveFullScaleIsLimitedAndTold()
+    {
+        QFETCH(QString, codec);
+        QFETCH(double, loudness);
+        const QString media = path(QStringLiteral("loud.mov"));
+        const QString sound = QStringLiteral("aevalsrc=%1*(2*random(0)-1)*exp(-3*abs(t-0.3)):s=48000:d=1");
+        support::run("ffmpeg", {"-v",        "error",
+                                "-f",        "lavfi",
+                                "-i",        "color=gray:size=320x180:rate=24:d=0.48",
+                                "-f",        "lavfi",
+                                "-i",        sound.arg(loudness),
+                                "-c:v",      "ffv1",
+                                "-c:a",      codec,
+                                "-b:a",      "64k",
+                                "-timecode", "10:00:00:00",
+                                "-shortest", media});
+        const QByteArray floats = decoded({"-i", media}, {"-map", "0:a", "-f", "f32le", "-c:a", "pcm_f32le"});
+        QVector<qint32> wanted;
+        double peak = 0;
+        int loudest = 0;
+        for (int i = 0; i < 24000; ++i) {
+            const double value = double(qFromLittleEndian<float>(floats.constData() + 4 * i));
+            wanted += int(std::lround(std::min(std::max(value * 8388608, -8388608.0), 8388607.0)));
+            loudest = std::abs(value) > peak ? i : loudest;
+            peak = std::max(peak, std::abs(value));
+        }
+        QVERIFY(peak > 1.1);
+        const auto run = support::desk({"export", media, "--to", m_folder->path(), "--map", "A1=A1:Mono"});
+        QCOMPARE(run.exitCode, 0);
+        const QString note =
+            QStringLiteral("%1, track A1, Mono (10:00:00:%2): the sound, here at its loudest, is %3 dB")
+                .arg(media)
+                .arg(loudest / 2000, 2, 10, QLatin1Char('0'))
+                .arg(20 * std::log10(peak), 0, 'f', 1);
+        QCOMPARE(run.errors.count(QStringLiteral("above full scale")), 1);
+        QVERIFY2(run.errors.contains(note), qPrintable(note + '\n' + run.errors));
+        QVERIFY(samplesOf({"-i", soundFiles(path(QStringLiteral("loud"))).value(0)}) == wanted);
+    }
+
     void whatCannotBeMixedIsRefusedAndLeavesNothing_data()
     {
         QTest::addColumn<QStringList>("options");

@@ -272,6 +272,26 @@ private slots:
         QCOMPARE(mixer.overload()->level, 2.0);
     }
 
+    void sourcesAboveFullScaleAreLimitedAfterTheirGains()
+    {
+        SoundPlan plan{{}, {}, {3, 5}, {{1, 0}, {0.5, 0}, {1, 1}}, {}};
+        SoundMixer mixer(plan, {5, 3});
+        mixer.mix({{{-5000000, 0}, {0, 8388608}}, {}});
+        QVERIFY(mixer.excesses().empty());
+        const auto channels = mixer.mix({{{-5000000, 0, 0}, {10000000, -20000000, 20000000}}, {}});
+        const std::vector<std::vector<std::int32_t>> expected{
+            {8388607, -8388608, 8388607}, {5000000, -8388608, 8388607}, {5000000, -8388608, 8388607}};
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            QCOMPARE(std::vector<std::int32_t>(channels[channel], channels[channel] + 3), expected[channel]);
+        QCOMPARE(int(mixer.excesses().size()), 1);
+        QCOMPARE(mixer.excesses().at(3).sample, 3);
+        QCOMPARE(mixer.excesses().at(3).level, 20000000.0 / 8388608);
+        QVERIFY(!mixer.overload());
+        // Too loud, whatever becomes of the source.
+        mixer.mix({{{8000000}, {9000000}}, {}});
+        QCOMPARE(mixer.overload()->sample, 5);
+    }
+
     void timecodesCountOnFromTheStart_data()
     {
         const support::Rows<QString, int, int, int, QString> row;

@@ -177,11 +177,15 @@ void JobPane::followExports()
                 if (JobRow* row = find(id))
                     row->showProgress(progress);
             });
+    connect(m_output, &services::PackageOutput::noted, this, [find](const QByteArray& id, const QString& note) {
+        if (JobRow* row = find(id))
+            row->addNote(note);
+    });
     connect(m_output, &services::PackageOutput::commitEnded, this,
             [this, find](const QByteArray& id, int code, const QString& message) {
                 JobRow* row = find(id);
                 if (row && code == 0)
-                    row->end(JobRow::State::Done, row->job().folder);
+                    row->end(JobRow::State::Done, (QStringList{row->job().folder} + row->notes()).join('\n'));
                 else if (row && code == IMFO_Bridge::IMFO_Error_t::WarningOnly)
                     row->end(JobRow::State::Cancelled, QStringLiteral("cancelled; nothing was written"));
                 else if (row)

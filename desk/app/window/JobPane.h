@@ -51,6 +51,12 @@ public:
     double share() const;
     void showProgress(const services::ExportProgress& progress);
     void showPercent(int percent);
+
+    /// What is told at the end beside the outcome.
+    void addNote(const QString& note) { m_notes += note; }
+
+    const QStringList& notes() const { return m_notes; }
+
     void end(State state, const QString& text);
 
 signals:
@@ -66,6 +72,7 @@ private:
 
     Job m_job;
     State m_state = State::Waiting;
+    QStringList m_notes;
     QLabel* m_sign;
     QLabel* m_facts;
     QProgressBar* m_bar;
