@@ -183,14 +183,19 @@ Status Mix::setRow(const QString& option)
     auto source = sourceOf(parts.mid(0, mode).join(QLatin1Char(':')), option);
     if (!source)
         return source.error();
+    const bool hasMetadata = hasTrackMetadata();
+    if (!hasMetadata && mode + 1 < parts.size())
+        return wrong(option, QStringLiteral("languages and content kinds are turned off"),
+                     QStringLiteral("leave them out, or turn the toggle /Stratacut/IMFMCAMetadata on"));
+    QJsonObject mapped{{ImfDict::TargetTrack, QStringLiteral("A%1").arg(row + 1)},
+                       {ImfDict::MixMode, parts[mode]},
+                       {ImfDict::SourceTracksGroups, *source}};
     const QString kind = parts.value(mode + 2);
-    m_rows.insert(
-        row, QJsonObject{{ImfDict::TargetTrack, QStringLiteral("A%1").arg(row + 1)},
-                         {ImfDict::MixMode, parts[mode]},
-                         {ImfDict::SourceTracksGroups, *source},
-                         {ImfDict::Metadata,
-                          QJsonObject{{ImfDict::RFC5646SpokenLanguage, parts.value(mode + 1)},
-                                      {ImfDict::AudioContentKind, kind.isEmpty() ? QStringLiteral("None") : kind}}}});
+    if (hasMetadata)
+        mapped[key(ImfDict::Metadata)] =
+            QJsonObject{{ImfDict::RFC5646SpokenLanguage, parts.value(mode + 1)},
+                        {ImfDict::AudioContentKind, kind.isEmpty() ? QStringLiteral("None") : kind}};
+    m_rows.insert(row, mapped);
     if (row + 1 < m_rows.size())
         m_rows.removeAt(row + 1);
     return {};

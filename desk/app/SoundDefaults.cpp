@@ -14,6 +14,13 @@ using Model = IMF_PackageMgrQtModel;
 namespace
 {
 constexpr char mappingToggle[] = "/Stratacut/IMFMultipleAudioMix";
+constexpr char metadataToggle[] = "/Stratacut/IMFMCAMetadata";
+
+void setDefaults()
+{
+    for (const char* toggle : {mappingToggle, metadataToggle})
+        TGL_SetDefault(toggle, true);
+}
 
 bool isMapped(const QJsonObject& document)
 {
@@ -71,8 +78,7 @@ void mapRows(Model& model, const services::MediaLibrary& library, const QModelIn
 
 services::SoundChoice soundChoice()
 {
-    for (const char* toggle : {mappingToggle, "/Stratacut/IMFMCAMetadata"})
-        TGL_SetDefault(toggle, true);
+    setDefaults();
     return TGL_GetToggle(mappingToggle) ? services::SoundChoice::Mapping : services::SoundChoice::AudioMix;
 }
 
@@ -85,6 +91,12 @@ Status checkSoundIsMapped()
                  {},
                  QStringLiteral("groups and the audio mapping are turned off"),
                  QStringLiteral("set \"Audio Mix\", or turn the toggle %1 on").arg(QLatin1String(mappingToggle))};
+}
+
+bool hasTrackMetadata()
+{
+    setDefaults();
+    return TGL_GetToggle(metadataToggle);
 }
 
 void mapUnmappedSound(IMF_PackageMgrQtModel& model, const services::MediaLibrary& library, const QModelIndex& parent,

@@ -23,6 +23,9 @@ services::SoundChoice soundChoice();
 /// Fails where sound is not mapped, so that groups and mappings would have no effect.
 Status checkSoundIsMapped();
 
+/// Whether the rows of a mapping have a language and a content kind.
+bool hasTrackMetadata();
+
 /// Gives compositions that are not written and have no audio mapping the one by which their sound would be written
 /// anyway, so that a page which shows a mapping shows this one: those among the children of `parent` from `first` on up
 /// to `last`, and all below these. Does nothing where sound is not mapped.

@@ -81,18 +81,40 @@ private slots:
         QVERIFY2(!shown.contains(QLatin1String("A3: ")), qPrintable(shown));
     }
 
-    void whereMappingIsTurnedOffNoneCounts()
+    void whatIsTurnedOffIsRefused_data()
     {
+        QTest::addColumn<QByteArray>("toggle");
+        QTest::addColumn<QString>("refused");
+        QTest::addColumn<QString>("accepted");
+        QTest::addColumn<QString>("written");
+        // Mappings made before do not count then, languages do until their row is mapped again.
+        QTest::newRow("mapping") << QByteArray("MultipleAudioMix") << "A1=A2:Mono"
+                                 << ""
+                                 << "A1: Stereo, und, PRM\n";
+        QTest::newRow("languages") << QByteArray("MCAMetadata") << "A1=A2:Mono:de"
+                                   << "A2=A2:Mono"
+                                   << "A1: Mono, fr, PRM\n      A2: Mono, und, PRM\n";
+    }
+
+    void whatIsTurnedOffIsRefused()
+    {
+        QFETCH(QByteArray, toggle);
+        QFETCH(QString, refused);
+        QFETCH(QString, accepted);
+        QFETCH(QString, written);
         done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()});
         done({"add", "1.1", m_clip});
         QCOMPARE(done({"set", "1.1.1", "--map", "A1=A1:Mono:fr"}), "");
-        qputenv("TGL_Stratacut_IMFMultipleAudioMix", "off");
-        const int refused = run({"set", "1.1.1", "--map", "A1=A2:Mono"}).exitCode;
-        const QString written = done({"commit", "1"});
-        qunsetenv("TGL_Stratacut_IMFMultipleAudioMix");
-        QCOMPARE(refused, 1);
-        const QString shown = support::desk({"show", written}).output;
-        QVERIFY2(shown.contains(QLatin1String("A1: Stereo, und, PRM\n")), qPrintable(shown));
+        qputenv("TGL_Stratacut_IMF" + toggle, "off");
+        const auto refusal = run({"set", "1.1.1", "--map", refused});
+        const bool set = accepted.isEmpty() || run({"set", "1.1.1", "--map", accepted}).exitCode == 0;
+        const QString folder = done({"commit", "1"});
+        qunsetenv("TGL_Stratacut_IMF" + toggle);
+        QCOMPARE(refusal.exitCode, 1);
+        QVERIFY2(refusal.errors.contains("IMF" + toggle), qPrintable(refusal.errors));
+        QVERIFY(set);
+        const QString shown = support::desk({"show", folder}).output;
+        QVERIFY2(shown.contains(written), qPrintable(shown));
     }
 
     void aSavedMappingOfTheOlderFormIsNotLostInSilence()
