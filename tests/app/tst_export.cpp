@@ -313,6 +313,8 @@ private slots:
             const QString kind = QString(row.labels).section(' ', -1);
             QVERIFY2(facts.contains(layout) && facts.contains("Kind                   : " + kind), qPrintable(facts));
             QVERIFY2(facts.contains(": Der Hafen\n"), qPrintable(facts));
+            const QByteArray language = support::run("mediainfo", {"--Output=Audio;%Language%", files[i]}).trimmed();
+            QCOMPARE(QString::fromUtf8(language), QString(row.labels).section(", ", 1, 1));
             const QString line = QStringLiteral("A%1: %2\n").arg(i + 1).arg(row.labels);
             QVERIFY2(shown.contains(line), qPrintable(shown));
         }
