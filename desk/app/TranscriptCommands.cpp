@@ -176,21 +176,11 @@ speech::Transcript readTranscript(TranscriptService& service, const media::Seque
 
 Status write(const media::Sequence& clip, const speech::Transcript& transcript, const QStringList& files)
 {
-    const speech::ExportSettings settings = services::exportSettings(clip);
-    for (const QString& file : files) {
-        const auto format = services::exportFormatOf(file);
-        if (!format)
-            return Error{file,
-                         {},
-                         {},
-                         QStringLiteral("its name ending is that of no known format"),
-                         QStringLiteral("end it with .srt, .vtt, .ttml, .txt, .csv or .json")};
-        if (Status written = speech::exportTranscriptFile(file, transcript, *format, settings); !written)
-            return written;
-    }
-    if (files.isEmpty())
-        console::out(QString::fromUtf8(speech::exportTranscript(transcript, speech::ExportFormat::PlainText, settings))
-                         .trimmed());
+    if (!files.isEmpty())
+        return services::writeTranscript(transcript, clip, files);
+    const auto settings = services::exportSettings(clip);
+    console::out(
+        QString::fromUtf8(speech::exportTranscript(transcript, speech::ExportFormat::PlainText, settings)).trimmed());
     return {};
 }
 

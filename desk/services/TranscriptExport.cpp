@@ -33,4 +33,21 @@ std::optional<speech::ExportFormat> exportFormatOf(const QString& file)
     return {};
 }
 
+Status writeTranscript(const speech::Transcript& transcript, const media::Sequence& sequence, const QStringList& files)
+{
+    const speech::ExportSettings settings = exportSettings(sequence);
+    for (const QString& file : files) {
+        const auto format = exportFormatOf(file);
+        if (!format)
+            return Error{file,
+                         {},
+                         {},
+                         QStringLiteral("its name ending is that of no known format"),
+                         QStringLiteral("end it with .srt, .vtt, .ttml, .txt, .csv or .json")};
+        if (Status written = speech::exportTranscriptFile(file, transcript, *format, settings); !written)
+            return written;
+    }
+    return {};
+}
+
 } // namespace desk::services

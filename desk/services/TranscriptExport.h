@@ -14,4 +14,8 @@ speech::ExportSettings exportSettings(const media::Sequence& sequence);
 /// The format that the name ending of a file asks for.
 std::optional<speech::ExportFormat> exportFormatOf(const QString& file);
 
+/// Writes the transcript of a sequence into files, each in the format that its name ending asks for. Ends with the
+/// first that fails.
+Status writeTranscript(const speech::Transcript& transcript, const media::Sequence& sequence, const QStringList& files);
+
 } // namespace desk::services

@@ -1,6 +1,7 @@
 #include "desk/services/TranscriptService.h"
 
 #include "desk/services/SpeechSound.h"
+#include "desk/services/TranscriptExport.h"
 
 #include <QDir>
 
@@ -153,6 +154,25 @@ void TranscriptService::importFile(const Clip& clip, const QString& file)
                               (repaired > 0 ? QStringLiteral(", times repaired: %1").arg(repaired) : QString()));
         };
         QMetaObject::invokeMethod(this, take, Qt::QueuedConnection);
+    });
+}
+
+void TranscriptService::exportFiles(const media::Sequence& sequence, const QStringList& files)
+{
+    const std::vector<SpokenRange> ranges = spokenRanges(sequence);
+    QHash<QString, std::shared_ptr<const speech::Transcript>> sources;
+    for (const SpokenRange& range : ranges)
+        sources[range.clip->id] = m_store->transcript(range.clip->id);
+    m_pool.start([this, sequence, files, ranges, sources] {
+        const auto find = [&sources](const QString& clip) { return sources[clip]; };
+        const Status written = writeTranscript(mapTranscript(ranges, find).transcript, sequence, files);
+        const auto report = [this, files, written] {
+            if (written)
+                emit exported(files);
+            else
+                emit exportFailed(written.error().sentence());
+        };
+        QMetaObject::invokeMethod(this, report, Qt::QueuedConnection);
     });
 }
 

@@ -65,6 +65,10 @@ public:
     /// there. Answers with imported() or importFailed().
     void importFile(const Clip& clip, const QString& file);
 
+    /// Writes what is heard in a sequence beside the user-interface thread, as writeTranscript() does. Answers with
+    /// exported() or exportFailed().
+    void exportFiles(const media::Sequence& sequence, const QStringList& files);
+
     const TranscriptSettings& settings() const { return m_settings; }
 
     /// Keeps them. Where the recogniser changes, waits for the utterance at work, and what is being recognised begins
@@ -79,6 +83,8 @@ Q_SIGNALS:
     void ended(const QString& clip, desk::services::TranscriptService::Outcome outcome, const QString& text);
     void imported(const QString& clip, const QString& text);
     void importFailed(const QString& clip, const QString& sentence);
+    void exported(const QStringList& files);
+    void exportFailed(const QString& sentence);
 
 private:
     void startTranscriber();

@@ -27,9 +27,6 @@ public:
 
     TranscriptService& service() const { return m_service; }
 
-    /// The transcript of the material with the names of now.
-    speech::Transcript transcript() const { return m_service.transcriptOf(m_ranges).transcript; }
-
     /// Whether the clip sounds in the material.
     bool holds(const QString& clip) const;
 

@@ -152,7 +152,7 @@ private slots:
         transcript().exportSubcapSlot();
         QTRY_VERIFY(m_maker.bytes("mine.vtt").startsWith("WEBVTT"));
         transcript().scriptFromClipSlot();
-        QVERIFY(m_maker.bytes("profile/scripts/clip.txt").contains("10:00:00:00"));
+        QTRY_VERIFY(m_maker.bytes("profile/scripts/clip.txt").contains("10:00:00:00"));
     }
 
     /// A crash leaves a clip waiting that stands in a timeline alone.

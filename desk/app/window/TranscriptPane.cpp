@@ -113,6 +113,10 @@ void TranscriptPane::followService(services::TranscriptService& service)
             [this](const QString&, const QString& text) { emit noted(QStringLiteral("Imported %1").arg(text)); });
     connect(&service, &services::TranscriptService::importFailed, this,
             [this](const QString&, const QString& sentence) { emit failed(sentence); });
+    connect(&service, &services::TranscriptService::exported, this, [this](const QStringList& files) {
+        emit noted(QStringLiteral("Written: %1").arg(files.join(QStringLiteral(", "))));
+    });
+    connect(&service, &services::TranscriptService::exportFailed, this, &TranscriptPane::failed);
 }
 
 void TranscriptPane::changeEvent(QEvent* event)
@@ -124,7 +128,7 @@ void TranscriptPane::changeEvent(QEvent* event)
 
 void TranscriptPane::grant(TranscriptWindowInfo::Wish wish)
 {
-    if (!hasWords())
+    if (m_info->segments(0).empty())
         return emit noted(QStringLiteral("There is no transcript to export: transcribe or import one first"));
     switch (wish) {
     case TranscriptWindowInfo::Wish::ExportTranscript:
@@ -138,11 +142,6 @@ void TranscriptPane::grant(TranscriptWindowInfo::Wish wish)
     }
 }
 
-bool TranscriptPane::hasWords()
-{
-    return m_info->player().sequence() && !m_info->transcript().segments.isEmpty();
-}
-
 void TranscriptPane::askForExport(const QString& title, bool captionsOnly)
 {
     QStringList filters;
@@ -150,29 +149,30 @@ void TranscriptPane::askForExport(const QString& title, bool captionsOnly)
         if (info.hasCaptions || !captionsOnly)
             filters += filterOf(info);
     }
-    const media::Sequence& sequence = *m_info->player().sequence();
+    const media::Sequence sequence = *m_info->player().sequence();
     auto* dialog = new QFileDialog(this, title, QFileInfo(sequence.path).path());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setNameFilters(filters);
     dialog->selectFile(sequence.name);
-    connect(dialog, &QFileDialog::fileSelected, this,
-            [this, dialog](const QString& file) { write({fileWithSuffix(file, dialog->selectedNameFilter())}); });
+    connect(dialog, &QFileDialog::fileSelected, this, [this, dialog, sequence](const QString& file) {
+        m_info->service().exportFiles(sequence, {fileWithSuffix(file, dialog->selectedNameFilter())});
+    });
     dialog->open();
 }
 
 /// Captions for a player and for a package: SubRip and IMSC 1.1.
 void TranscriptPane::createSubcaptions()
 {
-    const QString& name = m_info->player().sequence()->name;
+    const media::Sequence sequence = *m_info->player().sequence();
     auto* dialog = new QFileDialog(this, QStringLiteral("Folder for the Subcaptions (SubRip and IMSC 1.1)"),
-                                   QFileInfo(m_info->player().sequence()->path).path());
+                                   QFileInfo(sequence.path).path());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
-    connect(dialog, &QFileDialog::fileSelected, this, [this, name](const QString& folder) {
-        const QString base = folder + QLatin1Char('/') + name;
-        write({base + QStringLiteral(".srt"), base + QStringLiteral(".ttml")});
+    connect(dialog, &QFileDialog::fileSelected, this, [this, sequence](const QString& folder) {
+        const QString base = folder + QLatin1Char('/') + sequence.name;
+        m_info->service().exportFiles(sequence, {base + QStringLiteral(".srt"), base + QStringLiteral(".ttml")});
     });
     dialog->open();
 }
@@ -181,24 +181,8 @@ void TranscriptPane::createSubcaptions()
 void TranscriptPane::createScript()
 {
     QDir().mkpath(m_folder);
-    write({m_folder + QLatin1Char('/') + m_info->player().sequence()->name + QStringLiteral(".txt")});
-}
-
-void TranscriptPane::write(const QStringList& files)
-{
-    if (!hasWords())
-        return;
-    const speech::Transcript transcript = m_info->transcript();
-    const speech::ExportSettings settings = services::exportSettings(*m_info->player().sequence());
-    for (const QString& file : files) {
-        const auto format = services::exportFormatOf(file);
-        const Status written =
-            format ? speech::exportTranscriptFile(file, transcript, *format, settings)
-                   : Error{file, {}, {}, QStringLiteral("its name ending is that of no known format"), {}};
-        if (!written)
-            return emit failed(written.error().sentence());
-    }
-    emit noted(QStringLiteral("Written: %1").arg(files.join(QStringLiteral(", "))));
+    const media::Sequence& sequence = *m_info->player().sequence();
+    m_info->service().exportFiles(sequence, {m_folder + QLatin1Char('/') + sequence.name + QStringLiteral(".txt")});
 }
 
 void TranscriptPane::askForImport(const services::TranscriptService::Clip& clip)

@@ -24,7 +24,7 @@ public:
 
     STT_TranscriptManagerWindow& window() const { return *m_window; }
 
-    /// The folder that dialogs start with.
+    /// The folder that scripts go to.
     void setFolder(const QString& folder) { m_folder = folder; }
 
     /// Asks for a file and takes it as the transcript of a clip.
@@ -46,8 +46,6 @@ private:
     void askForExport(const QString& title, bool captionsOnly);
     void createSubcaptions();
     void createScript();
-    void write(const QStringList& files);
-    bool hasWords();
 
     /// The window's own.
     services::TranscriptWindowInfo* m_info;
