@@ -109,6 +109,9 @@ Status Mix::setGroup(const QString& option)
     if (name.isEmpty() || taken.contains(name) || !option.contains(QLatin1Char('=')))
         return wrong(option, QStringLiteral("it gives no group a name"),
                      QStringLiteral("write it like \"NAME=A1,A2\""));
+    if (services::trackOfEntry(m_sequence, name) >= 0)
+        return wrong(option, QStringLiteral("a track of the sequence is called so"),
+                     QStringLiteral("give the group another name"));
     auto tracks = tracksOf(option.section(QLatin1Char('='), 1), option);
     if (!tracks)
         return tracks.error();

@@ -18,6 +18,13 @@ QString quoted(const QString& text)
     return QStringLiteral("\"%1\"").arg(text);
 }
 
+/// Whether a track's entry in a list of sources is this, to the letter.
+bool hasTrackEntry(const BinItem& sequence, const QString& text)
+{
+    return std::any_of(sequence.audio.begin(), sequence.audio.end(),
+                       [&text](const BinTrack& track) { return track.entry() == text; });
+}
+
 /// One check of a mix against the sequence it is for.
 class Check
 {
@@ -114,6 +121,9 @@ Status Check::checkSource(const QString& source, const QString& target) const
     const QString owner = QStringLiteral("%1, group %2").arg(target, quoted(source));
     if (groups.size() > 1)
         return fail(owner, QStringLiteral("several groups are called so"), QStringLiteral("rename one of them"));
+    if (groups.size() == 1 && hasTrackEntry(m_sequence, source))
+        return fail(owner, QStringLiteral("a track of the sequence is called so, too"),
+                    QStringLiteral("give the group another name"));
     if (groups.size() == 1 && groups.first().isEmpty())
         return fail(owner, QStringLiteral("the group has no tracks"), QStringLiteral("put tracks into the group"));
     if (groups.size() == 1)

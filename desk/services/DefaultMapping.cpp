@@ -31,14 +31,28 @@ QJsonArray namesOf(const BinItem& sequence, const QVector<int>& tracks)
     return names;
 }
 
-/// The group of just these tracks; made where there is none.
+bool isTaken(const QString& name, const QJsonArray& groups)
+{
+    return std::any_of(groups.begin(), groups.end(), [&](const QJsonValue& group) {
+        return group[QLatin1String(ImfDict::Name)] == QJsonValue(name);
+    });
+}
+
+/// The group of just these tracks; made where there is none, under a name that the user has given to no other.
 QString groupOf(const QJsonArray& tracks, QJsonArray& groups)
 {
-    const QString name = QStringLiteral("%1-%2").arg(tracks.first().toString(), tracks.last().toString());
-    const QJsonObject group{{ImfDict::Name, name}, {ImfDict::IncludeMasterFader, false}, {ImfDict::Tracks, tracks}};
-    if (!groups.contains(group))
-        groups += group;
-    return name;
+    const QString wanted = QStringLiteral("%1-%2").arg(tracks.first().toString(), tracks.last().toString());
+    QString name = wanted;
+    for (int n = 1;; ++n) {
+        const QJsonObject group{{ImfDict::Name, name}, {ImfDict::IncludeMasterFader, false}, {ImfDict::Tracks, tracks}};
+        if (groups.contains(group))
+            return name;
+        if (!isTaken(name, groups)) {
+            groups += group;
+            return name;
+        }
+        name = QStringLiteral("%1.%2").arg(wanted).arg(n);
+    }
 }
 
 QString sourceOf(const BinItem& sequence, const SoundPlan& plan, QJsonArray& groups)

@@ -25,7 +25,7 @@ AudioGroup fromJson(const QJsonObject& profile)
 
 QString remarkOnName(const QString& former, const QString& name)
 {
-    if (former.isEmpty())
+    if (former.trimmed().isEmpty())
         return stx_func("A group without a name is now \"%1\".").toQString().arg(name);
     return stx_func("A further group \"%1\" is now \"%2\".").toQString().arg(former, name);
 }
@@ -34,7 +34,7 @@ QString remarkOnName(const QString& former, const QString& name)
 AudioGroups::Read AudioGroups::read(const QJsonArray& profiles)
 {
     Read read;
-    QStringList names{defaultName()};
+    QStringList names = reservedNames();
     int unreadable = 0;
     for (const QJsonValue& profile : profiles) {
         AudioGroup group = fromJson(profile.toObject());
@@ -42,7 +42,7 @@ AudioGroups::Read AudioGroups::read(const QJsonArray& profiles)
             ++unreadable;
             continue;
         }
-        const QString former = std::exchange(group.name, group.name.isEmpty() ? defaultName() : group.name);
+        const QString former = std::exchange(group.name, group.name.trimmed().isEmpty() ? defaultName() : group.name);
         ViewDeckQt::generateDefaultName(group.name, names);
         if (group.name != former)
             read.remarks += remarkOnName(former, group.name);
@@ -70,8 +70,8 @@ QString AudioGroups::defaultName()
     return stx_func("Untitled Group");
 }
 
-bool AudioGroups::isReserved(const QString& name)
+QStringList AudioGroups::reservedNames()
 {
-    return name == defaultName() || name == stx_func("All Active Tracks").toQString() ||
-           name == QLatin1String("All Active Tracks") || name == QLatin1String("----------");
+    return {defaultName(), stx_func("All Active Tracks"), QStringLiteral("All Active Tracks"),
+            QStringLiteral("----------")};
 }

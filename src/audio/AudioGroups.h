@@ -23,8 +23,8 @@ struct Read {
     QStringList remarks;
 };
 
-/// Reads whatever the array holds. Each group of the answer has a name of its own that is not the default one; a value
-/// of another type counts as not there, and an element that tells of no group is left out.
+/// Reads whatever the array holds. Each group of the answer has a name of its own that is not reserved; a value of
+/// another type counts as not there, and an element that tells of no group is left out.
 Read read(const QJsonArray& profiles);
 
 QJsonArray toJson(const QVector<AudioGroup>& groups);
@@ -32,7 +32,7 @@ QJsonArray toJson(const QVector<AudioGroup>& groups);
 /// The name of the group that always exists and is never kept, translated.
 QString defaultName();
 
-/// Whether the name means something else where a group is chosen, so that no group may have it.
-bool isReserved(const QString& name);
+/// What means something else where a group is chosen, so that no group may be called so.
+QStringList reservedNames();
 
 } // namespace AudioGroups

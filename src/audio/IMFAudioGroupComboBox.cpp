@@ -186,6 +186,8 @@ void IMFAudioGroupComboBox::saveAs()
     AudioGroup group = edited(suggestedName());
     const QPointer<IMFAudioGroupComboBox> alive(this);
     const QPointer<IMFAudioGroupSaveAsDialog> dialog = new IMFAudioGroupSaveAsDialog(window(), group.name, names());
+    if (m_editor)
+        dialog->reserve(m_editor->otherSources());
     const int answer = dialog->exec();
     if (!alive || !dialog)
         return;

@@ -12,6 +12,8 @@ public:
     virtual bool includesMasterFader() const = 0;
     /// Whether the above differs from what was chosen last.
     virtual bool isChanged() const = 0;
+    /// What sources besides groups are called.
+    virtual QStringList otherSources() const = 0;
 
 protected:
     ~AudioGroupEditor() = default;

@@ -3,6 +3,7 @@
 #include "IMFAudioGroupDelegate.h"
 #include "IMFAudioTrackView.h"
 #include "IMFTracksSortFilterModel.h"
+#include "IMF_TrackGroupingManager.h"
 
 #include "NvCore/NvText.h"
 #include "StratacutUI/IMF_Bridges.h"
@@ -115,6 +116,11 @@ QStringList IMFAudioGroupDialog::selectedTracks() const
 bool IMFAudioGroupDialog::includesMasterFader() const
 {
     return m_masterFader->isChecked();
+}
+
+QStringList IMFAudioGroupDialog::otherSources() const
+{
+    return IMF_TrackGroupingManager(m_trackModel, {}).getSourceList();
 }
 
 void IMFAudioGroupDialog::apply(const AudioGroup& group)

@@ -43,6 +43,8 @@ private:
 
     bool isChanged() const override { return m_changed; }
 
+    QStringList otherSources() const override;
+
     void handOn(QEvent* event);
     void layOut();
     void connectAll();

@@ -25,6 +25,7 @@ IMFAudioGroupSaveAsDialog::IMFAudioGroupSaveAsDialog(QWidget* parent, const QStr
                                                      const QStringList& existingNames)
     : ViewDeckQt::ManagedDialog<QDialog>(parent),
       m_existingNames(existingNames),
+      m_reservedNames(AudioGroups::reservedNames()),
       m_name(new ViewDeckQt::QFFLineEditQt(suggestedName))
 {
     setManagedTitle(stx_func("Group Name"));
@@ -72,7 +73,7 @@ bool IMFAudioGroupSaveAsDialog::mayReplace()
 
 void IMFAudioGroupSaveAsDialog::onOk()
 {
-    if (AudioGroups::isReserved(name())) {
+    if (m_reservedNames.contains(name())) {
         messageBox(this, QMessageBox::Information, {},
                    stx_func("\"%1\" cannot be used as profile name").toQString().arg(name()), QMessageBox::Ok,
                    QMessageBox::Ok);

@@ -15,6 +15,9 @@ class IMFAudioGroupSaveAsDialog : public ViewDeckQt::ManagedDialog<QDialog>
 public:
     IMFAudioGroupSaveAsDialog(QWidget* parent, const QString& suggestedName, const QStringList& existingNames);
 
+    /// Refuses these names as well.
+    void reserve(const QStringList& names) { m_reservedNames += names; }
+
     /// The entered name, not empty once the dialog is accepted.
     QString name() const;
 
@@ -23,5 +26,6 @@ private:
     bool mayReplace();
 
     QStringList m_existingNames;
+    QStringList m_reservedNames;
     QLineEdit* m_name;
 };

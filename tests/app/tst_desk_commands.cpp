@@ -187,6 +187,8 @@ private slots:
         QTest::newRow("a row too far") << QStringList{"set", "1.1.1", "--map", "A3=all:Stereo"} << 1 << "map A1 first";
         QTest::newRow("a name that is taken")
             << QStringList{"set", "1.1.1", "--group", "Untitled Group=A1"} << 1 << "NAME=A1,A2";
+        QTest::newRow("a name of a track")
+            << QStringList{"set", "1.1.1", "--group", "A1 Mono=A2"} << 1 << "another name";
         QTest::newRow("a mapping of no composition")
             << QStringList{"set", "1.1", "--map", "A1=all:Stereo"} << 1 << "only a composition";
         QTest::newRow("a sequence in use") << QStringList{"bin", "--remove", "reel"} << 1 << "composition 1.1.1";

@@ -223,7 +223,7 @@ private slots:
     void namesThatMeanSomethingElseAreRefused()
     {
         const Shown s;
-        for (const char* name : {"Untitled Group", "All Active Tracks", "----------"}) {
+        for (const char* name : {"Untitled Group", "All Active Tracks", "----------", "A3 Mono2 %2 title"}) {
             s.saveAs(name, [name](QWidget& asks) {
                 {
                     const ModalAnswer answer(QMessageBox::Ok);
@@ -302,10 +302,12 @@ private slots:
     {
         const Shown s({profile("Music", {"A1"}), profile("Music", {"A2"}), 7, QJsonArray(), QJsonObject(),
                        profile("Untitled Group", {"A3"}), QJsonObject{{"Tracks", QJsonArray{1, "A4"}}},
-                       QJsonObject{{"Name", "Bare"}, {"Include Master Fader", "yes"}, {"Tracks", "A1"}}});
+                       QJsonObject{{"Name", "Bare"}, {"Include Master Fader", "yes"}, {"Tracks", "A1"}},
+                       profile("All Active Tracks", {"A2"})});
         QCOMPARE(s.groups().profiles(),
                  (QJsonArray{profile("Music", {"A1"}), profile("Music.1", {"A2"}), profile("Untitled Group.1", {"A3"}),
-                             profile("Untitled Group.2", {"A4"}), profile("Bare", {})}));
+                             profile("Untitled Group.2", {"A4"}), profile("Bare", {}),
+                             profile("All Active Tracks.1", {"A2"})}));
         for (const char* part : {"\"Music.1\"", "\"Untitled Group.1\"", "\"Untitled Group.2\"", "left out: 3"})
             QVERIFY2(s.remark().contains(part), qPrintable(s.remark()));
     }

@@ -108,7 +108,7 @@ private slots:
         const BinItem sequence = sequenceOf(labels);
         QCOMPARE(mixed(sequence, format), expected);
         // Where every track goes into a channel of its own, rows say the same.
-        const auto rows = defaultMapping(sequence, format, {});
+        const auto rows = defaultMapping(sequence, format, {group("A1-A6", {"A2"})});
         const int own = expected.count(QRegularExpression(QStringLiteral(" [0-9]+00\\b")));
         QCOMPARE(rows.has_value(), !labels.isEmpty() && own == labels.size());
         if (rows)
@@ -224,6 +224,8 @@ private slots:
         row("empty group", one, QJsonArray{group("Dialogue 2", {})}, "the group has no tracks");
         row("group of numbers", one, QJsonArray{group("Dialogue 2", {1})}, "is no track");
         row("namesakes", one, QJsonArray{group("Dialogue 2", {"A1"}), group("Dialogue 2", {"A2"})}, "several groups");
+        row("group called like a track", QJsonArray{TestSoundPlan::row("A1", "A1 Mono ")},
+            QJsonArray{group("A1 Mono ", {"A2"})}, "group \"A1 Mono \": a track of the sequence is called so, too");
         row("mapped twice", QJsonArray{TestSoundPlan::row("A1", "A1 Mono"), TestSoundPlan::row("A1", "A2 Mono")}, none,
             "IMF track A1: it is mapped twice");
         const QJsonObject good = TestSoundPlan::row("A1", "A1 Mono");
