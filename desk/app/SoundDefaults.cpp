@@ -113,7 +113,8 @@ QStringList unreadableMappings(const QJsonArray& documents, const QString& file)
         const QJsonObject document = value.toObject();
         const QJsonValue mix = document[QLatin1String(ImfDict::Audio)][QLatin1String(ImfDict::MultipleAudioMix)];
         const QString name = document[QLatin1String(ImfDict::Name)].toString();
-        if (!mix.isUndefined() && !JSON::VerifyMultiMix(mix.toObject(), false))
+        const bool burned = !document[QLatin1String(ImfDict::Mutable)].toBool();
+        if (!mix.isUndefined() && !JSON::VerifyMultiMix(mix.toObject(), burned))
             told += Error{file,
                           QStringLiteral("\"%1\"").arg(name),
                           {},
