@@ -40,6 +40,24 @@ QString saidIn(const QVector<Caption>& captions)
     return text;
 }
 
+/// What all captions and the gaps between them take where nothing limits them.
+qint64 neededFrames(const Transcript& transcript, const CaptionRules& rules)
+{
+    qint64 sum = -rules.gapFrames;
+    const QVector<Caption> captions = makeCaptions(transcript, rules);
+    for (const Caption& caption : captions) {
+        const qint64 characters = countOfCharacters(caption.lines.join(' '));
+        const qint64 divisor = 17 * rules.frameRate.den;
+        sum += (characters * rules.frameRate.num + divisor - 1) / divisor + rules.gapFrames;
+    }
+    return sum;
+}
+
+int msOf(qint64 frames, Rational rate)
+{
+    return int(frames * 1000 * rate.den / rate.num);
+}
+
 /// All characters, sorted: what must be the same where only the order of speakers may differ.
 QString sorted(QString text)
 {
@@ -257,7 +275,12 @@ private slots:
             const Transcript transcript = texts::randomTranscript(random);
             CaptionRules rules;
             rules.frameRate = rates[round % rates.size()];
+            // Enough for what is said, but not always where it is said.
+            const qint64 needed = neededFrames(transcript, rules);
+            rules.clipMs = round % 2 == 0 ? 0 : msOf(needed, rules.frameRate);
             const QVector<Caption> captions = makeCaptions(transcript, rules);
+            QCOMPARE(countOfBreaches(captions, rules), 0);
+            QVERIFY(rules.clipMs == 0 || captions.last().endFrame <= needed);
             qint64 last = -rules.gapFrames;
             for (const Caption& caption : captions) {
                 const double seconds = double(caption.endFrame - caption.startFrame) / rules.frameRate.toDouble();
@@ -275,6 +298,35 @@ private slots:
             for (const Segment& segment : transcript.segments) {
                 const Transcript alone{{segment}, {}};
                 QCOMPARE(saidIn(makeCaptions(alone, rules)), saidBy(alone, 0));
+            }
+        }
+    }
+
+    /// From a clip that is a little too short for its words down to one of a single frame.
+    void captionsNeverPassTheClip()
+    {
+        QRandomGenerator random(44);
+        for (const Rational rate : {Rational(24000, 1001), Rational(25, 1), Rational(30000, 1001), Rational(60, 1)}) {
+            const Transcript transcript = texts::randomTranscript(random);
+            CaptionRules rules;
+            rules.frameRate = rate;
+            for (qint64 frames = neededFrames(transcript, rules) - 1; frames >= 1; frames = frames * 4 / 5) {
+                rules.clipMs = msOf(frames, rate);
+                const QVector<Caption> captions = makeCaptions(transcript, rules);
+                qint64 last = 0;
+                for (const Caption& caption : captions) {
+                    QVERIFY(caption.startFrame >= last && caption.endFrame > caption.startFrame);
+                    last = caption.endFrame;
+                }
+                QVERIFY2(last <= frames, qPrintable(QStringLiteral("%1 > %2").arg(last).arg(frames)));
+                QCOMPARE(sorted(saidIn(captions)), sorted(saidIn(makeCaptions(transcript, {rate}))));
+                QVERIFY(countOfBreaches(captions, rules) > 0);
+                ExportSettings settings;
+                settings.captions = rules;
+                const QString note = exportNote(transcript, ExportFormat::WebVtt, settings);
+                QVERIFY(!note.isEmpty());
+                for (const auto format : {ExportFormat::WebVtt, ExportFormat::Imsc})
+                    QVERIFY(exportTranscript(transcript, format, settings).contains(note.toUtf8()));
             }
         }
     }

@@ -92,7 +92,10 @@ class ImscWriter
 {
 public:
     ImscWriter(const Transcript& transcript, const ExportSettings& settings)
-        : m_transcript(transcript), m_settings(settings), m_xml(&m_bytes)
+        : m_transcript(transcript),
+          m_settings(settings),
+          m_captions(makeCaptions(transcript, settings.captions)),
+          m_xml(&m_bytes)
     {
         m_xml.setAutoFormatting(true);
         m_xml.setAutoFormattingIndent(1);
@@ -133,6 +136,9 @@ private:
         m_xml.writeStartElement(tt, QStringLiteral("metadata"));
         if (!m_settings.title.isEmpty())
             m_xml.writeTextElement(ttm, QStringLiteral("title"), xmlText(m_settings.title));
+        const QString note = noteOfBreaches(m_captions, m_settings.captions);
+        if (!note.isEmpty())
+            m_xml.writeTextElement(ttm, QStringLiteral("desc"), note);
         for (const Speaker& speaker : m_transcript.speakers)
             writeAgent(speaker);
         m_xml.writeEndElement();
@@ -174,8 +180,7 @@ private:
         m_xml.writeAttribute(QStringLiteral("style"), QStringLiteral("text"));
         m_xml.writeAttribute(QStringLiteral("region"), QStringLiteral("bottom"));
         m_xml.writeStartElement(tt, QStringLiteral("div"));
-        const QVector<Caption> captions = makeCaptions(m_transcript, m_settings.captions);
-        for (const Caption& caption : captions)
+        for (const Caption& caption : m_captions)
             writeCaption(caption);
         m_xml.writeEndElement();
         m_xml.writeEndElement();
@@ -207,12 +212,25 @@ private:
 
     const Transcript& m_transcript;
     const ExportSettings& m_settings;
+    const QVector<Caption> m_captions;
     QByteArray m_bytes;
     QXmlStreamWriter m_xml;
     int m_count = 0;
 };
 
 } // namespace
+
+QString noteOfBreaches(const QVector<Caption>& captions, const CaptionRules& rules)
+{
+    const int count = countOfBreaches(captions, rules);
+    if (count == 0)
+        return {};
+    return QStringLiteral(
+               "%1 of %2 captions exceed %3 characters a second: more is said than the clip has time to read")
+        .arg(count)
+        .arg(captions.size())
+        .arg(rules.charactersPerSecond);
+}
 
 QByteArray writeSubRip(const Transcript& transcript, const ExportSettings& settings)
 {
@@ -231,6 +249,9 @@ QByteArray writeWebVtt(const Transcript& transcript, const ExportSettings& setti
 {
     QString text = QStringLiteral("WEBVTT\n\n");
     const QVector<Caption> captions = makeCaptions(transcript, settings.captions);
+    const QString note = noteOfBreaches(captions, settings.captions);
+    if (!note.isEmpty())
+        text += QLatin1String("NOTE ") + note + QLatin1String("\n\n");
     for (const Caption& caption : captions) {
         const QString name = vttText(displayName(transcript, caption.speaker).simplified());
         text += timing(caption, settings.captions.frameRate, QLatin1Char('.')) + QLatin1Char('\n');

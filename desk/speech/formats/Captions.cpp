@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <numeric>
 
 namespace desk::speech
 {
@@ -187,9 +188,62 @@ void addDrafts(const Segment& segment, const CaptionRules& rules, std::vector<Dr
     }
 }
 
+/// How many whole frames there are in a clip whose milliseconds were cut to whole ones.
+qint64 framesOfClip(const CaptionRules& rules)
+{
+    if (rules.clipMs <= 0)
+        return INT64_MAX;
+    const Rational rate = rules.frameRate;
+    return std::max<qint64>(1, ((rules.clipMs + 1LL) * rate.num - 1) / (1000 * rate.den));
+}
+
+/// Joins neighbours, so that so many are left.
+void joinDrafts(std::vector<Draft>& drafts, qint64 count)
+{
+    const auto former = std::exchange(drafts, {});
+    const auto placeOf = [&](std::size_t i) { return qint64(i) * count / qint64(former.size()); };
+    for (std::size_t i = 0; i < former.size(); ++i) {
+        if (i == 0 || placeOf(i) != placeOf(i - 1)) {
+            drafts.push_back(former[i]);
+            continue;
+        }
+        drafts.back().caption.lines += former[i].caption.lines;
+        drafts.back().endMs = std::max(drafts.back().endMs, former[i].endMs);
+        drafts.back().length += former[i].length;
+    }
+}
+
+/// Makes room for all captions in a clip that is too short for them.
+/// @return frames between captions.
+qint64 squeeze(std::vector<Draft>& drafts, const CaptionRules& rules)
+{
+    const qint64 end = framesOfClip(rules);
+    const auto needed = [&](qint64 gap) {
+        const auto add = [gap](qint64 sum, const Draft& draft) { return sum + draft.length + gap; };
+        return std::accumulate(drafts.begin(), drafts.end(), -gap, add);
+    };
+    if (drafts.empty() || needed(rules.gapFrames) <= end)
+        return rules.gapFrames;
+    if (qint64(drafts.size()) > end)
+        joinDrafts(drafts, end);
+    const auto count = qint64(drafts.size());
+    const qint64 gap = count < 2 ? 0 : std::min<qint64>(rules.gapFrames, (end - count) / (count - 1));
+    // Each has one frame; the others are shared out by what each one lacks.
+    const qint64 spare = end - count - (count - 1) * gap;
+    const qint64 lacking = needed(0) - count;
+    qint64 sum = 0;
+    for (Draft& draft : drafts) {
+        const qint64 before = lacking > 0 ? sum * spare / lacking : 0;
+        sum += draft.length - 1;
+        const qint64 after = lacking > 0 ? sum * spare / lacking : 0;
+        draft.length = std::min(draft.length, 1 + after - before);
+    }
+    return gap;
+}
+
 /// Starts with the least squared distance from the words' starts such that no caption begins before the one before it
 /// was read and the gap has passed: isotonic regression by pooling neighbours that are in each other's way.
-std::vector<qint64> settledStarts(const std::vector<Draft>& drafts, const CaptionRules& rules)
+std::vector<qint64> settledStarts(const std::vector<Draft>& drafts, qint64 gap, const CaptionRules& rules)
 {
     struct Pool {
         double sum = 0;
@@ -210,11 +264,9 @@ std::vector<qint64> settledStarts(const std::vector<Draft>& drafts, const Captio
             pools.back().sum += last.sum;
             pools.back().count += last.count;
         }
-        offset += draft.length + rules.gapFrames;
+        offset += draft.length + gap;
     }
-    // Nothing starts before the clip, and nothing ends after it unless there is too much to read.
-    const qint64 end = frameOfMs(rules.clipMs, rules.frameRate);
-    const qint64 latest = rules.clipMs > 0 ? std::max<qint64>(0, end - (offset - rules.gapFrames)) : INT64_MAX;
+    const qint64 latest = std::max<qint64>(0, framesOfClip(rules) - (offset - gap));
     std::vector<qint64> starts;
     for (const Pool& pool : pools) {
         const qint64 start = std::clamp<qint64>(qint64(std::floor(pool.mean())), 0, latest);
@@ -245,8 +297,9 @@ QVector<Caption> makeCaptions(const Transcript& transcript, const CaptionRules& 
         addDrafts(segment, rules, drafts);
     std::stable_sort(drafts.begin(), drafts.end(),
                      [](const Draft& a, const Draft& b) { return a.startMs < b.startMs; });
-    const std::vector<qint64> starts = settledStarts(drafts, rules);
-    const qint64 clipEnd = rules.clipMs > 0 ? frameOfMs(rules.clipMs, rules.frameRate) : INT64_MAX;
+    const qint64 gap = squeeze(drafts, rules);
+    const std::vector<qint64> starts = settledStarts(drafts, gap, rules);
+    const qint64 clipEnd = framesOfClip(rules);
     QVector<Caption> captions;
     for (std::size_t i = 0; i < drafts.size(); ++i) {
         Caption caption = drafts[i].caption;
@@ -254,11 +307,23 @@ QVector<Caption> makeCaptions(const Transcript& transcript, const CaptionRules& 
         const qint64 spoken = frameOfMs(drafts[i].endMs, rules.frameRate);
         const qint64 wanted = std::clamp(spoken, starts[i] + frameOfMs(shortestMs, rules.frameRate),
                                          starts[i] + frameOfMs(longestMs, rules.frameRate));
-        const qint64 latest = i + 1 < drafts.size() ? starts[i + 1] - rules.gapFrames : std::max(clipEnd, starts[i]);
+        const qint64 latest = i + 1 < drafts.size() ? starts[i + 1] - gap : clipEnd;
         caption.endFrame = std::max(starts[i] + drafts[i].length, std::min(wanted, latest));
         captions.append(caption);
     }
     return captions;
+}
+
+int countOfBreaches(const QVector<Caption>& captions, const CaptionRules& rules)
+{
+    int count = 0;
+    qint64 free = 0;
+    for (const Caption& caption : captions) {
+        const bool isFast = caption.endFrame - caption.startFrame < readingFrames(caption.lines, rules);
+        count += isFast || caption.startFrame < free || caption.lines.size() > rules.lines ? 1 : 0;
+        free = caption.endFrame + rules.gapFrames;
+    }
+    return count;
 }
 
 } // namespace desk::speech

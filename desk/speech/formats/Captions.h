@@ -19,7 +19,7 @@ struct CaptionRules {
     int charactersPerSecond = 17;
     /// Frames between the end of a caption and the start of the next.
     int gapFrames = 2;
-    /// The clip's end in milliseconds, which captions respect where all their text can be read before; 0 for none.
+    /// The clip's length in whole milliseconds, which no caption passes; 0 for any.
     int clipMs = 0;
 };
 
@@ -34,8 +34,13 @@ struct Caption {
 
 /// Subcaptions of a transcript: every word of every segment, in order, one speaker a caption. Where people talk at once
 /// their captions alternate by time. Speech that is faster than can be read moves captions away from their words, half
-/// of the way before and half after; no rule is broken and no word dropped. A word longer than a line is cut.
+/// of the way before and half after; no word is dropped. A word longer than a line is cut. Where more is said than can
+/// be read before the clip ends, captions are shorter than their text needs; where that is not enough, the gaps yield
+/// and at last the number of lines.
 QVector<Caption> makeCaptions(const Transcript& transcript, const CaptionRules& rules);
+
+/// How many captions do not keep the rules, but for the clip's end, which all keep.
+int countOfBreaches(const QVector<Caption>& captions, const CaptionRules& rules);
 
 /// How many characters a reader sees: grapheme clusters.
 int countOfCharacters(const QString& text);

@@ -62,6 +62,15 @@ QByteArray exportTranscript(const Transcript& transcript, ExportFormat format, c
     return writer->write(transcript, settings);
 }
 
+QString exportNote(const Transcript& transcript, ExportFormat format, const ExportSettings& settings)
+{
+    const auto& formats = exportFormats();
+    const bool hasCaptions = std::any_of(formats.begin(), formats.end(), [&](const ExportFormatInfo& info) {
+        return info.format == format && info.hasCaptions;
+    });
+    return hasCaptions ? noteOfBreaches(makeCaptions(transcript, settings.captions), settings.captions) : QString();
+}
+
 Status exportTranscriptFile(const QString& path, const Transcript& transcript, ExportFormat format,
                             const ExportSettings& settings)
 {

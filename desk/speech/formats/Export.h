@@ -45,7 +45,11 @@ QString timecodeText(qint64 frame, Rational rate, TimecodeCount count);
 /// everything. UTF-8.
 QByteArray exportTranscript(const Transcript& transcript, ExportFormat format, const ExportSettings& settings);
 
-/// The same into a file, which appears whole or not at all.
+/// What must be told of an export: that more is said than the clip has time to read. One sentence without a full stop;
+/// empty where there is nothing to say.
+QString exportNote(const Transcript& transcript, ExportFormat format, const ExportSettings& settings);
+
+/// What exportTranscript() makes, into a file, which appears whole or not at all.
 Status exportTranscriptFile(const QString& path, const Transcript& transcript, ExportFormat format,
                             const ExportSettings& settings);
 

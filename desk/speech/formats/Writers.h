@@ -5,6 +5,9 @@
 namespace desk::speech
 {
 
+/// For the export's reader; empty where all captions keep the rules.
+QString noteOfBreaches(const QVector<Caption>& captions, const CaptionRules& rules);
+
 QByteArray writeSubRip(const Transcript& transcript, const ExportSettings& settings);
 QByteArray writeWebVtt(const Transcript& transcript, const ExportSettings& settings);
 QByteArray writeImsc(const Transcript& transcript, const ExportSettings& settings);
