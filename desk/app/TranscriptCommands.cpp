@@ -78,8 +78,11 @@ Result<media::Sequence> openClip(ItemSession& session, const QString& name)
     return media::openSequence(session.host().library().find(*id)->path);
 }
 
+/// How a transcription begins.
+using Start = void (TranscriptService::*)(const TranscriptService::Clip&);
+
 /// Waits for one clip, with its progress on the error stream.
-Status recognise(TranscriptService& service, const TranscriptService::Clip& clip)
+Status recognise(TranscriptService& service, const TranscriptService::Clip& clip, Start start)
 {
     TranscriptStore& store = service.store();
     bool isOver = false;
@@ -97,7 +100,7 @@ Status recognise(TranscriptService& service, const TranscriptService::Clip& clip
                          if (end != TranscriptService::Outcome::Done)
                              outcome = Error{{}, {}, {}, text, {}};
                      });
-    service.transcribe(clip);
+    (service.*start)(clip);
     waitUntil(store, [&] { return isOver || service.active() == 0; });
     console::endStatusLine();
     if (outcome)
@@ -121,7 +124,7 @@ QVector<TranscriptService::Clip> clipsOf(const media::Sequence& sequence)
     return clips;
 }
 
-Status transcribeAll(ItemSession& session, const QStringList& names)
+Status transcribeAll(ItemSession& session, const QStringList& names, Start start)
 {
     const auto service = openTranscripts(session);
     if (!service)
@@ -135,7 +138,7 @@ Status transcribeAll(ItemSession& session, const QStringList& names)
             return Error{
                 sequence->path, {}, {}, QStringLiteral("it has no sound"), QStringLiteral("name a clip with sound")};
         for (const TranscriptService::Clip& clip : clips) {
-            if (Status done = recognise(**service, clip); !done)
+            if (Status done = recognise(**service, clip, start); !done)
                 return done;
         }
     }
@@ -167,8 +170,7 @@ speech::Transcript readTranscript(TranscriptService& service, const media::Seque
     TranscriptStore& store = service.store();
     const auto ranges = services::spokenRanges(sequence);
     const auto isRead = [&](const services::SpokenRange& range) {
-        const bool isDone = store.clipState(range.clip->id).stage == speech::ClipState::Stage::Done;
-        return !isDone || store.transcript(range.clip->id);
+        return !store.hasTranscript(range.clip->id) || store.transcript(range.clip->id);
     };
     waitUntil(store, [&] { return std::all_of(ranges.begin(), ranges.end(), isRead); });
     return service.transcriptOf(ranges).transcript;
@@ -176,8 +178,14 @@ speech::Transcript readTranscript(TranscriptService& service, const media::Seque
 
 Status write(const media::Sequence& clip, const speech::Transcript& transcript, const QStringList& files)
 {
-    if (!files.isEmpty())
-        return services::writeTranscript(transcript, clip, files);
+    if (!files.isEmpty()) {
+        const auto note = services::writeTranscript(transcript, clip, files);
+        if (!note)
+            return note.error();
+        if (!note->isEmpty())
+            console::note(*note);
+        return {};
+    }
     const auto settings = services::exportSettings(clip);
     console::out(
         QString::fromUtf8(speech::exportTranscript(transcript, speech::ExportFormat::PlainText, settings)).trimmed());
@@ -238,14 +246,19 @@ Status workOnSpeakers(ItemSession& session, const QStringList& arguments)
 
 QList<QCommandLineOption> transcribeOptions()
 {
-    return {profileOption()};
+    return {profileOption(),
+            {"again",
+             "Also where there is a transcript, which stays until the new one is complete. Names and corrections of "
+             "speakers are kept."}};
 }
 
 int runTranscribe(const QCommandLineParser& parser, const QStringList& clips)
 {
     if (clips.isEmpty())
         return wrong(QStringLiteral("name at least one clip of the bin, or its file"), QStringLiteral("transcribe"));
-    return ItemSession(parser).run([&](ItemSession& session) { return transcribeAll(session, clips); },
+    const Start start =
+        parser.isSet(QStringLiteral("again")) ? &TranscriptService::transcribeAgain : &TranscriptService::transcribe;
+    return ItemSession(parser).run([&](ItemSession& session) { return transcribeAll(session, clips, start); },
                                    ItemSession::Keeping::Nothing);
 }
 

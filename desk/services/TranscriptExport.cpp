@@ -33,9 +33,10 @@ std::optional<speech::ExportFormat> exportFormatOf(const QString& file)
     return {};
 }
 
-Status writeTranscript(const speech::Transcript& transcript, const media::Sequence& sequence, const QStringList& files)
+Result<QString> writeTranscript(const speech::Transcript& transcript, const media::Sequence& sequence, const QStringList& files)
 {
     const speech::ExportSettings settings = exportSettings(sequence);
+    QString note;
     for (const QString& file : files) {
         const auto format = exportFormatOf(file);
         if (!format)
@@ -45,9 +46,11 @@ Status writeTranscript(const speech::Transcript& transcript, const media::Sequen
                          QStringLiteral("its name ending is that of no known format"),
                          QStringLiteral("end it with .srt, .vtt, .ttml, .txt, .csv or .json")};
         if (Status written = speech::exportTranscriptFile(file, transcript, *format, settings); !written)
-            return written;
+            return written.error();
+        const QString told = speech::exportNote(transcript, *format, settings);
+        note = told.isEmpty() ? note : told;
     }
-    return {};
+    return note;
 }
 
 } // namespace desk::services

@@ -19,6 +19,16 @@ QString countText(int words)
 {
     return words == 1 ? QStringLiteral("1 word") : QStringLiteral("%L1 words").arg(words);
 }
+
+speech::Transcriber::RecogniserMaker makerOf(const speech::RecogniserSettings& settings)
+{
+    return [settings] {
+        // The maker is called on the recogniser's thread, whose priority is its own.
+        constexpr int nice = 10;
+        setpriority(PRIO_PROCESS, 0, nice);
+        return speech::makeRecogniser(settings);
+    };
+}
 } // namespace
 
 TranscriptService::TranscriptService(const Profile& profile, QObject* parent)
@@ -31,7 +41,8 @@ TranscriptService::TranscriptService(const Profile& profile, QObject* parent)
     connect(m_store.get(), &TranscriptStore::conditionChanged, this,
             [this] { m_wasRead = m_wasRead || m_store->condition() == TranscriptStore::Condition::Online; });
     connect(m_store.get(), &TranscriptStore::clipChanged, this, &TranscriptService::report);
-    startTranscriber();
+    m_transcriber = std::make_unique<speech::Transcriber>(*m_store, makerOf(m_settings.recogniser));
+    connect(m_transcriber.get(), &speech::Transcriber::failed, this, &TranscriptService::fail);
 }
 
 TranscriptService::~TranscriptService()
@@ -39,18 +50,6 @@ TranscriptService::~TranscriptService()
     m_pool.waitForDone();
     m_transcriber.reset();
     m_store->disconnect(this);
-}
-
-void TranscriptService::startTranscriber()
-{
-    const auto make = [settings = m_settings.recogniser] {
-        // The maker is called on the recogniser's thread, whose priority is its own.
-        constexpr int nice = 10;
-        setpriority(PRIO_PROCESS, 0, nice);
-        return speech::makeRecogniser(settings);
-    };
-    m_transcriber = std::make_unique<speech::Transcriber>(*m_store, make);
-    connect(m_transcriber.get(), &speech::Transcriber::failed, this, &TranscriptService::fail);
 }
 
 bool TranscriptService::isReadable() const
@@ -65,7 +64,18 @@ MappedTranscript TranscriptService::transcriptOf(const std::vector<SpokenRange>&
 
 void TranscriptService::transcribe(const Clip& clip)
 {
-    if (m_jobs.contains(clip.id) || m_store->clipState(clip.id).stage == ClipState::Stage::Done)
+    if (m_store->clipState(clip.id).stage != ClipState::Stage::Done)
+        start(clip);
+}
+
+void TranscriptService::transcribeAgain(const Clip& clip)
+{
+    start(clip);
+}
+
+void TranscriptService::start(const Clip& clip)
+{
+    if (m_jobs.contains(clip.id))
         return;
     m_jobs[clip.id] = clip;
     emit queued(clip.id, clip.name);
@@ -114,10 +124,11 @@ void TranscriptService::fail(const QString& clip, const Error& error)
 
 void TranscriptService::cancel(const QString& clip)
 {
-    if (!m_jobs.contains(clip))
+    if (m_jobs.remove(clip) == 0)
         return;
     m_transcriber->cancel(clip);
     m_store->setClipState(clip, {});
+    emit ended(clip, Outcome::Cancelled, {});
 }
 
 void TranscriptService::report(const QString& clip)
@@ -130,10 +141,8 @@ void TranscriptService::report(const QString& clip)
     if (state.stage == ClipState::Stage::Running)
         return emit progressed(clip, state.percent);
     m_jobs.remove(clip);
-    if (state.stage == ClipState::Stage::Failed)
+    if (!state.failure.isEmpty())
         return emit ended(clip, Outcome::Failed, state.failure);
-    if (state.stage == ClipState::Stage::Missing)
-        return emit ended(clip, Outcome::Cancelled, {});
     const auto transcript = m_store->transcript(clip);
     emit ended(clip, Outcome::Done, transcript ? countText(transcript->countOfWords()) : QString());
 }
@@ -165,10 +174,10 @@ void TranscriptService::exportFiles(const media::Sequence& sequence, const QStri
         sources[range.clip->id] = m_store->transcript(range.clip->id);
     m_pool.start([this, sequence, files, ranges, sources] {
         const auto find = [&sources](const QString& clip) { return sources[clip]; };
-        const Status written = writeTranscript(mapTranscript(ranges, find).transcript, sequence, files);
+        const auto written = writeTranscript(mapTranscript(ranges, find).transcript, sequence, files);
         const auto report = [this, files, written] {
             if (written)
-                emit exported(files);
+                emit exported(files, *written);
             else
                 emit exportFailed(written.error().sentence());
         };
@@ -185,9 +194,9 @@ Status TranscriptService::change(const TranscriptSettings& settings)
     m_settings = settings;
     if (isOther) {
         const QHash<QString, Clip> former = std::exchange(m_jobs, {});
-        startTranscriber();
+        m_transcriber->use(makerOf(now));
         for (const Clip& clip : former)
-            transcribe(clip);
+            start(clip);
     }
     return m_settings.save(m_settingsFile);
 }

@@ -51,6 +51,9 @@ public:
     /// Opens the file and recognises what is said in it, after the clips asked for before. Goes on where a former run
     /// stopped. Nothing for a clip that waits, runs or has a transcript.
     void transcribe(const Clip& clip);
+    /// The same for a clip that has a transcript, which stays until the new one is complete. What the user did to
+    /// speakers stays too.
+    void transcribeAgain(const Clip& clip);
     void cancel(const QString& clip);
 
     /// Goes on with those clips that a former run left waiting: of what is heard in a sequence, or of the timeline in a
@@ -71,8 +74,7 @@ public:
 
     const TranscriptSettings& settings() const { return m_settings; }
 
-    /// Keeps them. Where the recogniser changes, waits for the utterance at work, and what is being recognised begins
-    /// anew.
+    /// Keeps them. Where the recogniser changes, what is being recognised begins anew with it.
     Status change(const TranscriptSettings& settings);
 
 Q_SIGNALS:
@@ -83,11 +85,12 @@ Q_SIGNALS:
     void ended(const QString& clip, desk::services::TranscriptService::Outcome outcome, const QString& text);
     void imported(const QString& clip, const QString& text);
     void importFailed(const QString& clip, const QString& sentence);
-    void exported(const QStringList& files);
+    /// @param note what must be told of it; mostly empty.
+    void exported(const QStringList& files, const QString& note);
     void exportFailed(const QString& sentence);
 
 private:
-    void startTranscriber();
+    void start(const Clip& clip);
     void begin(const Clip& clip, const Result<media::Sequence>& sequence);
     void report(const QString& clip);
     void fail(const QString& clip, const Error& error);

@@ -120,9 +120,8 @@ void TranscriptWindowInfo::load()
     m_awaits = false;
     for (const SpokenRange& range : m_ranges) {
         const bool isRead = m_service.store().transcript(range.clip->id) != nullptr;
-        const bool isDone = m_service.store().clipState(range.clip->id).stage == Stage::Done;
         m_hasTranscript = m_hasTranscript || isRead;
-        m_awaits = m_awaits || (isDone && !isRead);
+        m_awaits = m_awaits || (m_service.store().hasTranscript(range.clip->id) && !isRead);
     }
     m_mapped = m_service.transcriptOf(m_ranges);
     m_segments.clear();

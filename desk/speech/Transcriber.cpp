@@ -97,6 +97,16 @@ void Transcriber::cancel(const QString& clip)
     m_store.setClipState(clip, {});
 }
 
+void Transcriber::use(RecogniserMaker maker)
+{
+    const std::lock_guard lock(m_mutex);
+    for (const auto& task : m_tasks)
+        task->isCancelled = true;
+    m_tasks.clear();
+    m_maker = std::move(maker);
+    m_isOutdated = true;
+}
+
 bool Transcriber::isBusy(const QString& clip) const
 {
     const std::lock_guard lock(m_mutex);
@@ -121,8 +131,13 @@ void Transcriber::loop()
 
 Result<RecognitionResult> Transcriber::run(const std::shared_ptr<Task>& task)
 {
+    std::unique_lock lock(m_mutex);
+    if (std::exchange(m_isOutdated, false))
+        m_recogniser.reset();
+    const RecogniserMaker make = m_maker;
+    lock.unlock();
     if (!m_recogniser) {
-        auto made = m_maker();
+        auto made = make();
         if (!made)
             return made.error();
         m_recogniser = std::move(*made);

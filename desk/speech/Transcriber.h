@@ -21,7 +21,7 @@ class Transcriber : public QObject
     Q_OBJECT
 
 public:
-    /// Called on the worker's thread, once; again after a failure.
+    /// Called on the worker's thread before the first clip; again after a failure.
     using RecogniserMaker = std::function<Result<std::unique_ptr<Recogniser>>()>;
 
     Transcriber(TranscriptStore& store, RecogniserMaker maker, QObject* parent = nullptr);
@@ -32,6 +32,9 @@ public:
     void add(const QString& clip, const RecognitionJob& job);
     /// Takes a clip out of the queue, or stops it: its state is missing again.
     void cancel(const QString& clip);
+    /// Takes another recogniser for what is added from now on. What waits or runs leaves the queue and keeps its state.
+    /// Does not wait for the utterance that is being recognised.
+    void use(RecogniserMaker maker);
     bool isBusy(const QString& clip) const;
 
 Q_SIGNALS:
@@ -50,10 +53,12 @@ private:
     void post(const std::shared_ptr<Task>& task, Function function);
 
     TranscriptStore& m_store;
-    RecogniserMaker m_maker;
     /// The worker's.
     std::unique_ptr<Recogniser> m_recogniser;
     mutable std::mutex m_mutex;
+    RecogniserMaker m_maker;
+    /// Whether the worker's recogniser is another's than the maker's.
+    bool m_isOutdated = false;
     std::condition_variable m_wake;
     std::deque<std::shared_ptr<Task>> m_tasks;
     bool m_ends = false;

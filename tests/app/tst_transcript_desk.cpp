@@ -12,6 +12,7 @@
 #include "desk/app/window/DeskWindow.h"
 #include "desk/app/window/TranscriptPane.h"
 #include "desk/services/FrameTime.h"
+#include "desk/services/TranscriptService.h"
 
 #include <QAction>
 #include <QFileDialog>
@@ -19,6 +20,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLineEdit>
+#include <QPushButton>
+#include <QSignalSpy>
 
 using namespace desk::app;
 using desk::media::Player;
@@ -112,6 +115,35 @@ private slots:
         QVERIFY(transcript().missingWidgets().isEmpty());
     }
 
+    /// The clip is noise, in which nothing is recognised.
+    void transcribingAgainAsksAndKeepsWhatItCannotBetter()
+    {
+        BinView& bin = m_window->bin().view();
+        bin.setCurrentIndex(bin.model()->index(0, 0));
+        QAction* action = m_window->action("transcribeAgain");
+        QVERIFY(action->isEnabled());
+        desk::services::TranscriptService& service = m_host->transcripts();
+        QSignalSpy ended(&service, &desk::services::TranscriptService::ended);
+        for (const QString answer : {"Keep", "Transcribe Again"}) {
+            QCOMPARE(service.active(), 0);
+            Hand::whenOpen([answer](QWidget* dialog) {
+                const auto buttons = dialog->findChildren<QPushButton*>();
+                for (QPushButton* button : buttons) {
+                    if (button->text() == answer)
+                        return Hand::click(button);
+                }
+            });
+            m_window->action(answer == "Keep" ? "transcribe" : "transcribeAgain")->trigger();
+        }
+        QCOMPARE(service.active(), 1);
+        QVERIFY(!action->isEnabled());
+        QTRY_COMPARE(ended.size(), 1);
+        QVERIFY2(ended[0][2].toString().contains("no speech"), qPrintable(ended[0][2].toString()));
+        QTRY_VERIFY(transcript().missingWidgets().isEmpty());
+        QCOMPARE(transcript().entryWidgets().size(), 1);
+        QVERIFY(action->isEnabled());
+    }
+
     /// At every frame that the monitor reports, the last word that has started is the bold one. A word starts with the
     /// frame to which a click on it leads.
     void playbackIsFollowedWordByWord()
@@ -192,6 +224,8 @@ private slots:
         QVERIFY2(answer.exitCode == 0, qPrintable(answer.errors));
         QVERIFY2(run({"transcript", "said"}).output.contains("mr john"), "what was said is not in the transcript");
         QCOMPARE(run({"speakers", "rename", "1", "Elinor"}).exitCode, 0);
+        QVERIFY(run({"transcribe", "said"}).output.contains("has a transcript"));
+        QVERIFY(run({"transcribe", "--again", "said"}).output.contains(" words"));
         QVERIFY(run({"speakers"}).output.startsWith("1  Elinor"));
         QCOMPARE(run({"transcript", "said", "--export", m_maker.path("said.csv")}).exitCode, 0);
         QVERIFY(m_maker.bytes("said.csv").contains("Elinor"));

@@ -11,6 +11,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <future>
+
 using namespace desk;
 using namespace desk::speech;
 using Stage = ClipState::Stage;
@@ -251,6 +253,87 @@ private slots:
         QTRY_COMPARE(int(store.clipState("short").stage), int(Stage::Done));
         QCOMPARE(int(store.clipState(clip).stage), int(Stage::Missing));
         QVERIFY(!transcriber.isBusy(clip));
+    }
+
+    void aTranscriptStaysUntilTheNextOneIsThere_data()
+    {
+        const support::Rows<bool, QString> row;
+        row("fails", true,
+            "clip.mov: no speech was recognised; check that the clip's sound has speech in the recogniser's "
+            "language (counter).");
+        row("is cancelled", false, "");
+    }
+
+    void aTranscriptStaysUntilTheNextOneIsThere()
+    {
+        const auto [mute, failure] = support::fetched<bool, QString>();
+        Counter::Script script;
+        script.isMute = mute;
+        script.hangsAt = mute ? -1 : 1;
+        TranscriptStore store(m_path);
+        store.putTranscript(clip, texts::transcriptOf({{1, "0-1000 former"}}, 1));
+        stored(store);
+        Transcriber transcriber(store, counting(script));
+        transcriber.add(clip, job(2, 1));
+        QTRY_VERIFY(mute || store.clipState(clip).stage == Stage::Running);
+        {
+            TranscriptStore killed(killedCopy(store));
+            QCOMPARE(stored(killed), QString("Speaker 1: 0-1000 former"));
+        }
+        if (!mute)
+            transcriber.cancel(clip);
+        QTRY_COMPARE(int(store.clipState(clip).stage), int(Stage::Done));
+        QCOMPARE(store.clipState(clip).failure, failure);
+        TranscriptStore again(killedCopy(store));
+        QCOMPARE(stored(again), QString("Speaker 1: 0-1000 former"));
+        QCOMPARE(int(again.clipState(clip).stage), int(Stage::Done));
+        store.removeClip(clip);
+        store.setClipState(clip, {Stage::Failed, 0, "why"});
+        QCOMPARE(int(store.clipState(clip).stage), int(Stage::Failed));
+    }
+
+    /// The one that is left may be in the midst of a long utterance.
+    void anotherRecogniserIsTakenWithoutWaiting()
+    {
+        class Stuck : public Recogniser
+        {
+        public:
+            explicit Stuck(std::promise<void>& starts, std::shared_future<void> gate)
+                : m_starts(starts), m_gate(std::move(gate))
+            {
+            }
+
+            QString name() const override { return "stuck"; }
+
+            Status recognise(SoundSource&, qint64, RecognitionSink& sink) override
+            {
+                m_starts.set_value();
+                m_gate.wait();
+                sink.take({{{{0, 500, "wrong", 1}}}, soundRate});
+                return {};
+            }
+
+        private:
+            std::promise<void>& m_starts;
+            std::shared_future<void> m_gate;
+        };
+
+        std::promise<void> starts;
+        std::promise<void> gate;
+        const auto stick = [&, future = gate.get_future().share()]() -> Result<std::unique_ptr<Recogniser>> {
+            return std::unique_ptr<Recogniser>(std::make_unique<Stuck>(starts, future));
+        };
+        Counter::Script script;
+        TranscriptStore store(m_path);
+        Transcriber transcriber(store, stick);
+        transcriber.add(clip, job(1, 1));
+        starts.get_future().wait();
+        transcriber.use(counting(script));
+        transcriber.add(clip, job(1, 1));
+        QVERIFY(transcriber.isBusy(clip));
+        gate.set_value();
+        QTRY_COMPARE(int(store.clipState(clip).stage), int(Stage::Done));
+        QCOMPARE(stored(store), QString("Speaker 1: 100-600 w0"));
     }
 
     void aDatabaseThatCannotBeUsedIsLeftAlone_data()

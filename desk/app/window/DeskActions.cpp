@@ -11,6 +11,7 @@
 #include "desk/app/window/BinPane.h"
 #include "desk/app/window/JobPane.h"
 #include "desk/app/window/TranscriptPane.h"
+#include "desk/services/TranscriptService.h"
 
 #include <QActionGroup>
 #include <QFileDialog>
@@ -56,6 +57,7 @@ const DeskWindow::ActionRow DeskWindow::actionRows[] = {
     {"", "playStop", "&Play or Stop", "Ctrl+Space", &DeskWindow::togglePlayback},
     {"", "clearMarks", "&Clear Marks", "", &DeskWindow::clearMarks},
     {"&Transcript", "transcribe", "&Transcribe Selected Clip", "Ctrl+T", &DeskWindow::transcribeSelected},
+    {"", "transcribeAgain", "Transcribe Selected Clip A&gain...", "", &DeskWindow::transcribeAgain},
     {"", "importTranscript", "&Import a Transcript of Selected Clip...", "", &DeskWindow::importTranscript},
     {"", "recogniser", "Recogni&ser...", "", &DeskWindow::chooseRecogniser},
     {nullptr, "switchTranscript", "Source or &Record Monitor", "Ctrl+Shift+T", &DeskWindow::switchTranscriptMonitor},
@@ -153,6 +155,7 @@ void DeskWindow::updateActions()
         {"addSequence", media},
         {"loadMonitor", media},
         {"transcribe", clips},
+        {"transcribeAgain", !selectedClips(speech::ClipState::Stage::Done).isEmpty()},
         {"importTranscript", clips},
         {"playStop", watching},
         {"clearMarks", watching},
@@ -305,14 +308,26 @@ void DeskWindow::switchTranscriptMonitor()
     m_transcript->window().handleShortcuts(QStringLiteral("ToggleSourceRecord"));
 }
 
-void DeskWindow::transcribeSelected()
+QVector<services::BinItem> DeskWindow::selectedClips(speech::ClipState::Stage stage) const
 {
+    QVector<services::BinItem> clips;
     const QStringList ids = m_bin->view().selectedIds();
     for (const QString& id : ids) {
         const auto item = m_host->library().find(id);
-        if (item && !media::isTimelineFile(item->path))
-            m_host->transcripts().transcribe({item->id, item->name, item->path});
+        if (item && !media::isTimelineFile(item->path) && m_host->transcripts().store().clipState(id).stage == stage)
+            clips += *item;
     }
+    return clips;
+}
+
+void DeskWindow::transcribeSelected()
+{
+    using Stage = speech::ClipState::Stage;
+    const auto clips = selectedClips(Stage::Missing) + selectedClips(Stage::Failed);
+    for (const services::BinItem& item : clips)
+        m_host->transcripts().transcribe({item.id, item.name, item.path});
+    if (clips.isEmpty())
+        transcribeAgain();
 }
 
 void DeskWindow::importTranscript()

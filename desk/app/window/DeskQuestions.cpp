@@ -13,6 +13,7 @@
 #include "desk/app/window/MediaLoader.h"
 #include "desk/app/window/RecogniserDialog.h"
 #include "desk/services/MediaEngine.h"
+#include "desk/services/TranscriptService.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -36,9 +37,14 @@ namespace
 {
 const QString programName = QStringLiteral("Stratacut Desk");
 
+QString quoted(const QString& name)
+{
+    return QString::fromUtf8("\xE2\x80\x9C%1\xE2\x80\x9D").arg(name);
+}
+
 QString quoted(const QModelIndex& index)
 {
-    return QString::fromUtf8("\xE2\x80\x9C%1\xE2\x80\x9D").arg(index.data(Model::NameRole).toString());
+    return quoted(index.data(Model::NameRole).toString());
 }
 
 QString quotedNames(const QModelIndexList& items)
@@ -207,6 +213,21 @@ bool DeskWindow::mayLoseDeliveries()
         return true;
     const QString text = unkeptText(items) + QStringLiteral("\n\nQuit and let go of what is not kept?");
     return ask(this, text, {{"Quit", QMessageBox::DestructiveRole}, {"Do Not Quit", QMessageBox::RejectRole}}) == 0;
+}
+
+void DeskWindow::transcribeAgain()
+{
+    const QVector<services::BinItem> clips = selectedClips(speech::ClipState::Stage::Done);
+    if (clips.isEmpty())
+        return;
+    const QString names = clips.size() == 1 ? quoted(clips.first().name) + QStringLiteral(" has a transcript.")
+                                            : QStringLiteral("%1 clips have transcripts.").arg(clips.size());
+    const QString text = names + QStringLiteral("\n\nTranscribe again? The words of now stay until the new ones are "
+                                                "complete, and are lost then. Names and corrections of speakers stay.");
+    if (ask(this, text, {{"Transcribe Again", QMessageBox::DestructiveRole}, {"Keep", QMessageBox::RejectRole}}) != 0)
+        return;
+    for (const services::BinItem& clip : clips)
+        m_host->transcripts().transcribeAgain({clip.id, clip.name, clip.path});
 }
 
 void DeskWindow::chooseRecogniser()

@@ -193,6 +193,11 @@ void DeskWindow::connectTranscript()
         statusBar()->showMessage(problem.isEmpty() ? QString() : service.store().problem().sentence());
         if (service.store().condition() == TranscriptStore::Condition::Online)
             resumeTranscriptions();
+        updateActions();
+    });
+    connect(&service.store(), &TranscriptStore::clipChanged, this, [this, &service](const QString& clip) {
+        if (service.store().clipState(clip).stage != speech::ClipState::Stage::Running)
+            updateActions();
     });
     connect(m_work, &QTabWidget::currentChanged, this, &DeskWindow::scheduleLook);
 }

@@ -4,6 +4,7 @@
 #include "desk/app/window/MonitorPane.h"
 #include "desk/app/window/WindowSettings.h"
 #include "desk/base/Result.h"
+#include "desk/speech/store/StoreContents.h"
 
 #include <QHash>
 #include <QMainWindow>
@@ -21,7 +22,8 @@ class QTabWidget;
 namespace desk::services
 {
 class Profile;
-}
+struct BinItem;
+} // namespace desk::services
 
 namespace desk::app
 {
@@ -118,6 +120,8 @@ private:
     void focusTranscript();
     void switchTranscriptMonitor();
     void transcribeSelected();
+    /// Asks first.
+    void transcribeAgain();
     void importTranscript();
     void chooseRecogniser();
     void loadSelectedSequence();
@@ -136,6 +140,8 @@ private:
     void selectNewestDelivery();
     void updateActions();
     void updateHint();
+    /// The bin's selected clips whose transcription is at this stage.
+    QVector<services::BinItem> selectedClips(speech::ClipState::Stage stage) const;
     void askForMissing(const QModelIndex& delivery);
     void askAndRemove(const QModelIndex& index);
     void showErrors();

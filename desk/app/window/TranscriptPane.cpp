@@ -113,8 +113,9 @@ void TranscriptPane::followService(services::TranscriptService& service)
             [this](const QString&, const QString& text) { emit noted(QStringLiteral("Imported %1").arg(text)); });
     connect(&service, &services::TranscriptService::importFailed, this,
             [this](const QString&, const QString& sentence) { emit failed(sentence); });
-    connect(&service, &services::TranscriptService::exported, this, [this](const QStringList& files) {
-        emit noted(QStringLiteral("Written: %1").arg(files.join(QStringLiteral(", "))));
+    connect(&service, &services::TranscriptService::exported, this, [this](const QStringList& files, const QString& note) {
+        emit noted(QStringLiteral("Written: %1").arg(files.join(QStringLiteral(", "))) +
+                   (note.isEmpty() ? note : QStringLiteral(" (%1)").arg(note)));
     });
     connect(&service, &services::TranscriptService::exportFailed, this, &TranscriptPane::failed);
 }

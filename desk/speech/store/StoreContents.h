@@ -4,6 +4,7 @@
 #include "desk/speech/model/Transcript.h"
 
 #include <QHash>
+#include <QSet>
 
 namespace desk::speech
 {
@@ -15,7 +16,7 @@ struct ClipState {
     Stage stage = Stage::Missing;
     /// 0 to 100, while it runs.
     int percent = 0;
-    /// Why it failed and what to do, one sentence.
+    /// Why it failed and what to do, one sentence. With Stage::Done: the transcript is that of before.
     QString failure;
 
     friend bool operator==(const ClipState& a, const ClipState& b)
@@ -40,6 +41,8 @@ using Recognised = QHash<int, RecognisedTrack>;
 struct StoreContents {
     QVector<Speaker> speakers;
     QHash<QString, ClipState> clips;
+    /// Clips that have a transcript, also while it is made again.
+    QSet<QString> transcribed;
     QHash<QString, Recognised> recognised;
 };
 

@@ -57,6 +57,9 @@ StoreContents StoreDatabase::contents()
         clips[row.value(0).toLongLong()] = row.value(1).toString();
         contents.clips[row.value(1).toString()] = state;
     }
+    for (QSqlQuery row = m_sql->run("SELECT media FROM clip WHERE EXISTS(SELECT * FROM segment WHERE clip = clip.id)");
+         row.next();)
+        contents.transcribed.insert(row.value(0).toString());
     for (QSqlQuery row = m_sql->run("SELECT clip, track, recogniser, sample FROM position"); row.next();) {
         auto& track = contents.recognised[clips[row.value(0).toLongLong()]][row.value(1).toInt()];
         track.recogniser = row.value(2).toString();

@@ -123,7 +123,7 @@ QStringList TranscriptStore::clips(ClipState::Stage stage) const
 std::shared_ptr<const Transcript> TranscriptStore::transcript(const QString& clip)
 {
     const auto known = m_transcripts.value(clip);
-    if (known || clipState(clip).stage != ClipState::Stage::Done || m_loading.contains(clip))
+    if (known || !hasTranscript(clip) || m_loading.contains(clip))
         return known;
     m_loading.insert(clip);
     auto loaded = std::make_shared<Loaded>();
@@ -132,7 +132,7 @@ std::shared_ptr<const Transcript> TranscriptStore::transcript(const QString& cli
                        post([=] {
                            m_loading.remove(clip);
                            // What was stored meanwhile is newer.
-                           if (m_transcripts.contains(clip) || clipState(clip).stage != ClipState::Stage::Done)
+                           if (m_transcripts.contains(clip) || !hasTranscript(clip))
                                return;
                            m_heard[clip] = loaded->heard;
                            takeTranscript(clip, std::make_shared<Transcript>(loaded->transcript));
@@ -156,6 +156,7 @@ void TranscriptStore::putTranscript(const QString& clip, const Transcript& trans
     m_thread->add({Sql::Access::Write, run, [=] {
                        post([=] {
                            m_contents.clips[clip] = {ClipState::Stage::Done, 100, QString()};
+                           m_contents.transcribed.insert(clip);
                            m_contents.recognised.remove(clip);
                            m_heard[clip] = outcome->loaded.heard;
                            takeSpeakers(outcome->speakers);
@@ -190,6 +191,7 @@ void TranscriptStore::correctSpeaker(const QString& clip, int segment, int speak
 void TranscriptStore::removeClip(const QString& clip)
 {
     m_contents.clips.remove(clip);
+    m_contents.transcribed.remove(clip);
     m_contents.recognised.remove(clip);
     m_transcripts.remove(clip);
     m_heard.remove(clip);
@@ -197,8 +199,11 @@ void TranscriptStore::removeClip(const QString& clip)
     Q_EMIT clipChanged(clip);
 }
 
-void TranscriptStore::setClipState(const QString& clip, const ClipState& state)
+void TranscriptStore::setClipState(const QString& clip, const ClipState& wanted)
 {
+    const bool isOver = wanted.stage == ClipState::Stage::Missing || wanted.stage == ClipState::Stage::Failed;
+    const ClipState state =
+        isOver && hasTranscript(clip) ? ClipState{ClipState::Stage::Done, 100, wanted.failure} : wanted;
     if (clipState(clip) == state)
         return;
     m_contents.clips[clip] = state;

@@ -4,7 +4,6 @@
 #include "desk/speech/store/StoreContents.h"
 
 #include <QObject>
-#include <QSet>
 
 #include <atomic>
 #include <memory>
@@ -61,6 +60,9 @@ public:
     /// The clips in a state, sorted; those that a former process left unfinished are waiting.
     QStringList clips(ClipState::Stage stage) const;
 
+    /// Whether a clip has a transcript in the file, also while it is made again.
+    bool hasTranscript(const QString& clip) const { return m_contents.transcribed.contains(clip); }
+
     /// A clip's transcript; null where it has none, and also until it is read: then clipChanged() comes.
     std::shared_ptr<const Transcript> transcript(const QString& clip);
     /// Stores a transcript; the clip is done once it is in the file. Speakers' identifications need only be unique in
@@ -71,7 +73,8 @@ public:
     /// Forgets everything of a clip.
     void removeClip(const QString& clip);
 
-    /// Says how a transcription goes; ClipState::Stage::Done is putTranscript()'s to say.
+    /// Says how a transcription goes; ClipState::Stage::Done is putTranscript()'s to say. A clip that has a transcript
+    /// keeps it until the new one is there: cancelled or failed, it is done as before.
     void setClipState(const QString& clip, const ClipState& state);
 
     /// What an unfinished transcription has so far, also of a process that crashed.
