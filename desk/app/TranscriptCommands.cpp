@@ -110,10 +110,10 @@ Status recognise(TranscriptService& service, const TranscriptService::Clip& clip
 }
 
 /// The files in which something is said: of a timeline its clips, each once.
-QVector<TranscriptService::Clip> clipsOf(const media::Sequence& sequence)
+QVector<TranscriptService::Clip> clipsOf(const media::Sequence& sequence, const QVector<int>& chosen)
 {
     QVector<TranscriptService::Clip> clips;
-    const auto ranges = services::spokenRanges(sequence);
+    const auto ranges = services::spokenRanges(sequence, chosen);
     for (const services::SpokenRange& range : ranges) {
         const auto clip = TranscriptService::clipOf(*range.clip);
         const bool isKnown =
@@ -133,7 +133,7 @@ Status transcribeAll(ItemSession& session, const QStringList& names, Start start
         const auto sequence = openClip(session, name);
         if (!sequence)
             return sequence.error();
-        const auto clips = clipsOf(*sequence);
+        const auto clips = clipsOf(*sequence, (*service)->chosenTracks(sequence->id));
         if (clips.isEmpty())
             return Error{
                 sequence->path, {}, {}, QStringLiteral("it has no sound"), QStringLiteral("name a clip with sound")};
@@ -168,7 +168,7 @@ Status import(TranscriptService& service, const media::Sequence& clip, const QSt
 speech::Transcript readTranscript(TranscriptService& service, const media::Sequence& sequence)
 {
     TranscriptStore& store = service.store();
-    const auto ranges = services::spokenRanges(sequence);
+    const auto ranges = services::spokenRanges(sequence, service.chosenTracks(sequence.id));
     const auto isRead = [&](const services::SpokenRange& range) {
         return !store.hasTranscript(range.clip->id) || store.transcript(range.clip->id);
     };

@@ -68,14 +68,31 @@ int lengthMs(const media::Sequence& sequence)
     return int(ms);
 }
 
-speech::RecognitionJob recognitionJob(const media::Sequence& clip)
+QVector<int> heardTogether(const media::Sequence& clip, const QVector<int>& tracks)
+{
+    QVector<int> together;
+    const QVector<QVector<int>> sounds = soundsOf(clip);
+    for (const QVector<int>& sound : sounds) {
+        if (std::any_of(sound.begin(), sound.end(), [&](int track) { return tracks.contains(track); }))
+            together += sound;
+    }
+    return together;
+}
+
+speech::RecognitionJob recognitionJob(const media::Sequence& clip, const QVector<int>& chosen)
 {
     speech::RecognitionJob job;
     job.clipName = clip.name;
     job.lengthMs = lengthMs(clip);
     const QVector<QVector<int>> sounds = soundsOf(clip);
-    for (const QVector<int>& tracks : sounds)
+    for (QVector<int> tracks : sounds) {
+        const auto isLeftOut = [&](int track) { return !chosen.isEmpty() && !chosen.contains(track); };
+        tracks.erase(std::remove_if(tracks.begin(), tracks.end(), isLeftOut), tracks.end());
+        if (tracks.isEmpty())
+            continue;
         job.tracks += opener(clip, tracks);
+        job.numbers += tracks.first();
+    }
     return job;
 }
 

@@ -62,8 +62,11 @@ private:
 
     void mapSegment(const speech::Segment& segment, int place)
     {
+        if (!m_range.tracks.isEmpty() && segment.track >= 0 && !m_range.tracks.contains(segment.track))
+            return;
         speech::Segment mapped;
         mapped.speaker = segment.speaker;
+        mapped.track = segment.track;
         for (const speech::Word& word : segment.words) {
             const qint64 middle = (qint64(word.startMs) + word.endMs) * samplesPerMs / 2;
             if (middle < m_range.clipStart || middle >= clipEnd())
@@ -118,17 +121,38 @@ void addSpeakers(const QVector<speech::Speaker>& speakers, QVector<speech::Speak
 }
 } // namespace
 
-std::vector<SpokenRange> spokenRanges(const media::Sequence& sequence)
+QVector<SpeechTrack> speechTracks(const media::Sequence& sequence)
+{
+    QVector<SpeechTrack> tracks;
+    if (sequence.isTimeline()) {
+        for (int number = 0; number < int(sequence.edits->sound.size()); ++number)
+            tracks.append({number, QStringLiteral("Audio track %1").arg(number + 1)});
+        return tracks;
+    }
+    for (const media::AudioTrackInfo& info : sequence.audio) {
+        QStringList parts{info.name, info.label, info.title};
+        parts.removeAll({});
+        const QString language = info.language.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(info.language);
+        tracks.append({tracks.size(), parts.join(QStringLiteral("  ")) + language});
+    }
+    return tracks;
+}
+
+std::vector<SpokenRange> spokenRanges(const media::Sequence& sequence, const QVector<int>& chosen)
 {
     std::vector<SpokenRange> ranges;
     if (!sequence.isTimeline()) {
         if (!sequence.audio.isEmpty())
-            ranges.push_back({std::make_shared<media::Sequence>(sequence), 0, lengthMs(sequence) * samplesPerMs, 0});
+            ranges.push_back({std::make_shared<media::Sequence>(sequence), 0, lengthMs(sequence) * samplesPerMs, 0,
+                              heardTogether(sequence, chosen)});
         return ranges;
     }
     std::map<std::pair<QString, qint64>, std::vector<SpokenRange>> alike;
-    for (const media::Cuts& track : sequence.edits->sound) {
-        for (const media::Cut& cut : track) {
+    const auto& sound = sequence.edits->sound;
+    for (int track = 0; track < int(sound.size()); ++track) {
+        if (!chosen.isEmpty() && !chosen.contains(track))
+            continue;
+        for (const media::Cut& cut : sound[std::size_t(track)]) {
             if (!cut.media->audio.isEmpty())
                 alike[{cut.media->id, cut.start - cut.mediaStart}].push_back(
                     {cut.media, cut.start, cut.end(), cut.mediaStart});

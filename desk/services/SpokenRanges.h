@@ -17,11 +17,23 @@ struct SpokenRange {
     qint64 end = 0;
     /// What of the clip sounds at `start`.
     qint64 clipStart = 0;
+    /// The clip's tracks of which words are shown; empty for all.
+    QVector<int> tracks = {};
 };
+
+/// An audio track that can be transcribed or left out: a channel of a media file, or a whole track of a timeline.
+struct SpeechTrack {
+    int number = 0;
+    /// For the user: "A2  Mono  Boom (eng)".
+    QString name;
+};
+
+QVector<SpeechTrack> speechTracks(const media::Sequence& sequence);
 
 /// Where which clip sounds, in the order of the start. A media file is one range of itself; of a timeline, tracks that
 /// carry the same part of a clip at the same time are one range.
-std::vector<SpokenRange> spokenRanges(const media::Sequence& sequence);
+/// @param chosen numbers of the speech tracks that count; empty for all.
+std::vector<SpokenRange> spokenRanges(const media::Sequence& sequence, const QVector<int>& chosen = {});
 
 /// A sequence's transcript, and where each of its segments comes from.
 struct MappedTranscript {
@@ -39,7 +51,8 @@ struct MappedTranscript {
 using TranscriptFinder = std::function<std::shared_ptr<const speech::Transcript>(const QString& clip)>;
 
 /// The clips' transcripts at the times of the sequence. A word belongs to the range in which its middle sounds, and its
-/// times end with the range. What is said at once on several tracks stays so.
+/// times end with the range. Words of which nobody knows the track count on every one. What is said at once on several
+/// tracks stays so.
 MappedTranscript mapTranscript(const std::vector<SpokenRange>& ranges, const TranscriptFinder& find);
 
 } // namespace desk::services

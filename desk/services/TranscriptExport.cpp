@@ -33,7 +33,8 @@ std::optional<speech::ExportFormat> exportFormatOf(const QString& file)
     return {};
 }
 
-Result<QString> writeTranscript(const speech::Transcript& transcript, const media::Sequence& sequence, const QStringList& files)
+Result<QString> writeTranscript(const speech::Transcript& transcript, const media::Sequence& sequence,
+                                const QStringList& files)
 {
     const speech::ExportSettings settings = exportSettings(sequence);
     QString note;

@@ -17,6 +17,7 @@ std::optional<speech::ExportFormat> exportFormatOf(const QString& file);
 /// Writes the transcript of a sequence into files, each in the format that its name ending asks for. Ends with the
 /// first that fails.
 /// @return what must be told of the captions among them, as speech::exportNote() has it.
-Result<QString> writeTranscript(const speech::Transcript& transcript, const media::Sequence& sequence, const QStringList& files);
+Result<QString> writeTranscript(const speech::Transcript& transcript, const media::Sequence& sequence,
+                                const QStringList& files);
 
 } // namespace desk::services

@@ -111,7 +111,7 @@ void TranscriptService::begin(const Clip& clip, const Result<media::Sequence>& s
     if (!m_jobs.contains(clip.id))
         return;
     if (sequence)
-        m_transcriber->add(clip.id, recognitionJob(*sequence));
+        m_transcriber->add(clip.id, recognitionJob(*sequence, chosenTracks(clip.id)));
     else
         fail(clip.id, sequence.error());
 }
@@ -147,6 +147,23 @@ void TranscriptService::report(const QString& clip)
     emit ended(clip, Outcome::Done, transcript ? countText(transcript->countOfWords()) : QString());
 }
 
+Status TranscriptService::chooseTracks(const QString& sequence, const QVector<int>& tracks)
+{
+    if (tracks == chosenTracks(sequence))
+        return {};
+    if (tracks.isEmpty())
+        m_settings.tracks.remove(sequence);
+    else
+        m_settings.tracks[sequence] = tracks;
+    const bool isAtWork = m_jobs.contains(sequence);
+    const Clip clip = m_jobs.value(sequence);
+    cancel(sequence);
+    m_store->forgetRecognised(sequence);
+    if (isAtWork)
+        start(clip);
+    return m_settings.save(m_settingsFile);
+}
+
 void TranscriptService::importFile(const Clip& clip, const QString& file)
 {
     m_pool.start([this, clip, file] {
@@ -168,7 +185,7 @@ void TranscriptService::importFile(const Clip& clip, const QString& file)
 
 void TranscriptService::exportFiles(const media::Sequence& sequence, const QStringList& files)
 {
-    const std::vector<SpokenRange> ranges = spokenRanges(sequence);
+    const std::vector<SpokenRange> ranges = spokenRanges(sequence, chosenTracks(sequence.id));
     QHash<QString, std::shared_ptr<const speech::Transcript>> sources;
     for (const SpokenRange& range : ranges)
         sources[range.clip->id] = m_store->transcript(range.clip->id);

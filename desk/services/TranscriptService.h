@@ -64,6 +64,13 @@ public:
     /// Clips that wait or run.
     int active() const { return m_jobs.size(); }
 
+    /// Remembers which speech tracks of a sequence are transcribed and shown; empty for all. A transcription of the
+    /// clip that is under way begins anew.
+    Status chooseTracks(const QString& sequence, const QVector<int>& tracks);
+
+    /// As spokenRanges() takes them.
+    QVector<int> chosenTracks(const QString& sequence) const { return m_settings.tracks.value(sequence); }
+
     /// Reads a transcript file for a clip beside the user-interface thread and puts it in place of the one that is
     /// there. Answers with imported() or importFailed().
     void importFile(const Clip& clip, const QString& file);

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
@@ -13,6 +14,7 @@ namespace desk::services
 namespace
 {
 const QString fontKey = QStringLiteral("font");
+const QString tracksKey = QStringLiteral("tracks");
 
 struct TextKey {
     const char* name;
@@ -60,6 +62,12 @@ TranscriptSettings TranscriptSettings::load(const QString& file)
     for (const FlagKey& key : flagKeys)
         settings.visibilities.*key.flag = json[QLatin1String(key.name)].toBool(true);
     settings.font = json[fontKey].toString();
+    const QJsonObject tracks = json[tracksKey].toObject();
+    for (auto sequence = tracks.begin(); sequence != tracks.end(); ++sequence) {
+        const QJsonArray numbers = sequence->toArray();
+        for (const QJsonValue& number : numbers)
+            settings.tracks[sequence.key()] += number.toInt();
+    }
     return settings;
 }
 
@@ -71,6 +79,15 @@ Status TranscriptSettings::save(const QString& file) const
     for (const FlagKey& key : flagKeys)
         json[QLatin1String(key.name)] = visibilities.*key.flag;
     json[fontKey] = font;
+    QJsonObject chosen;
+    for (auto sequence = tracks.begin(); sequence != tracks.end(); ++sequence) {
+        QJsonArray numbers;
+        for (const int number : *sequence)
+            numbers += number;
+        chosen[sequence.key()] = numbers;
+    }
+    if (!chosen.isEmpty())
+        json[tracksKey] = chosen;
     const QByteArray text = QJsonDocument(json).toJson();
     QDir().mkpath(QFileInfo(file).path());
     QSaveFile target(file);

@@ -4,6 +4,8 @@
 #include "desk/base/Result.h"
 #include "desk/speech/recognition/Recogniser.h"
 
+#include <QHash>
+
 namespace desk::services
 {
 
@@ -17,6 +19,9 @@ struct TranscriptSettings {
     /// As QFont::toString() has it; empty for the window's own choice.
     QString font;
     STT_Visibilities visibilities;
+    /// By media::Sequence::id: the numbers of the speech tracks that are transcribed and shown. A sequence that is not
+    /// here has all.
+    QHash<QString, QVector<int>> tracks;
 
     /// A file that is not there or cannot be read gives the defaults.
     static TranscriptSettings load(const QString& file);

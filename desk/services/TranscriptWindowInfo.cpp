@@ -2,6 +2,7 @@
 
 #include "desk/media/Timecode.h"
 #include "desk/services/FrameTime.h"
+#include "desk/services/SpeechSound.h"
 
 #include <QFont>
 #include <QScopedValueRollback>
@@ -92,6 +93,31 @@ bool TranscriptWindowInfo::holds(const QString& clip) const
                        [&](const SpokenRange& range) { return range.clip->id == clip; });
 }
 
+QString TranscriptWindowInfo::chooseTracks(const QVector<int>& tracks)
+{
+    const auto& sequence = m_player->sequence();
+    if (!sequence)
+        return {};
+    if (const Status kept = m_service.chooseTracks(sequence->id, tracks); !kept)
+        emit refused(kept.error().sentence());
+    emit changed();
+    const auto whole = m_service.store().transcript(sequence->id);
+    if (!whole || sequence->isTimeline())
+        return {};
+    QSet<int> heard;
+    for (const speech::Segment& segment : whole->segments)
+        heard.insert(segment.track);
+    if (heard == QSet<int>{-1})
+        return tracks.isEmpty()
+                   ? QString()
+                   : QStringLiteral("This transcript does not say which track its words are from: all are shown");
+    const QVector<int> shown = heardTogether(*sequence, tracks);
+    if (shown.isEmpty() || std::any_of(shown.begin(), shown.end(), [&](int track) { return heard.contains(track); }))
+        return {};
+    return QStringLiteral(
+        "The transcript has no words of these tracks: Transcribe Selected Clip Again listens to them");
+}
+
 void TranscriptWindowInfo::forget()
 {
     m_isLoaded = false;
@@ -99,7 +125,7 @@ void TranscriptWindowInfo::forget()
     m_mapped = {};
     m_ranges.clear();
     if (m_player->sequence())
-        m_ranges = spokenRanges(*m_player->sequence());
+        m_ranges = spokenRanges(*m_player->sequence(), m_service.chosenTracks(m_player->sequence()->id));
 }
 
 /// Clips of a timeline need not be in any bin: here is who knows where they are.

@@ -27,6 +27,10 @@ public:
 
     TranscriptService& service() const { return m_service; }
 
+    /// Remembers which tracks of the material are transcribed and shown.
+    /// @return what the user should know about it; mostly empty.
+    QString chooseTracks(const QVector<int>& tracks);
+
     /// Whether the clip sounds in the material.
     bool holds(const QString& clip) const;
 

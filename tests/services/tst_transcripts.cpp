@@ -3,6 +3,7 @@
 
 #include "desk/media/EditList.h"
 #include "desk/services/FrameTime.h"
+#include "desk/services/SpeechSound.h"
 #include "desk/services/TranscriptService.h"
 #include "desk/speech/store/Sql.h"
 
@@ -106,6 +107,37 @@ private slots:
         };
         const MappedTranscript mapped = mapTranscript(spokenRanges(timeline), find);
         QCOMPARE(spelled(mapped), words);
+    }
+
+    /// A clip's two channels of one stream are one sound, its third track is another; timelines choose whole tracks.
+    void onlyChosenTracksAreShown()
+    {
+        media::Sequence file = *clip("a");
+        file.soundSamples = 48000 * 10;
+        file.audio.resize(3);
+        const char* const labels[] = {"L", "R", "Mono"};
+        for (int track = 0; track < 3; ++track) {
+            file.audio[track].label = labels[track];
+            file.audio[track].stream = track / 2;
+        }
+        auto said = std::make_shared<speech::Transcript>(*counting("a", 15, 1));
+        for (int i = 0; i < 3; ++i)
+            said->segments[i].track = QVector<int>{0, 2, -1}[i];
+        const auto find = [&](const QString&) { return said; };
+        const auto shown = [&](const QVector<int>& chosen) {
+            return spelled(mapTranscript(spokenRanges(file, chosen), find)).count(':');
+        };
+        QCOMPARE(shown({}), 3);
+        QCOMPARE(shown({2}), 2);
+        QCOMPARE(spelled(mapTranscript(spokenRanges(file, {1}), find)),
+                 QString("a0: 0-2400 a0 a1 a2 a3 a4 | a2: 5000-7400 a10 a11 a12 a13 a14"));
+        QCOMPARE(recognitionJob(file, {1, 2}).numbers, QVector<int>({1, 2}));
+        QCOMPARE(recognitionJob(file).numbers, QVector<int>({0, 2}));
+        media::Sequence timeline;
+        timeline.edits = std::make_shared<media::EditList>(
+            media::EditList{{}, {{cut(0, 1000, clip("a"), 0)}, {cut(0, 1000, clip("b"), 0)}}});
+        QCOMPARE(spokenRanges(timeline).size(), 2U);
+        QCOMPARE(spokenRanges(timeline, {1}).front().clip->id, QString("b"));
     }
 
     void framesAndMillisecondsLeadToEachOther()

@@ -64,7 +64,7 @@ inline desk::speech::Transcript randomTranscript(QRandomGenerator& random)
     desk::speech::Transcript transcript;
     const int pace = 20 + random.bounded(600);
     for (int i = random.bounded(1, 40); i > 0; --i) {
-        desk::speech::Segment segment{random.bounded(-1, 3), {}};
+        desk::speech::Segment segment{random.bounded(-1, 3), {}, random.bounded(-1, 4)};
         int at = random.bounded(600000);
         for (int k = random.bounded(1, 60); k > 0; --k) {
             const int end = at + random.bounded(2 * pace);

@@ -206,9 +206,12 @@ private slots:
         int repairs = 0;
         connect(&transcriber, &Transcriber::finished, this,
                 [&](const QString&, const RepairReport& report) { repairs = report.total(); });
-        transcriber.add(clip, job(1, 2));
+        RecognitionJob task = job(1, 2);
+        task.numbers = {2, 7};
+        transcriber.add(clip, task);
         QTRY_COMPARE(int(store.clipState(clip).stage), int(Stage::Done));
         QCOMPARE(stored(store), QString("Speaker 1: 0-300 w0 / Speaker 2: 0-300 w0"));
+        QCOMPARE(store.transcript(clip)->segments[1].track, 7);
         QCOMPARE(repairs, 2);
     }
 
@@ -354,7 +357,7 @@ private slots:
             "another program's", [](QByteArray& bytes) { bytes[68] = 1; },
             "the database belongs to another program; move");
         row(
-            "a later version's", [](QByteArray& bytes) { bytes[63] = 2; },
+            "a later version's", [](QByteArray& bytes) { bytes[63] = 3; },
             "was made by another version of the desk; open");
     }
 
@@ -383,6 +386,26 @@ private slots:
             QTRY_COMPARE(int(store.condition()), int(Condition::Online));
         }
         QVERIFY(QFile::remove(m_path));
+    }
+
+    void aDatabaseOfTheFirstVersionIsTakenOver()
+    {
+        {
+            TranscriptStore store(m_path);
+            store.putTranscript(clip, texts::transcriptOf({{1, "0-1000 a"}}, 1));
+        }
+        {
+            Sql sql(m_path, Sql::Access::Write);
+            sql.run("ALTER TABLE segment DROP COLUMN track");
+            sql.run("PRAGMA user_version = 1");
+            QVERIFY2(sql.ok(), qPrintable(sql.problem()));
+        }
+        for (int opened = 0; opened < 2; ++opened) {
+            TranscriptStore store(m_path);
+            QCOMPARE(stored(store), QString("Speaker 1: 0-1000 a"));
+            TranscriptStore killed(killedCopy(store));
+            QCOMPARE(stored(killed), stored(store));
+        }
     }
 
     void aLockOfAnotherDelaysChangesButNotTheCaller()

@@ -61,6 +61,7 @@ const DeskWindow::ActionRow DeskWindow::actionRows[] = {
     {"", "importTranscript", "&Import a Transcript of Selected Clip...", "", &DeskWindow::importTranscript},
     {"", "recogniser", "Recogni&ser...", "", &DeskWindow::chooseRecogniser},
     {nullptr, "switchTranscript", "Source or &Record Monitor", "Ctrl+Shift+T", &DeskWindow::switchTranscriptMonitor},
+    {"", "transcriptTracks", "Trac&ks...", "Ctrl+Shift+K", &DeskWindow::chooseTracks},
     {"&View", "focusBin", "&Bin", "Ctrl+1", &DeskWindow::focusBin},
     {"", "focusPackages", "&Packages", "Ctrl+2", &DeskWindow::focusPackages},
     {"", "focusParameters", "P&arameters", "Ctrl+3", &DeskWindow::focusParameters},
@@ -159,6 +160,7 @@ void DeskWindow::updateActions()
         {"importTranscript", clips},
         {"playStop", watching},
         {"clearMarks", watching},
+        {"transcriptTracks", watching},
         {"newImp", delivery.isValid()},
         {"rename", open},
         {"chooseFolder", open && isDelivery},
@@ -306,6 +308,12 @@ void DeskWindow::switchTranscriptMonitor()
 {
     focusTranscript();
     m_transcript->window().handleShortcuts(QStringLiteral("ToggleSourceRecord"));
+}
+
+void DeskWindow::chooseTracks()
+{
+    focusTranscript();
+    m_transcript->askForTracks();
 }
 
 QVector<services::BinItem> DeskWindow::selectedClips(speech::ClipState::Stage stage) const

@@ -119,6 +119,7 @@ private:
     void focusRecord();
     void focusTranscript();
     void switchTranscriptMonitor();
+    void chooseTracks();
     void transcribeSelected();
     /// Asks first.
     void transcribeAgain();

@@ -2,6 +2,7 @@
 
 #include "StratacutUI/STT_TranscriptManagerWindow.h"
 #include "ViewDeckQt/PaletteManager.h"
+#include "desk/app/window/TrackDialog.h"
 #include "desk/services/SpeechSound.h"
 #include "desk/services/TranscriptExport.h"
 
@@ -51,6 +52,7 @@ TranscriptPane::TranscriptPane(services::TranscriptService& service, Player& sou
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_window);
     setFocusProxy(m_window);
+    connect(m_window, &Window::selectTracks, this, &TranscriptPane::askForTracks);
     followPlayer(source);
     followPlayer(record);
     followService(service);
@@ -113,10 +115,11 @@ void TranscriptPane::followService(services::TranscriptService& service)
             [this](const QString&, const QString& text) { emit noted(QStringLiteral("Imported %1").arg(text)); });
     connect(&service, &services::TranscriptService::importFailed, this,
             [this](const QString&, const QString& sentence) { emit failed(sentence); });
-    connect(&service, &services::TranscriptService::exported, this, [this](const QStringList& files, const QString& note) {
-        emit noted(QStringLiteral("Written: %1").arg(files.join(QStringLiteral(", "))) +
-                   (note.isEmpty() ? note : QStringLiteral(" (%1)").arg(note)));
-    });
+    connect(&service, &services::TranscriptService::exported, this,
+            [this](const QStringList& files, const QString& note) {
+                emit noted(QStringLiteral("Written: %1").arg(files.join(QStringLiteral(", "))) +
+                           (note.isEmpty() ? note : QStringLiteral(" (%1)").arg(note)));
+            });
     connect(&service, &services::TranscriptService::exportFailed, this, &TranscriptPane::failed);
 }
 
@@ -184,6 +187,24 @@ void TranscriptPane::createScript()
     QDir().mkpath(m_folder);
     const media::Sequence& sequence = *m_info->player().sequence();
     m_info->service().exportFiles(sequence, {m_folder + QLatin1Char('/') + sequence.name + QStringLiteral(".txt")});
+}
+
+void TranscriptPane::askForTracks()
+{
+    const auto& sequence = m_info->player().sequence();
+    if (!sequence || services::speechTracks(*sequence).isEmpty())
+        return emit noted(QStringLiteral("There is no sound to transcribe: load a clip or a timeline first"));
+    auto* dialog = new TrackDialog(*sequence, m_info->service().chosenTracks(sequence->id), this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::accepted, this, [this, dialog, id = sequence->id] {
+        const auto& now = m_info->player().sequence();
+        if (!now || now->id != id)
+            return;
+        const QString note = m_info->chooseTracks(dialog->chosen());
+        if (!note.isEmpty())
+            emit noted(note);
+    });
+    dialog->open();
 }
 
 void TranscriptPane::askForImport(const services::TranscriptService::Clip& clip)

@@ -27,6 +27,9 @@ public:
     /// The folder that scripts go to.
     void setFolder(const QString& folder) { m_folder = folder; }
 
+    /// Asks which tracks of the shown material are transcribed and shown.
+    void askForTracks();
+
     /// Asks for a file and takes it as the transcript of a clip.
     void askForImport(const services::TranscriptService::Clip& clip);
 

@@ -32,6 +32,7 @@ constexpr const char* name = "name";
 constexpr const char* segments = "segments";
 constexpr const char* speaker = "speaker";
 constexpr const char* words = "words";
+constexpr const char* track = "track";
 constexpr const char* text = "text";
 constexpr const char* start = "start";
 constexpr const char* end = "end";

@@ -159,6 +159,7 @@ Result<Transcript> readTranscriptJson(const QByteArray& bytes, const QString& fi
         const QJsonObject object = segments[i].toObject();
         Segment segment;
         segment.speaker = object[QLatin1String(own::speaker)].toInt(-1);
+        segment.track = std::max(-1, object[QLatin1String(own::track)].toInt(-1));
         const QJsonArray words = object[QLatin1String(own::words)].toArray();
         for (const QJsonValue& value : words) {
             const auto word = ownWord(value, fileName, i + 1);

@@ -67,7 +67,10 @@ QByteArray writeTranscriptJson(const Transcript& transcript, const ExportSetting
                 object[QLatin1String(own::confidence)] = word.confidence;
             words.append(object);
         }
-        segments.append(QJsonObject{{own::speaker, segment.speaker}, {own::words, words}});
+        QJsonObject object{{own::speaker, segment.speaker}, {own::words, words}};
+        if (segment.track >= 0)
+            object[QLatin1String(own::track)] = segment.track;
+        segments.append(object);
     }
     QJsonObject document{{own::format, own::formatName},
                          {own::version, own::currentVersion},

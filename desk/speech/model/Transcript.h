@@ -29,13 +29,18 @@ struct Segment {
     /// Speaker::id; -1 where nobody knows.
     int speaker = -1;
     QVector<Word> words;
+    /// The first of the clip's audio tracks in which it was heard, counted from 0; -1 where nobody knows.
+    int track = -1;
 
     /// 0 without words.
     int startMs() const { return words.isEmpty() ? 0 : words.first().startMs; }
 
     int endMs() const { return words.isEmpty() ? 0 : words.last().endMs; }
 
-    friend bool operator==(const Segment& a, const Segment& b) { return a.speaker == b.speaker && a.words == b.words; }
+    friend bool operator==(const Segment& a, const Segment& b)
+    {
+        return a.speaker == b.speaker && a.words == b.words && a.track == b.track;
+    }
 };
 
 struct Speaker {

@@ -111,7 +111,7 @@ private:
             auto sound = m_job.tracks[i]();
             if (!sound)
                 return sound.error();
-            m_tracks.push_back({i, std::move(*sound), {}});
+            m_tracks.push_back({m_job.numbers.value(i, i), std::move(*sound), {}});
         }
         if (!m_tracks.empty())
             return {};
@@ -129,8 +129,10 @@ private:
             const auto own = tracksOfTheirOwn(sounds, [this] { return goesOn(); });
             if (!own)
                 return own.error();
-            const auto isCopy = [&](const Track& track) { return !own->contains(track.number); };
-            m_tracks.erase(std::remove_if(m_tracks.begin(), m_tracks.end(), isCopy), m_tracks.end());
+            std::vector<Track> kept;
+            for (const int place : *own)
+                kept.push_back(std::move(m_tracks[std::size_t(place)]));
+            m_tracks = std::move(kept);
             m_byTrack = m_tracks.size() > 1;
         }
         for (const Track& track : m_tracks)
@@ -179,7 +181,7 @@ private:
             for (int i = 0; i < count; ++i)
                 transcript.speakers.append({first + i, QString()});
             for (int i = 0; i < voices.size(); ++i)
-                transcript.segments.append({first + voices[i], track.utterances[i]});
+                transcript.segments.append({first + voices[i], track.utterances[i], track.number});
         }
         std::stable_sort(transcript.segments.begin(), transcript.segments.end(),
                          [](const Segment& a, const Segment& b) { return a.startMs() < b.startMs(); });

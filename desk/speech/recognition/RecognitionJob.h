@@ -25,6 +25,8 @@ struct RecognitionJob {
     QString clipName;
     int lengthMs = 0;
     QVector<SoundOpener> tracks;
+    /// What Segment::track says of each; empty for their places in `tracks`.
+    QVector<int> numbers;
     SpeakersBy speakersBy = SpeakersBy::Automatic;
 };
 

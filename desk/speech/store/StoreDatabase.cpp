@@ -83,11 +83,11 @@ QVector<Speaker> StoreDatabase::speakers()
 QVector<KeptSegment> StoreDatabase::segments(const QString& clip)
 {
     QVector<KeptSegment> segments;
-    QSqlQuery row = m_sql->run("SELECT speaker, heard, words FROM segment JOIN clip ON clip.id = segment.clip "
+    QSqlQuery row = m_sql->run("SELECT speaker, heard, words, track FROM segment JOIN clip ON clip.id = segment.clip "
                                "WHERE media = ? ORDER BY number",
                                {clip});
     while (row.next())
-        segments.append({{row.value(0).toInt(), unpacked(row.value(2))}, row.value(1).toInt()});
+        segments.append({{row.value(0).toInt(), unpacked(row.value(2)), row.value(3).toInt()}, row.value(1).toInt()});
     return segments;
 }
 
@@ -106,7 +106,7 @@ void StoreDatabase::replaceTranscript(const QString& clip, const Transcript& tra
     kept.reserve(transcript.segments.size());
     for (const Segment& segment : transcript.segments) {
         const int id = match.value(segment.speaker, -1);
-        kept.append({{id, segment.words}, id});
+        kept.append({{id, segment.words, segment.track}, id});
     }
     const qint64 id = clipId(clip);
     applyCorrections(kept, corrections(id));
@@ -192,8 +192,8 @@ void StoreDatabase::insertSegments(qint64 clip, const QVector<KeptSegment>& segm
     m_sql->run("DELETE FROM segment WHERE clip = ?", {clip});
     int number = 0;
     for (const KeptSegment& kept : segments) {
-        m_sql->run("INSERT INTO segment(clip, number, speaker, heard, words) VALUES(?, ?, ?, ?, ?)",
-                   {clip, number++, kept.segment.speaker, kept.heard, packed(kept.segment.words)});
+        m_sql->run("INSERT INTO segment(clip, number, speaker, heard, words, track) VALUES(?, ?, ?, ?, ?, ?)",
+                   {clip, number++, kept.segment.speaker, kept.heard, packed(kept.segment.words), kept.segment.track});
     }
 }
 

@@ -13,14 +13,15 @@ namespace
 
 // "STRC", in the header's field for the program that a file belongs to (SQLite database file format, 1.3).
 constexpr quint32 applicationId = 0x53545243;
-constexpr quint32 schemaVersion = 1;
+constexpr quint32 schemaVersion = 2;
 
 const char* const schema[] = {
     "CREATE TABLE clip(id INTEGER PRIMARY KEY, media TEXT NOT NULL UNIQUE, stage INTEGER NOT NULL DEFAULT 0, "
     "percent INTEGER NOT NULL DEFAULT 0, failure TEXT NOT NULL DEFAULT '')",
     "CREATE TABLE speaker(id INTEGER PRIMARY KEY, name TEXT NOT NULL)",
     "CREATE TABLE segment(clip INTEGER NOT NULL REFERENCES clip(id) ON DELETE CASCADE, number INTEGER NOT NULL, "
-    "speaker INTEGER NOT NULL, heard INTEGER NOT NULL, words TEXT NOT NULL, PRIMARY KEY(clip, number)) WITHOUT ROWID",
+    "speaker INTEGER NOT NULL, heard INTEGER NOT NULL, words TEXT NOT NULL, track INTEGER NOT NULL DEFAULT -1, PRIMARY "
+    "KEY(clip, number)) WITHOUT ROWID",
     "CREATE TABLE correction(clip INTEGER NOT NULL REFERENCES clip(id) ON DELETE CASCADE, start INTEGER NOT NULL, "
     "end INTEGER NOT NULL, heard INTEGER NOT NULL, speaker INTEGER NOT NULL)",
     "CREATE TABLE utterance(number INTEGER PRIMARY KEY, clip INTEGER NOT NULL REFERENCES clip(id) ON DELETE CASCADE, "
@@ -29,6 +30,9 @@ const char* const schema[] = {
     "CREATE TABLE position(clip INTEGER NOT NULL REFERENCES clip(id) ON DELETE CASCADE, track INTEGER NOT NULL, "
     "recogniser TEXT NOT NULL, sample INTEGER NOT NULL, PRIMARY KEY(clip, track))",
 };
+
+/// What the first version lacks.
+const char* const addition = "ALTER TABLE segment ADD COLUMN track INTEGER NOT NULL DEFAULT -1";
 
 struct Header {
     quint32 version = 0;
@@ -69,7 +73,7 @@ Status checkOrigin(const QString& path)
         return failure(path, QStringLiteral("the database belongs to another program"),
                        QStringLiteral("move it away, or choose another name for the project"));
     }
-    if (header->version != schemaVersion) {
+    if (header->version < 1 || header->version > schemaVersion) {
         return failure(path, QStringLiteral("the transcript database was made by another version of the desk"),
                        QStringLiteral("open it with that version"));
     }
@@ -122,6 +126,19 @@ Status checkPages(const QString& path, bool& isLocked)
     return {};
 }
 
+/// The header may tell of an older version than the log has.
+void bringUpToDate(Sql& sql)
+{
+    QSqlQuery row = sql.run(QStringLiteral("PRAGMA user_version"));
+    const bool isOld = row.next() && row.value(0).toUInt() < schemaVersion;
+    row.finish();
+    if (!isOld || !sql.begin(Sql::Access::Write))
+        return;
+    sql.run(QString::fromLatin1(addition));
+    sql.run(QStringLiteral("PRAGMA user_version = %1").arg(schemaVersion));
+    sql.commit();
+}
+
 } // namespace
 
 StoreProblem storeProblem(const QString& path, const Sql& sql)
@@ -155,6 +172,8 @@ std::unique_ptr<Sql> openStoreFile(const QString& path, StoreProblem& problem)
     auto sql = std::make_unique<Sql>(path, Sql::Access::Write);
     for (const char* pragma : {"PRAGMA foreign_keys = ON", "PRAGMA synchronous = NORMAL", "PRAGMA journal_mode = WAL"})
         sql->run(QString::fromLatin1(pragma));
+    if (sql->ok())
+        bringUpToDate(*sql);
     if (sql->ok())
         return sql;
     problem = storeProblem(path, *sql);
