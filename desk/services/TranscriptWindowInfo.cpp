@@ -430,7 +430,7 @@ void TranscriptWindowInfo::showMonitor(bool record)
 bool TranscriptWindowInfo::isMaterialLoaded()
 {
     load();
-    return !m_ranges.empty() && !m_service.isOpening() && !(m_awaits && m_segments.empty());
+    return m_player->sequence() && !m_service.isOpening() && !(m_awaits && m_segments.empty());
 }
 
 int TranscriptWindowInfo::countOfRemainingClips()

@@ -112,7 +112,7 @@ public:
     virtual void createScriptFromClip() = 0;
     /// Slot 40. Which monitor's material all slots speak of from now on. @param record false: the source monitor.
     virtual void showMonitor(bool record) = 0;
-    /// Slot 41. Whether the monitor holds anything that could have a transcript.
+    /// Slot 41. Whether the monitor holds a clip or a sequence, be it silent.
     virtual bool isMaterialLoaded() = 0;
     /// Slot 42. Reserved: the window does not call it.
     virtual void reserved42() = 0;

@@ -119,6 +119,14 @@ void EntryColumn::showSpeaker(const QString& name, const std::function<bool(int 
     }
 }
 
+void EntryColumn::endEditing(const std::function<bool(int segment)>& isMeant)
+{
+    for (STT_EntryWidget* entry : std::as_const(m_bySegment)) {
+        if (entry->speakerEdit()->isEditing() && !isMeant(entry->segment()))
+            entry->speakerEdit()->cancelEditing();
+    }
+}
+
 QList<STT_EntryWidget*> EntryColumn::entries() const
 {
     return fromTopToBottom(m_bySegment.values());

@@ -57,6 +57,9 @@ public:
     /// Shows a name as the speaker of those lines in view whose segment is meant.
     void showSpeaker(const QString& name, const std::function<bool(int segment)>& isMeant);
 
+    /// Ends, without a new name, the typing in fields of segments that are not meant.
+    void endEditing(const std::function<bool(int segment)>& isMeant);
+
     /// Brings the widgets to the lines that are in view now. Runs by itself when the text has scrolled, was laid out
     /// or changed; call it to have it done at once.
     void sync();

@@ -30,6 +30,8 @@ const Texts* textsOf(StatePage::State state)
          "Load a clip or a sequence in the monitor to see its transcript here."},
         {StatePage::State::EmptyTranscript, "transcript_empty", "Empty transcript",
          "No words were heard in this material."},
+        {StatePage::State::HiddenClips, "transcript_empty", "Empty transcript",
+         "Clips without a transcript are hidden: \"Show Not Transcribed\" in the menu shows them."},
         {StatePage::State::DatabaseOffline, "database_offline", "Database Offline",
          "The transcript database cannot be read. Nothing in it was changed. Bring it back, then reload the material."},
     };

@@ -15,6 +15,7 @@ public:
         Text, // the page is hidden
         NothingLoaded,
         EmptyTranscript,
+        HiddenClips,
         DatabaseOffline,
     };
 

@@ -142,6 +142,12 @@ void Window::fillText()
     const std::vector<STT_TranscriptSegment>& segments = *content.segments;
     if (std::exchange(m_fingerprint, content.fingerprint()) != m_fingerprint)
         closeSpeakerMenu();
+    // A name must not go to who speaks in that place now.
+    m_entryColumn->endEditing([&](int segment) {
+        const QTextBlock former = m_textEdit->document()->findBlockByNumber(getBlockNumberForSegment(segment));
+        return segment < int(segments.size()) &&
+               former.text() == QString::fromStdString(segments[std::size_t(segment)].text);
+    });
     m_index->clear();
     m_blocks.clear();
     m_missingBlocks = blocksOf(content.clips, segments);
@@ -188,8 +194,9 @@ void Window::hideMissingLines()
 void Window::showState()
 {
     using State = StatePage::State;
-    const bool hasLines = !m_blocks.empty() || (m_visibilities.notTranscribed && !m_missingBlocks.empty());
-    State state = hasLines ? State::Text : State::EmptyTranscript;
+    State state = m_blocks.empty() ? State::EmptyTranscript : State::Text;
+    if (m_blocks.empty() && !m_missingBlocks.empty())
+        state = m_visibilities.notTranscribed ? State::Text : State::HiddenClips;
     if (!info->isMaterialLoaded())
         state = State::NothingLoaded;
     if (!info->isDatabaseOnline())

@@ -241,6 +241,15 @@ private slots:
         QTest::keyClicks(field, QStringLiteral("e"));
         QTest::keyClick(field, Qt::Key_Return);
         QCOMPARE(requests(*shown.info), QStringList{"storeSpeakerName(3, Eve)"});
+        // Not what was typed for a segment whose place has another one now.
+        shown.info->calls.clear();
+        shown.text().verticalScrollBar()->setValue(0);
+        shown.speaker(2)->beginEditing();
+        QTest::keyClicks(shown.speaker(2), QStringLiteral("Tom"));
+        shown.info->source.segments.erase(shown.info->source.segments.begin());
+        shown.window->TranscriptInfoChangedSlot(true);
+        QVERIFY(!shown.speaker(2)->isEditing());
+        QVERIFY(requests(*shown.info).isEmpty());
     }
 
     void aClipWithoutTranscriptSaysHowFarItIs()
