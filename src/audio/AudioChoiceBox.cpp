@@ -137,6 +137,19 @@ bool AudioChoiceBox::isMissing() const
     return m_shown != m_choices && currentIndex() == choiceCount();
 }
 
+void AudioChoiceBox::setPurpose(const QString& purpose)
+{
+    m_purpose = purpose;
+    setAccessibleName(purpose);
+    describe();
+}
+
+void AudioChoiceBox::describe()
+{
+    // Where there is no label to it, a screen reader on Linux gets for the name of a combo box what is chosen in it.
+    setAccessibleDescription(m_isMarked ? m_purpose + QStringLiteral(". ") + toolTip() : m_purpose);
+}
+
 void AudioChoiceBox::setMissingToolTip(const QString& format)
 {
     m_missingToolTip = format;
@@ -154,6 +167,7 @@ void AudioChoiceBox::markMissing()
     if (missing)
         own.setColor(QPalette::ButtonText, Palette::PaletteManager::Instance().color(QStringLiteral("AttentionColor")));
     setPalette(own);
+    describe();
 }
 
 QSize AudioChoiceBox::sizeHint() const

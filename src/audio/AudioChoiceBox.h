@@ -39,6 +39,9 @@ public:
     /// Whether the text that is shown is not in the list.
     bool isMissing() const;
 
+    /// Names the box for assistive technology. @param purpose what is chosen here.
+    void setPurpose(const QString& purpose);
+
     /// What the user reads of a missing text: "%1" stands for it.
     void setMissingToolTip(const QString& format);
 
@@ -56,9 +59,11 @@ protected:
 private:
     void showList(const AudioChoices& choices);
     void markMissing();
+    void describe();
 
     AudioChoices m_choices;
     AudioChoices m_shown;
+    QString m_purpose;
     QString m_missingToolTip;
     bool m_isMarked = false;
     bool m_isMade = false;

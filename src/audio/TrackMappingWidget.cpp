@@ -246,8 +246,8 @@ void TrackMappingWidget::setNumber(int number, int labelWidth)
 
 void TrackMappingWidget::nameForAssistance(const QString& trackName)
 {
-    m_trackAndGroup->setAccessibleName(stx_func("Source of %1").toQString().arg(trackName));
-    m_mapTo->setAccessibleName(stx_func("Mix mode of %1").toQString().arg(trackName));
+    m_trackAndGroup->setPurpose(stx_func("Source of %1").toQString().arg(trackName));
+    m_mapTo->setPurpose(stx_func("Mix mode of %1").toQString().arg(trackName));
     m_plusButton->setAccessibleName(stx_func("Add a track below %1").toQString().arg(trackName));
     m_minusButton->setAccessibleName(stx_func("Remove %1").toQString().arg(trackName));
     if (m_metadataButton)

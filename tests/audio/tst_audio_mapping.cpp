@@ -11,6 +11,7 @@
 #include "support/TestMain.h"
 
 #include <QAbstractItemView>
+#include <QAccessible>
 #include <QComboBox>
 #include <QDialog>
 #include <QFile>
@@ -275,6 +276,10 @@ private slots:
         for (int i = 0; i < 2; ++i) {
             QCOMPARE(window.source(i)->currentText(), gone.at(i));
             QVERIFY(window.source(i)->toolTip().contains(gone.at(i)));
+            // On Linux a screen reader takes what is chosen for the name of a combo box.
+            const QString heard =
+                QAccessible::queryAccessibleInterface(window.source(i))->text(QAccessible::Description);
+            QCOMPARE(heard, QStringLiteral("Source of IMF Track A%1. ").arg(i + 1) + window.source(i)->toolTip());
         }
         // Without any choices, nothing is the first one.
         window.mapping->setTrackGroupingManager(std::make_unique<Choices>(QStringList()));
