@@ -14,6 +14,8 @@ public:
     /// list is shown without this model in between.
     static QModelIndex sourceOf(const QModelIndex& index);
 
+    QVariant data(const QModelIndex& index, int role) const override;
+
 protected:
     bool filterAcceptsColumn(int column, const QModelIndex& parent) const override;
 };

@@ -22,6 +22,16 @@ bool IMF_TrackGroupingManager::hasSequence(const QAbstractItemModel* trackModel)
     return IMF_MXE_bridge::Instance()->isSequenceTrackModel(trackModel);
 }
 
+QString IMF_TrackGroupingManager::entryOf(const QAbstractItemModel& trackModel, int row)
+{
+    MXE_Bridge* engine = IMF_MXE_bridge::Instance();
+    const MXE_TrackColumns columns = engine->trackColumns(&trackModel);
+    const auto text = [&](int column) { return trackModel.index(row, column).data().toString(); };
+    // Filled in one go: a name that holds "%2" stays what it is.
+    return QStringLiteral("%1 %2 %3")
+        .arg(text(columns.name), engine->trackLabel(&trackModel, row), text(columns.secondText));
+}
+
 QStringList IMF_TrackGroupingManager::getAllActiveTracks()
 {
     return IMF_MXE_bridge::Instance()->activeTracks(m_trackModel);
@@ -31,15 +41,9 @@ QStringList IMF_TrackGroupingManager::getSourceList()
 {
     if (!m_trackModel)
         return {};
-    MXE_Bridge* engine = IMF_MXE_bridge::Instance();
-    const MXE_TrackColumns columns = engine->trackColumns(m_trackModel);
     QStringList sources{stx_func("All Active Tracks"), QLatin1String(separator)};
-    for (int row = 0; row < m_trackModel->rowCount(); ++row) {
-        const auto text = [&](int column) { return m_trackModel->index(row, column).data().toString(); };
-        // Filled in one go: a name that holds "%2" stays what it is.
-        sources << QStringLiteral("%1 %2 %3")
-                       .arg(text(columns.name), engine->trackLabel(m_trackModel, row), text(columns.secondText));
-    }
+    for (int row = 0; row < m_trackModel->rowCount(); ++row)
+        sources << entryOf(*m_trackModel, row);
     sources << QLatin1String(separator);
     for (const QJsonValue& group : qAsConst(m_groups))
         sources << group.toObject().value(QLatin1String("Name")).toString();

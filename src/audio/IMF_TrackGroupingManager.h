@@ -18,6 +18,9 @@ public:
     /// be null.
     static bool hasSequence(const QAbstractItemModel* trackModel);
 
+    /// A track as an entry among the sources: its name, its label and its second text.
+    static QString entryOf(const QAbstractItemModel& trackModel, int row);
+
     QStringList getAllActiveTracks() override;
     QStringList getSourceList() override;
     QStringList getAudioMixList() override;

@@ -334,6 +334,10 @@ private slots:
         QCOMPARE(view->model()->columnCount(), 2);
         QCOMPARE(view->selectTracks({"A3", "A8"}), QStringList{"A8"});
         QCOMPARE(view->selectedTracks(), QStringList{"A3"});
+        // Whatever cell a screen reader reads, it names the track.
+        const QStringList sources = IMF_TrackGroupingManager(&t.model, {}).getSourceList();
+        for (int column = 0; column < 2; ++column)
+            QCOMPARE(view->model()->index(2, column).data(Qt::AccessibleTextRole).toString(), sources.at(4));
     }
 
     void everythingIsReachedByKeys()
