@@ -27,7 +27,7 @@ constexpr QLatin1Char tagSeparator('-');
 constexpr int regionWidth = 170;
 constexpr int margin = 16;
 /// Room for a title and the longest language, in average characters.
-constexpr int languageCharacters = 46;
+constexpr int languageCharacters = 54;
 
 QString choiceText(const QString& code, const QString& name)
 {
@@ -123,6 +123,8 @@ QHBoxLayout* IMF_AudioMetadataDialog::createLanguageRow()
     row->addWidget(m_region);
     row->addStretch();
     connect(m_language, &PWDiscrete::valueChanged, this, &IMF_AudioMetadataDialog::populateRegionComboBox);
+    // What the note is about is not what will be stored any more.
+    connect(m_language, &PWDiscrete::valueChanged, m_note, &QLabel::hide);
     return row;
 }
 

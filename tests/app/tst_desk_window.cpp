@@ -1,11 +1,11 @@
-#include "app/Desk.h"
-#include "services/Clip.h"
+#include "app/Written.h"
 #include "support/ModalAnswer.h"
 #include "support/TestMain.h"
 
 #include "StratacutUI/AudioMappingWidget.h"
 #include "StratacutUI/IMF_Controller.h"
 #include "StratacutUI/IMF_TreeView.h"
+#include "ViewDeckQt/PWDiscrete.h"
 #include "desk/app/Host.h"
 #include "desk/app/walk/Hand.h"
 #include "desk/app/window/BinPane.h"
@@ -13,15 +13,19 @@
 #include "desk/app/window/JobPane.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QDesktopServices>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QLabel>
+#include <QLayout>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSplitter>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QUrl>
 
@@ -118,6 +122,58 @@ class TestDeskWindow : public QObject
     int rowOf(const QString& name) const
     {
         return bin().match(bin().index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly).value(0).row();
+    }
+
+    /// Chooses the entry that is or begins so from the opened list. @param asked what to do with the dialog that this
+    /// opens.
+    static void pick(QComboBox& box, const QString& start, const std::function<void(QWidget*)>& asked = {})
+    {
+        if (start.isEmpty())
+            return;
+        Hand::click(&box);
+        const int exact = box.findText(start);
+        const int row = exact < 0 ? box.findText(start, Qt::MatchStartsWith) : exact;
+        box.view()->setCurrentIndex(box.model()->index(row, 0));
+        if (asked)
+            Hand::whenOpen(asked);
+        Hand::key(box.view(), Qt::Key_Return);
+    }
+
+    /// Names groups of tracks in the dialog.
+    void group(const QVector<QPair<QString, QVector<int>>>& groups) const
+    {
+        Hand::whenOpen([this, groups](QWidget* dialog) {
+            auto* tracks = dialog->findChild<QTableView*>(QStringLiteral("m_tracks"));
+            auto& box = *dialog->findChild<QComboBox*>(QStringLiteral("m_groups"));
+            for (const auto& group : groups) {
+                pick(box, QStringLiteral("Untitled Group"));
+                for (const int track : group.second)
+                    Hand::click(tracks, tracks->model()->index(track, 1));
+                pick(box, QStringLiteral("Save As"), [this, name = group.first](QWidget* asks) {
+                    Hand::type(asks->findChild<QLineEdit*>(QStringLiteral("GroupName")), name);
+                    Hand::click(&button(*asks, "OK"));
+                });
+            }
+            Hand::click(&button(*dialog, "m_save"));
+        });
+        Hand::click(&button(*m_window, "ATGbtn"));
+    }
+
+    /// Chooses source, mode, language, region and kind of a row of the mapping.
+    void map(const QWidget& row, const QStringList& choices) const
+    {
+        pick(*row.findChild<QComboBox*>(QStringLiteral("m_TrackAndGroupCBox")), choices[0]);
+        pick(*row.findChild<QComboBox*>(QStringLiteral("m_mapToCBox")), choices[1]);
+        Hand::whenOpen([choices](QWidget* dialog) {
+            const auto fields = dialog->findChildren<ViewDeckQt::PWDiscrete*>();
+            for (const auto* field : fields) {
+                const bool isLanguage = field->getId() == QLatin1String("id_mca_language");
+                pick(*field->findChild<QComboBox*>(), choices[isLanguage ? 2 : 4]);
+            }
+            pick(*dialog->findChild<QComboBox*>(QString(), Qt::FindDirectChildrenOnly), choices[3]);
+            Hand::key(dialog, Qt::Key_Return);
+        });
+        Hand::click(&button(row, "m_metadataButton"));
     }
 
 public slots:
@@ -445,6 +501,52 @@ private slots:
         for (const QJsonValue& row : rows)
             shown += row["SourceTracksGroups"].toString() + ' ' + row["MixMode"].toString();
         QCOMPARE(shown, QStringList({"A1-A6 5.1", "A7-A8 Stereo"}));
+    }
+
+    void threeMixesOfSixteenTracksAreMadeByHand()
+    {
+        Clip sixteen;
+        sixteen.tracks = 16;
+        const QString media = support::makeClip(path(QStringLiteral("sixteen.mov")), sixteen);
+        addMedia(media);
+        const QPersistentModelIndex made = delivery(QStringLiteral("Mixes"), QStringLiteral("sixteen"));
+        Hand::click(&m_window->tree(), model().index(0, 0, model().index(0, 0, made)));
+        const QVector<int> six{10, 11, 12, 13, 14, 15};
+        group({{"Dialogue", {0, 1}}, {"M&E", {2, 3}}, {"Full mix", six}});
+        const auto* mapping = m_window->findChild<AudioMappingWidget*>();
+        // Four files are proposed.
+        Hand::click(&button(*mapping, "m_minusButton"));
+
+        const struct {
+            QStringList choices;
+            QVector<int> tracks;
+            QString layout;
+            QString language;
+        } mixes[]{{{"Dialogue", "Stereo", "en (", "AU", "DXC"}, {0, 1}, "L R", "English (AU)"},
+                  {{"M&E", "Stereo", "zxx (", "", "MEC"}, {2, 3}, "L R", "zxx"},
+                  {{"Full mix", "5.1", "en (", "GB", "PRM"}, six, "L R C LFE Ls Rs", "English (GB)"}};
+
+        for (int row = 0; row < 3; ++row)
+            map(*mapping->layout()->itemAt(row)->widget(), mixes[row].choices);
+        Hand::click(&m_window->tree(), made);
+        Hand::click(&button(*m_window, "m_burn"));
+        QTRY_COMPARE_WITH_TIMEOUT(Model::StatusFromIndex(made), IMF_PackageMgr::Committed, 60000);
+        const QStringList files = support::soundFiles(path(QStringLiteral("Mixes")));
+        QCOMPARE(files.size(), 3);
+        for (int file = 0; file < 3; ++file) {
+            const QVector<qint32> written = support::samplesOf({"-i", files[file]});
+            const QVector<int>& tracks = mixes[file].tracks;
+            for (int channel = 0; channel < tracks.size(); ++channel) {
+                const auto source =
+                    support::samplesOf({"-i", media, "-map", "0:a:" + QString::number(tracks[channel])});
+                for (int i = 0; i < 4000; ++i)
+                    QCOMPARE(written.value(i * tracks.size() + channel), source[i]);
+            }
+            const QString facts = QString::fromUtf8(support::run("mediainfo", {files[file]})).simplified();
+            QVERIFY2(facts.contains("Channel layout : " + mixes[file].layout + " Sampling"), qPrintable(facts));
+            QVERIFY2(facts.contains("Language : " + mixes[file].language + " "), qPrintable(facts));
+            QVERIFY2(facts.contains("Content Kind : " + mixes[file].choices.last()), qPrintable(facts));
+        }
     }
 
     void theLookSurvivesARestart()

@@ -1,19 +1,19 @@
-#include "app/Desk.h"
+#include "app/Written.h"
 #include "media/Otio.h"
-#include "services/Clip.h"
 #include "support/Files.h"
 #include "support/TestMain.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QtEndian>
 
 #include <cmath>
 
 using support::Clip;
+using support::decoded;
+using support::samplesOf;
+using support::soundFiles;
 
 /// Whole exports, read with programs that nobody here wrote.
 class TestExport : public QObject
@@ -38,41 +38,12 @@ class TestExport : public QObject
         return run.exitCode == 0 ? run.output.trimmed().section('\n', -1) : QString();
     }
 
-    static QByteArray decoded(const QStringList& input, const QStringList& output)
-    {
-        return support::run(QStringLiteral("ffmpeg"),
-                            QStringList{"-v", "error", "-nostdin"} + input + output + QStringList{"-"});
-    }
-
     static QJsonArray streams(const QString& delivery)
     {
         const QByteArray json = support::run(QStringLiteral("ffprobe"),
                                              {"-v", "error", "-f", "imf", "-count_frames", "-show_streams", "-of",
                                               "json", support::onlyFile(delivery, QStringLiteral("CPL_*.xml"))});
         return QJsonDocument::fromJson(json)[QLatin1String("streams")].toArray();
-    }
-
-    /// The sound track files in the order in which the composition names them.
-    static QStringList soundFiles(const QString& delivery)
-    {
-        QFile cpl(support::onlyFile(delivery, QStringLiteral("CPL_*.xml")));
-        if (!cpl.open(QIODevice::ReadOnly))
-            return {};
-        static const QRegularExpression id(QStringLiteral("<TrackFileId>urn:uuid:([^<]+)"));
-        QStringList files;
-        auto matches = id.globalMatch(QString::fromUtf8(cpl.readAll()));
-        while (matches.hasNext())
-            files += delivery + '/' + matches.next().captured(1) + ".mxf";
-        return files.mid(1);
-    }
-
-    static QVector<qint32> samplesOf(const QStringList& input)
-    {
-        const QByteArray bytes = decoded(input, {"-f", "s32le", "-c:a", "pcm_s32le"});
-        QVector<qint32> samples(bytes.size() / 4);
-        for (int i = 0; i < samples.size(); ++i)
-            samples[i] = qFromLittleEndian<qint32>(bytes.constData() + 4 * i) >> 8;
-        return samples;
     }
 
     struct MixRow {

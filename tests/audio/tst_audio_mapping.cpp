@@ -389,6 +389,7 @@ private slots:
         add("a language without regions", "en-AU", {"bo", "", ""}, "bo", "None");
         add("a script", en, {"sr (", "Cyrl", "DDXC"}, "sr-Cyrl", "DDXC");
         add("an unknown language", "qaa-ZZ", {"", "", ""}, "qaa-ZZ", "None");
+        add("a language for an unknown one", "qaa-ZZ", {"en (", "", ""}, "en", "None");
         add("three parts", "zh-Hans-CN", {"", "", "OP"}, "zh", "OP");
     }
 
@@ -420,6 +421,9 @@ private slots:
                     if (!chosen.at(i).isEmpty())
                         pick(boxes[i], chosen.at(i));
                 QCOMPARE(boxes[1]->isEnabled(), !boxes[0]->currentText().startsWith("bo"));
+                const auto notes = dialog->findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly);
+                for (const QLabel* note : notes)
+                    QVERIFY(!note->wordWrap() || !note->isVisible() || chosen.at(0).isEmpty());
                 QTest::keyClick(dialog, Qt::Key_Return);
             });
             QTest::mouseClick(window.button("m_metadataButton", 1), Qt::LeftButton);
