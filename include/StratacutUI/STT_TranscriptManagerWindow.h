@@ -187,7 +187,7 @@ Q_SIGNALS:
     void refreshDoneSignal();
     /// The other monitor's transcript is shown from now on.
     void monChanged();
-    /// The user wants to choose the tracks of the transcript. @param parent for the host's dialog.
+    /// The user wants to choose the tracks of the transcript. @param parent the button, for the host's dialog or menu.
     void selectTracks(QWidget* parent);
 
 protected:

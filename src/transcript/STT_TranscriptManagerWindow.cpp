@@ -247,7 +247,7 @@ void Window::SourceRecordMonChange()
 
 void Window::onTrackSelectionClicked()
 {
-    emit selectTracks(this);
+    emit selectTracks(m_trackButton);
 }
 
 void Window::handleShortcuts(QString type)

@@ -58,6 +58,7 @@ private slots:
     void theMenuHandsRequestsToTheHost_data();
     void theMenuHandsRequestsToTheHost();
     void theChecksShowAndStoreWhatIsVisible();
+    void theTrackButtonIsTheParentOfWhatItAsksFor();
     void hiddenClipsTakeNoRoom();
     void aFontIsAskedForOnceAndStored();
     void linesLieOneBelowTheOther_data();
@@ -115,6 +116,15 @@ void TestTranscriptWindow::theChecksShowAndStoreWhatIsVisible()
     QVERIFY(shown.entry(0)->isVisible());
     QCOMPARE(shown.info->takeCalls(), QStringList({"storeTimecodeVisibility(hidden)", "storeSpeakerVisibility(hidden)",
                                                    "storeTimecodeVisibility(shown)"}));
+}
+
+void TestTranscriptWindow::theTrackButtonIsTheParentOfWhatItAsksFor()
+{
+    const ShownTranscript shown({transcriptOf(3, 4)});
+    QSignalSpy asked(shown.window.get(), &STT_TranscriptManagerWindow::selectTracks);
+    auto* button = shown.window->findChild<QWidget*>("m_trackButton");
+    QTest::mouseClick(button, Qt::LeftButton);
+    QCOMPARE(asked.value(0).value(0).value<QWidget*>(), button);
 }
 
 void TestTranscriptWindow::hiddenClipsTakeNoRoom()
