@@ -19,6 +19,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QTextBlock>
 #include <QToolButton>
 
 #include <algorithm>
@@ -29,6 +30,17 @@ namespace desk::app
 namespace
 {
 constexpr int recognitionAtMost = 5 * 60 * 1000;
+
+int countOfBoldWords(const STT_TranscriptManagerWindow& window)
+{
+    int words = 0;
+    const QTextDocument* document = window.getTranscriptTextEdit()->document();
+    for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
+        for (auto at = block.begin(); !at.atEnd(); ++at)
+            words += at.fragment().charFormat().fontWeight() > QFont::Normal;
+    }
+    return words;
+}
 
 /// The missing clip's button, once it stands in the window.
 QPushButton* transcribeButton(const STT_TranscriptManagerWindow& window)
@@ -50,12 +62,30 @@ Status Walk::openTranscript()
     return shown ? m_hand->shoot(QStringLiteral("transcript-nothing-loaded")) : shown;
 }
 
+/// Without the lines of such clips nothing is left to be shown.
+Status Walk::hideMissingClips()
+{
+    const QList<QAction*> actions = transcript().findChild<QMenu*>()->actions();
+    const auto found = std::find_if(actions.begin(), actions.end(), [](const QAction* action) {
+        return action->text() == QLatin1String("Show Not Transcribed");
+    });
+    if (found == actions.end())
+        return expect(false, QStringLiteral("hiding what is not transcribed"));
+    (*found)->trigger();
+    Status pictured = m_hand->shoot(QStringLiteral("transcript-empty"));
+    (*found)->trigger();
+    Hand::waitFor([this] { return transcribeButton(transcript()) != nullptr; });
+    return pictured;
+}
+
 Status Walk::transcribeClip()
 {
     m_window->action(QStringLiteral("clearMarks"))->trigger();
     if (!Hand::waitFor([this] { return transcribeButton(transcript()) != nullptr; }))
         return expect(false, QStringLiteral("offering to transcribe the clip"));
     Status pictured = m_hand->shoot(QStringLiteral("not-transcribed"));
+    if (pictured)
+        pictured = hideMissingClips();
     auto& store = m_host->transcripts().store();
     const auto count = [&](speech::ClipState::Stage stage) { return store.clips(stage).size(); };
     Hand::click(transcribeButton(transcript()));
@@ -133,10 +163,13 @@ Status Walk::transcribeTimeline()
 {
     m_window->action(QStringLiteral("switchTranscript"))->trigger();
     media::Player& player = m_window->monitor(MonitorPane::Kind::Record).player();
-    player.seek(player.frames() - 12);
     Hand::waitFor([this] { return transcript().entryWidgets().size() > 2; });
-    const QString bold = transcript().getBoldedCursor().selectedText();
-    Status shown = expect(!bold.isEmpty() && transcribeButton(transcript()) != nullptr,
+    qint64 frame = player.frames();
+    do
+        player.seek(--frame);
+    while (frame > 0 && countOfBoldWords(transcript()) < 2);
+    Hand::waitFor([&] { return player.picture() && player.picture()->frame == frame; });
+    Status shown = expect(countOfBoldWords(transcript()) == 2 && transcribeButton(transcript()) != nullptr,
                           QStringLiteral("showing the transcript of a timeline"));
     return shown ? m_hand->shoot(QStringLiteral("transcript-of-a-timeline")) : shown;
 }
@@ -146,8 +179,10 @@ Status Walk::failToTranscribe()
 {
     QFile::remove(secondMedia());
     Hand::click(transcribeButton(transcript()));
-    auto& store = m_host->transcripts().store();
-    const bool failed = Hand::waitFor([&] { return store.clips(speech::ClipState::Stage::Failed).size() == 1; });
+    const bool failed = Hand::waitFor([this] {
+        const auto clips = transcript().missingWidgets();
+        return !clips.isEmpty() && clips.first()->clip().state == STT_Transcription::Failed;
+    });
     Status told = expect(failed, QStringLiteral("telling that a clip's file is gone"));
     Status pictured = m_hand->shoot(QStringLiteral("transcription-failed"));
     QFile::copy(m_request.media, secondMedia());

@@ -64,6 +64,7 @@ private:
     Status watchTimeline();
     Status openTranscript();
     Status transcribeClip();
+    Status hideMissingClips();
     Status followTranscript();
     Status searchTranscript();
     Status nameSpeaker();

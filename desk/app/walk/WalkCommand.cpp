@@ -66,8 +66,8 @@ int walkFromTheStart(Walk& walk, const WalkRequest& request)
     const int code = goOn(request, "--continue", walk.nextPicture());
     if (code != exitCode::success || request.pictures.isEmpty())
         return code;
-    const int larger = goOn(request, "--look", walk.nextPicture() + 1, "1.5");
-    return larger == exitCode::success ? goOn(request, "--look", walk.nextPicture() + 3, "2") : larger;
+    const int larger = goOn(request, "--look", walk.nextPicture() + 2, "1.5");
+    return larger == exitCode::success ? goOn(request, "--look", walk.nextPicture() + 4, "2") : larger;
 }
 } // namespace
 
