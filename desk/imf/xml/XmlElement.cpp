@@ -1,5 +1,7 @@
 #include "desk/imf/xml/XmlElement.h"
 
+#include "desk/imf/xml/XmlInput.h"
+
 #include <QHash>
 #include <QMap>
 #include <QRegularExpression>
@@ -14,17 +16,11 @@ const QLatin1String schemaInstance("http://www.w3.org/2001/XMLSchema-instance");
 
 using Scope = QHash<QString, QString>;
 
-Error refusal(const QString& file, qint64 line, const QString& what)
-{
-    const QString where = line > 0 ? QStringLiteral("line %1").arg(line) : QString();
-    return {file, {}, where, what, QStringLiteral("ask for a sound copy of the file")};
-}
-
 /// Builds the tree without recursion; `open` holds the elements whose end has not come yet.
 class TreeBuilder
 {
 public:
-    TreeBuilder(const QByteArray& xml, const QString& file, const XmlLimits& limits)
+    TreeBuilder(const QString& xml, const QString& file, const XmlLimits& limits)
         : m_reader(xml), m_file(file), m_limits(limits)
     {
     }
@@ -34,10 +30,10 @@ public:
         while (!m_reader.atEnd()) {
             const QString wrong = take(m_reader.readNext());
             if (!wrong.isEmpty())
-                return refusal(m_file, m_reader.lineNumber(), wrong);
+                return xmlRefusal(m_file, m_reader.lineNumber(), wrong);
         }
         if (m_reader.hasError())
-            return refusal(m_file, m_reader.lineNumber(), complaint());
+            return xmlRefusal(m_file, m_reader.lineNumber(), complaint());
         return std::move(m_root);
     }
 
@@ -46,8 +42,6 @@ private:
     QString take(QXmlStreamReader::TokenType token)
     {
         switch (token) {
-        case QXmlStreamReader::DTD:
-            return QStringLiteral("the document has a document type declaration, which is not accepted");
         case QXmlStreamReader::EntityReference:
             return QStringLiteral("the document refers to an entity, which is not accepted");
         case QXmlStreamReader::StartElement:
@@ -79,8 +73,6 @@ private:
         for (const QXmlStreamNamespaceDeclaration& one : declarations)
             scope.insert(one.prefix().toString(), one.namespaceUri().toString());
         const QXmlStreamAttributes attributes = m_reader.attributes();
-        if (attributes.size() > m_limits.attributes)
-            return QStringLiteral("an element has more than %1 attributes").arg(m_limits.attributes);
         for (const QXmlStreamAttribute& one : attributes) {
             if (one.value().size() > m_limits.attributeLength)
                 return QStringLiteral("an attribute is longer than %1 characters").arg(m_limits.attributeLength);
@@ -264,22 +256,17 @@ QString XmlElement::attribute(const QString& local) const
 
 Result<XmlElement> parseXml(const QByteArray& xml, const QString& fileName, const XmlLimits& limits)
 {
-    if (xml.trimmed().isEmpty())
-        return refusal(fileName, 0, QStringLiteral("the file is empty"));
-    if (xml.size() > limits.bytes)
-        return refusal(fileName, 0, QStringLiteral("the file is larger than %1 bytes").arg(limits.bytes));
-    return TreeBuilder(xml, fileName, limits).build();
+    const Result<QString> text = xmlInput(xml, fileName, limits);
+    return text ? TreeBuilder(*text, fileName, limits).build() : Result<XmlElement>(text.error());
 }
 
 Result<QString> rootName(const QByteArray& xml, const QString& fileName)
 {
-    QXmlStreamReader reader(xml);
+    const Result<QString> text = xmlInput(xml, fileName, {});
+    QXmlStreamReader reader(text ? *text : QString());
     while (!reader.atEnd()) {
-        const QXmlStreamReader::TokenType token = reader.readNext();
-        if (token == QXmlStreamReader::StartElement)
+        if (reader.readNext() == QXmlStreamReader::StartElement)
             return reader.name().toString();
-        if (token == QXmlStreamReader::DTD)
-            break;
     }
     const Result<XmlElement> whole = parseXml(xml, fileName);
     return whole ? Result<QString>(whole->name) : Result<QString>(whole.error());

@@ -224,9 +224,10 @@ private slots:
     {
         const support::Rows<QByteArray, QString> row;
         const QByteArray entities = "<!DOCTYPE r [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;\">]>";
-        QByteArray manyAttributes = "<CompositionPlaylist";
-        for (int i = 0; i < 5000; ++i)
-            manyAttributes += " a" + QByteArray::number(i) + "=\"\"";
+        QByteArray many;
+        for (int i = 0; i < 200000; ++i)
+            many += " a" + QByteArray::number(i) + "=\"\"";
+        const QByteArray crowded = "<CompositionPlaylist" + many + "/>";
         row("empty", QByteArray(), "the file is empty");
         row("not XML", QByteArray("\x89PNG\r\n\x1a\n"), "not well-formed");
         row("cut", smallComposition().chopped(5), "not well-formed");
@@ -236,7 +237,10 @@ private slots:
         row("deep", nested(1000000), "nested more than");
         row("deep inside", smallComposition(nested(100)), "nested more than");
         row("wide", smallComposition(QByteArray("<a/>").repeated(1000000)), "elements");
-        row("attributes", manyAttributes + "/>", "attributes");
+        row("attributes", crowded, "attributes");
+        row("attributes behind a quote", "<!--'--><?a '?>" + crowded, "attributes");
+        row("listed attributes", "<!DOCTYPE a [<!ATTLIST a" + many.replace("=", " CDATA ") + ">]><a/>",
+            "document type");
         row("long attribute", smallComposition("<Creator language=\"" + QByteArray(2 << 20, 'e') + "\"/>"),
             "attribute is longer");
         row("broken UTF-8", smallComposition("<Creator>\xff\xfe</Creator>"), "not well-formed");
