@@ -67,6 +67,19 @@ Error occupied(const QString& folder)
             QStringLiteral("choose another name or another place")};
 }
 
+/// The delivery in whose folder this one would be made: it would be taken for a part of it. Empty where there is none.
+QString deliveryAbove(const QString& folder)
+{
+    QString above = QFileInfo(folder).path();
+    while (!imf::isDelivery(above)) {
+        const QString next = QFileInfo(above).path();
+        if (next == above)
+            return {};
+        above = next;
+    }
+    return above;
+}
+
 /// Packages that the tree does not name come last, in their own order.
 void sortPackages(imf::Delivery& delivery, QStringList names)
 {
@@ -311,6 +324,10 @@ Status PackageOutput::checkTarget(const QString& folder, const Entry& entry) con
     if (!parent.isWritable())
         return fail(QStringLiteral("nothing can be written to the folder"),
                     QStringLiteral("change its rights or choose another"));
+    const QString above = deliveryAbove(folder);
+    if (!above.isEmpty())
+        return fail(QStringLiteral("a delivery cannot be made inside another one, which is %1").arg(above),
+                    QStringLiteral("choose a folder outside of it"));
     return {};
 }
 
@@ -396,10 +413,8 @@ void PackageOutput::setItemPath(IMFO_Error_t& error, const IMFO_ItemInfo& item, 
     error = outcome(target);
     if (!target)
         return;
-    // A delivery inside another one's folder would be taken for a part of it.
-    const bool insideAnother = parent != entry.parent && imf::isDelivery(parent);
-    if (insideAnother || (folder != entry.folder && isOccupied(folder))) {
-        error = failure(occupied(insideAnother ? parent : folder), IMFO_Error_t::ItemExists);
+    if (folder != entry.folder && isOccupied(folder)) {
+        error = failure(occupied(folder), IMFO_Error_t::ItemExists);
         return;
     }
     entry.parent = actualPath = parent;

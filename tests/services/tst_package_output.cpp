@@ -247,6 +247,10 @@ private slots:
         QCOMPARE(error.code(), quint8(IMFO_Bridge::Error::ItemExists));
         m_output->setItemPath(error, info, m_folder->filePath(QStringLiteral("nowhere")), actual);
         QVERIFY(error.isError() && error.code() != IMFO_Bridge::Error::ItemExists);
+        QVERIFY(QDir(m_folder->path()).mkpath(QStringLiteral("film/extras")));
+        QVERIFY(QFile(m_folder->filePath(QStringLiteral("film/ASSETMAP.xml"))).open(QIODevice::WriteOnly));
+        m_output->setItemPath(error, info, m_folder->filePath(QStringLiteral("film/extras")), actual);
+        QVERIFY2(error.message().contains(QLatin1String("inside another one")), qPrintable(error.message()));
         QVERIFY(actual.isEmpty());
         m_output->setItemPath(error, info, m_folder->path() + QStringLiteral("/other/../"), actual);
         QVERIFY2(!error.isError(), qPrintable(error.message()));
