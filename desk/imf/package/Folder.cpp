@@ -43,8 +43,11 @@ QString canonicalFolder(const QString& folder)
 Status checkFolder(const QString& folder)
 {
     const QFileInfo facts(folder);
-    if (facts.isDir())
+    if (facts.isDir() && facts.isReadable() && facts.isExecutable())
         return {};
+    if (facts.isDir())
+        return Error{
+            folder, {}, {}, QStringLiteral("the folder may not be read"), QStringLiteral("change its permissions")};
     if (folder.isEmpty())
         return Error{
             {}, {}, {}, QStringLiteral("no folder is named"), QStringLiteral("name the folder of an IMF delivery")};
