@@ -5,6 +5,7 @@
 #include <QByteArray>
 
 #include <algorithm>
+#include <cstdlib>
 #include <optional>
 
 namespace desk::media
@@ -39,7 +40,8 @@ private:
     Times timesFromPackets();
     Status timesFromPictures(Times& times);
     Status findFirst();
-    bool isCutInDecodingOrder(const Times& times, qint64 misfit);
+    std::optional<qint64> framesBeforeCut(const Times& times, qint64 misfit);
+    bool areOnGrid(const Times& times, qint64 from) const;
     Status adopt(const Times& times);
     Status checkEnd(qint64 cut);
     qint64 promised() const;
@@ -60,11 +62,12 @@ private:
 Error Indexer::cutError(qint64 promised, qint64 held) const
 {
     const QString what =
-        held > 0 ? QStringLiteral("the file is cut: of %1 frames it holds %2, the last good one is frame %3")
-                       .arg(promised)
-                       .arg(held)
-                       .arg(held - 1)
-                 : QStringLiteral("the file is cut: of %1 frames it holds none").arg(promised);
+        held == 0       ? QStringLiteral("the file is cut: of %1 frames it holds none").arg(promised)
+        : promised == 0 ? QStringLiteral("the file is cut: the last good frame is frame %1").arg(held - 1)
+                        : QStringLiteral("the file is cut: of %1 frames it holds %2, the last good one is frame %3")
+                              .arg(promised)
+                              .arg(held)
+                              .arg(held - 1);
     return {m_path, QStringLiteral("picture"), {}, what, QStringLiteral("copy or render the file again")};
 }
 
@@ -171,25 +174,37 @@ Status Indexer::findFirst()
     return {};
 }
 
-/// Pictures that are stored before others that are shown earlier leave gaps in front of a cut. Takes the declared rate.
-bool Indexer::isCutInDecodingOrder(const Times& times, qint64 misfit)
+/// Pictures that are stored before others that are shown earlier leave gaps in front of a cut: how many pictures there
+/// were before it, 0 where nothing tells; no number where there is no such cut. Takes the declared rate.
+std::optional<qint64> Indexer::framesBeforeCut(const Times& times, qint64 misfit)
 {
     constexpr qint64 deepest = 17; // pictures that the usual codecs reorder at most
+    const auto held = qint64(times.ascending.size());
     const std::vector<Rational> declared = declaredRates();
-    if (m_stream.codecpar->video_delay <= 0 || declared.empty() || misfit < qint64(times.ascending.size()) - deepest)
-        return false;
+    if (m_stream.codecpar->video_delay <= 0 || declared.empty() || misfit < held - deepest)
+        return {};
     m_index.rate = declared.front();
     m_index.first = times.ascending.front();
-    return promised() > qint64(times.ascending.size());
+    const qint64 told = promised();
+    if (told > 0 || !startsWith("mpeg"))
+        return told > held ? std::optional(told) : std::nullopt;
+    return areOnGrid(times, misfit) ? std::optional(0) : std::nullopt;
+}
+
+bool Indexer::areOnGrid(const Times& times, qint64 from) const
+{
+    return std::all_of(times.ascending.begin() + from, times.ascending.end(),
+                       [this](qint64 time) { return std::abs(m_index.timeOf(m_index.numberOf(time)) - time) <= 1; });
 }
 
 /// Takes rate and length from times that pictures are known to have.
 Status Indexer::adopt(const Times& times)
 {
     const RateFit fit = fitRate(times.ascending, m_index.timeBase, declaredRates());
-    if (fit.firstMisfit >= 0)
-        return isCutInDecodingOrder(times, fit.firstMisfit) ? cutError(promised(), fit.firstMisfit)
-                                                            : rateError(fit.firstMisfit);
+    if (fit.firstMisfit >= 0) {
+        const std::optional<qint64> whole = framesBeforeCut(times, fit.firstMisfit);
+        return whole ? cutError(*whole, fit.firstMisfit) : rateError(fit.firstMisfit);
+    }
     m_index.rate = fit.rate;
     m_index.frames = qint64(times.ascending.size());
     return {};

@@ -205,6 +205,25 @@ private slots:
         QCOMPARE(match.captured(3).toInt(), match.captured(2).toInt() - 1);
     }
 
+    /// A stream does not tell how long it was, and in front of a cut it lacks frames between those that it has.
+    void aCutStreamHasNoVariableRate()
+    {
+        const QString file = QStringLiteral("cut.ts");
+        QVERIFY(m_maker.ffmpeg(QStringLiteral("-i @numbers.nut -c:v mpeg2video -g 12 -bf 2 @") + file));
+        const QByteArray whole = m_maker.bytes(file);
+        int cuts = 0;
+        for (int percent = 40; percent < 80; percent += 4) {
+            m_maker.write(file, whole.left(whole.size() * percent / 100));
+            const Result<Sequence> opened = openSequence(m_maker.path(file));
+            if (opened)
+                continue;
+            QVERIFY2(opened.error().what.startsWith(QLatin1String("the file is cut: ")),
+                     qPrintable(opened.error().sentence()));
+            ++cuts;
+        }
+        QVERIFY(cuts > 0);
+    }
+
     /// Random damage anywhere: the file opens or is refused with a whole sentence; frames and samples come or are
     /// refused.
     void damagedBytesNeverCrash()
