@@ -10,6 +10,7 @@
 #include "StratacutUI/ImfDict.h"
 #include "ViewDeckQt/ManagedMessageBox.h"
 #include "desk/media/Sequence.h"
+#include "desk/services/AbsentWork.h"
 #include "desk/services/AudioMapping.h"
 #include "desk/services/FolderName.h"
 #include "desk/services/MediaEngine.h"
@@ -98,6 +99,7 @@ Status ExportSession::installHost()
     m_model = std::make_unique<IMF_PackageMgrQtModel>();
     m_output.follow(m_model.get());
     m_model->initialize(&m_output, std::move(settings));
+    services::keepAbsentWork(*m_settings, *m_model);
     tell(m_output.removeLeftovers());
     // What saved work says about itself is no failure of this export.
     tell(std::exchange(m_messages, {}));

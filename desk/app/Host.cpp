@@ -3,6 +3,7 @@
 #include "StratacutUI/IMF_Bridges.h"
 #include "StratacutUI/IMF_Controller.h"
 #include "desk/app/SoundDefaults.h"
+#include "desk/services/AbsentWork.h"
 #include "desk/services/MediaEngine.h"
 #include "desk/services/SettingsStorage.h"
 #include "desk/services/TranscriptService.h"
@@ -30,6 +31,7 @@ void Host::load()
     m_model = std::make_unique<IMF_PackageMgrQtModel>();
     m_output.follow(m_model.get());
     m_model->initialize(&m_output, std::move(settings));
+    services::keepAbsentWork(*m_settings, *m_model);
     m_notices += m_output.removeLeftovers();
 }
 
@@ -40,6 +42,11 @@ Status Host::save()
     if (notices.isEmpty())
         return {};
     return Error{{}, {}, {}, notices.join(QLatin1Char(' ')), {}};
+}
+
+bool Host::forget(const QString& folder)
+{
+    return services::forgetAbsentWork(*m_settings, folder);
 }
 
 services::TranscriptService& Host::transcripts()

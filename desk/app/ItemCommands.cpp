@@ -241,8 +241,11 @@ int runRemove(const QCommandLineParser& parser, const QStringList& arguments)
 {
     if (arguments.size() != 1)
         return usage(QStringLiteral("name one item"));
-    return onItem(parser, arguments[0], [](ItemSession& session, const QModelIndex& item) {
-        session.host().controller().onRemoveIMFItem(item);
+    return ItemSession(parser).run([&](ItemSession& session) -> Status {
+        const auto found = session.find(arguments[0]);
+        if (!found)
+            return session.host().forget(arguments[0]) ? Status() : Status(found.error());
+        session.host().controller().onRemoveIMFItem(*found);
         return session.said();
     });
 }

@@ -35,13 +35,39 @@ boost::optional<QJsonArray> SettingsStorage::get(const char* key)
 void SettingsStorage::set(const char* key, const QJsonArray& value)
 {
     const QLatin1String name(key);
-    if (m_values.value(name) == QJsonValue(value))
+    QJsonArray stored = value;
+    const QJsonArray keptEntries = kept(key);
+    for (const QJsonValue& entry : keptEntries) {
+        if (value.contains(entry))
+            letGo(key, entry);
+        else
+            stored.append(entry);
+    }
+    if (m_values.value(name) == QJsonValue(stored))
         return;
     keepPrevious();
-    m_values.insert(name, value);
+    m_values.insert(name, stored);
     const Status saved = save();
     if (!saved)
         m_notices += saved.error().sentence();
+}
+
+void SettingsStorage::keep(const char* key, const QJsonArray& entries)
+{
+    for (const QJsonValue& entry : entries)
+        m_kept[QLatin1String(key)].append(entry);
+}
+
+bool SettingsStorage::letGo(const char* key, const QJsonValue& entry)
+{
+    QJsonArray& entries = m_kept[QLatin1String(key)];
+    for (int i = 0; i < entries.size(); ++i) {
+        if (entries.at(i) == entry) {
+            entries.removeAt(i);
+            return true;
+        }
+    }
+    return false;
 }
 
 void SettingsStorage::load()

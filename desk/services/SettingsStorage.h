@@ -3,6 +3,7 @@
 #include "StratacutUI/ISettingsStorage.h"
 #include "desk/base/Result.h"
 
+#include <QHash>
 #include <QJsonObject>
 #include <QString>
 #include <QStringList>
@@ -30,6 +31,15 @@ public:
     /// A failure to write becomes a notice; the value then lives for this run only.
     void set(const char* key, const QJsonArray& value) override;
 
+    /// Entries of this key that are not to be lost though the next set() does not know of them: it stores them behind
+    /// its own. One that it stores itself is kept no longer.
+    void keep(const char* key, const QJsonArray& entries);
+
+    QJsonArray kept(const char* key) const { return m_kept.value(QLatin1String(key)); }
+
+    /// The next set() leaves the entry out; false when it was not kept.
+    bool letGo(const char* key, const QJsonValue& entry);
+
 private:
     void load();
     void setAside(const QString& reason);
@@ -38,6 +48,7 @@ private:
 
     QString m_file;
     QJsonObject m_values;
+    QHash<QString, QJsonArray> m_kept;
     QStringList m_notices;
     bool m_previousKept = false;
 };

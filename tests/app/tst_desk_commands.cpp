@@ -161,6 +161,26 @@ private slots:
                               "3  IMF Supplemental \"Three\", not written", "3.1  IMP \"IMP of Three\", not written"}));
     }
 
+    void workInADeliveryThatIsAwayIsKept()
+    {
+        const QString folder = path(QStringLiteral("Harbour"));
+        const QString away = path(QStringLiteral("away"));
+        done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()});
+        done({"add", "1.1", m_clip});
+        QCOMPARE(done({"commit", "1"}), folder);
+        done({"new", "imp", "Extra", "--in", "Harbour"});
+        QVERIFY(QDir().rename(folder, away));
+        for (const char* name : {"1", "2"})
+            QCOMPARE(done({"new", "original", QLatin1String("Other ") + name, "--to", m_folder->path()}), name);
+        QVERIFY(QDir().rename(away, folder));
+        QCOMPARE(listed().filter(QStringLiteral("Extra")).size(), 1);
+        QVERIFY(QDir().rename(folder, away));
+        QCOMPARE(done({"remove", folder}), "");
+        QCOMPARE(done({"remove", folder}).at(0), '!');
+        QVERIFY(QDir().rename(away, folder));
+        QCOMPARE(listed().size(), 4);
+    }
+
     void whatACrashHasLeftGoesAtTheNextStart()
     {
         done({"new", "original", "Harbour", "--imp", "Main", "--to", m_folder->path()});
