@@ -110,6 +110,9 @@ Result<qint64> compositionFrames(qint64 frames, Rational rate, Padding padding, 
         return frames;
     if (padding == Padding::BlackAndSilence)
         return frames + multiple - over;
+    QString next = QStringLiteral("have %1 frames of black and silence added (--pad)").arg(multiple - over);
+    if (frames > over)
+        next = QStringLiteral("trim it to %1 frames, or %2").arg(frames - over).arg(next);
     return Error{
         media,
         {},
@@ -118,9 +121,7 @@ Result<qint64> compositionFrames(qint64 frames, Rational rate, Padding padding, 
             .arg(frames)
             .arg(words::frameRate(rate))
             .arg(multiple),
-        QStringLiteral("trim it to %1 frames, or have %2 frames of black and silence added (--pad)")
-            .arg(frames - over)
-            .arg(multiple - over)};
+        next};
 }
 
 /// The state of one run: what the three threads share.
