@@ -442,7 +442,7 @@ private slots:
         support::FolderAnswer taken(path(QStringLiteral("elsewhere")));
         ModalAnswer again(QMessageBox::Cancel);
         trigger("chooseFolder");
-        QCOMPARE(refused.text, "Second already exists at path:\n" + path("There") + "\n\n\tPlease choose a new path");
+        QVERIFY2(refused.text.contains(path("There") + ": a delivery cannot be made inside"), qPrintable(refused.text));
         QVERIFY2(again.text.contains(path("elsewhere")), qPrintable(again.text));
         QCOMPARE(made.data(Model::PathRole).toString(), path(QStringLiteral("Second")));
     }
