@@ -271,8 +271,12 @@ void Player::notePicture()
         return;
     const double due = double(std::abs(m_picture->frame - m_origin)) / (m_rate.toDouble() * std::abs(m_speed));
     const double late = elapsed() - due;
+    const qint64 dropped = m_pictures->dropped();
+    // Shuttling leaves pictures out anyway.
+    if (std::abs(m_speed) == 1 && (dropped > m_statistics.dropped || late * m_rate.toDouble() > 1))
+        Playing::fallBehind();
     m_statistics.shown += 1;
-    m_statistics.dropped = m_pictures->dropped();
+    m_statistics.dropped = dropped;
     m_statistics.latest = std::max(m_statistics.latest, late);
     m_statistics.lateness += late;
 }

@@ -1,6 +1,7 @@
 #include "desk/media/Playing.h"
 
 #include <atomic>
+#include <chrono>
 
 namespace desk::media
 {
@@ -8,7 +9,12 @@ namespace desk::media
 namespace
 {
 
+using Clock = std::chrono::steady_clock;
+
+constexpr Clock::duration patience = std::chrono::seconds(2);
+
 std::atomic<int> count{0};
+std::atomic<Clock::rep> behindUntil{0};
 
 } // namespace
 
@@ -25,6 +31,16 @@ Playing::~Playing()
 bool Playing::isGoingOn()
 {
     return count > 0;
+}
+
+void Playing::fallBehind()
+{
+    behindUntil = (Clock::now() + patience).time_since_epoch().count();
+}
+
+bool Playing::isBehind()
+{
+    return Clock::now().time_since_epoch().count() < behindUntil;
 }
 
 } // namespace desk::media

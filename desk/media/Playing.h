@@ -15,6 +15,11 @@ public:
 
     /// Whether one lives in this process.
     static bool isGoingOn();
+
+    /// What is watched could not keep up just now.
+    static void fallBehind();
+    /// Whether that was less than two seconds ago.
+    static bool isBehind();
 };
 
 } // namespace desk::media

@@ -1,11 +1,9 @@
 #include "desk/services/CommitQueue.h"
 
+#include "desk/base/LowPriority.h"
+
 #include <QDir>
 #include <QElapsedTimer>
-
-#ifdef Q_OS_LINUX
-#include <sys/resource.h>
-#endif
 
 namespace desk::services
 {
@@ -40,18 +38,6 @@ private:
     QElapsedTimer m_timer;
     qint64 m_reported = 0;
 };
-
-namespace
-{
-/// Of the calling thread, and of those that it starts: all that encode and decode for it.
-void lowerPriority()
-{
-#ifdef Q_OS_LINUX
-    constexpr int nice = 5;
-    setpriority(PRIO_PROCESS, 0, nice);
-#endif
-}
-} // namespace
 
 struct CommitQueue::Job {
     CommitPlan plan;
@@ -116,8 +102,9 @@ void CommitQueue::loop()
                 return;
             job = m_jobs.front();
         }
+        // With it, of all threads that decode, encode and mix for this one.
         if (m_yields)
-            lowerPriority();
+            lowerPriority(5);
         const IMFO_Bridge::Error outcome = run(*job);
         {
             // Before the completion: whoever hears of it may start the next commit of the same delivery at once.

@@ -34,6 +34,13 @@ imf::Picture black(const imf::PictureFormat& format)
     return picture;
 }
 
+imf::J2kEncoderPool::Pace besidePlayback()
+{
+    using Pace = imf::J2kEncoderPool::Pace;
+    using media::Playing;
+    return !Playing::isGoingOn() ? Pace::Full : Playing::isBehind() ? Pace::Pause : Pace::Spare;
+}
+
 /// Frames of the output, of which each shows the frame of the sequence that is on at its start.
 class PictureSource
 {
@@ -228,11 +235,7 @@ Result<imf::TrackFileInfo> ExportJob::Work::writePicture(const QString& path)
     auto writer = imf::PictureTrackWriter::create({path, {}, frames}, format, profile);
     if (!writer)
         return writer.error();
-    // Of few cores none can be left free: the encoders wait.
-    const auto beside = [](int workers) {
-        return !media::Playing::isGoingOn() ? workers : workers > 2 ? workers - 1 : 0;
-    };
-    imf::J2kEncoderPool pool(format, profile, 0, beside);
+    imf::J2kEncoderPool pool(format, profile, 0, besidePlayback);
     auto feeding = std::async(std::launch::async, [this, &pool] {
         Status fed = feed(pool);
         if (!fed)

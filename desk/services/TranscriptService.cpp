@@ -1,11 +1,10 @@
 #include "desk/services/TranscriptService.h"
 
+#include "desk/base/LowPriority.h"
 #include "desk/services/SpeechSound.h"
 #include "desk/services/TranscriptExport.h"
 
 #include <QDir>
-
-#include <sys/resource.h>
 
 namespace desk::services
 {
@@ -24,8 +23,7 @@ speech::Transcriber::RecogniserMaker makerOf(const speech::RecogniserSettings& s
 {
     return [settings] {
         // The maker is called on the recogniser's thread, whose priority is its own.
-        constexpr int nice = 10;
-        setpriority(PRIO_PROCESS, 0, nice);
+        lowerPriority(10);
         return speech::makeRecogniser(settings);
     };
 }

@@ -170,19 +170,20 @@ private slots:
 
     void thePoolKeepsTheOrder_data()
     {
-        QTest::addColumn<bool>("shrinks");
+        QTest::addColumn<bool>("changes");
         QTest::newRow("all at work") << false;
-        QTest::newRow("told to leave off on the way, and to go on") << true;
+        QTest::newRow("now at full pace, now on spare time, now not at all") << true;
     }
 
     void thePoolKeepsTheOrder()
     {
-        QFETCH(bool, shrinks);
+        QFETCH(bool, changes);
         const PictureFormat picture = tinytracks::format();
         const auto profile = chooseProfile(picture, {Mode::Reversible, 0});
         std::atomic<int> asked{0};
-        const auto allowance = [&](int workers) { return shrinks && ++asked % 8 < 4 ? 0 : workers; };
-        J2kEncoderPool pool(picture, *profile, 3, allowance);
+        using Pace = J2kEncoderPool::Pace;
+        const auto pace = [&] { return Pace(changes ? ++asked / 4 % 3 : 0); };
+        J2kEncoderPool pool(picture, *profile, 3, pace);
         std::thread producer([&] {
             for (int n = 0; n < 20; ++n) {
                 const Status status = pool.push(tinytracks::picture(picture, n));

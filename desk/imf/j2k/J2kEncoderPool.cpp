@@ -1,5 +1,6 @@
 #include "desk/imf/j2k/J2kEncoderPool.h"
 
+#include "desk/base/LowPriority.h"
 #include "desk/imf/j2k/J2kEncoder.h"
 
 #include <algorithm>
@@ -23,8 +24,8 @@ struct Frame {
     std::optional<Result<QByteArray>> outcome;
 };
 
-/// Nobody tells when an allowance grows.
-constexpr auto allowanceInterval = std::chrono::milliseconds(100);
+/// Nobody tells when the pace changes.
+constexpr auto paceInterval = std::chrono::milliseconds(100);
 
 Error cancelled()
 {
@@ -36,7 +37,9 @@ Error cancelled()
 struct J2kEncoderPool::State {
     PictureFormat format;
     J2kProfile profile;
-    Allowance allowance;
+    PaceNow pace;
+    /// Frames that are encoded at a time.
+    int width = 0;
     int capacity = 0;
 
     mutable std::mutex mutex;
@@ -50,15 +53,12 @@ struct J2kEncoderPool::State {
     int busy = 0;
     bool ended = false;
     std::optional<Error> failed;
+    /// A crew of threads for each pace, since a thread that has stepped back may not step forward again.
     std::vector<std::thread> workers;
 
     bool full() const { return frames.size() >= std::size_t(capacity); }
 
-    bool mayBegin() const
-    {
-        const int count = int(workers.size());
-        return busy < (allowance ? allowance(count) : count);
-    }
+    bool mayBegin(Pace crew) const { return busy < width && (pace ? pace() : Pace::Full) == crew; }
 
     void fail(const Error& error)
     {
@@ -68,15 +68,17 @@ struct J2kEncoderPool::State {
             waiting->notify_all();
     }
 
-    void work();
+    void work(Pace crew);
 };
 
-void J2kEncoderPool::State::work()
+void J2kEncoderPool::State::work(Pace crew)
 {
+    if (crew == Pace::Spare)
+        runOnSpareTime();
     std::unique_lock lock(mutex);
     for (;;) {
-        const auto isDue = [this] { return failed || (begun < frames.size() ? mayBegin() : ended); };
-        while (!workAdded.wait_for(lock, allowanceInterval, isDue)) {
+        const auto isDue = [this, crew] { return failed || (begun < frames.size() ? mayBegin(crew) : ended); };
+        while (!workAdded.wait_for(lock, paceInterval, isDue)) {
         }
         if (failed || begun >= frames.size())
             return;
@@ -90,21 +92,24 @@ void J2kEncoderPool::State::work()
         frame.done = true;
         --busy;
         frameDone.notify_all();
-        workAdded.notify_one();
+        workAdded.notify_all();
     }
 }
 
-J2kEncoderPool::J2kEncoderPool(const PictureFormat& format, const J2kProfile& profile, int workers, Allowance allowance)
+J2kEncoderPool::J2kEncoderPool(const PictureFormat& format, const J2kProfile& profile, int workers, PaceNow pace)
     : m_state(std::make_unique<State>())
 {
-    const int count = workers > 0 ? workers : std::max(1, int(std::thread::hardware_concurrency()));
-    m_state->format = format;
-    m_state->profile = profile;
-    m_state->allowance = std::move(allowance);
-    m_state->capacity = 2 * count;
-    const std::lock_guard lock(m_state->mutex);
-    for (int i = 0; i < count; ++i)
-        m_state->workers.emplace_back([state = m_state.get()] { state->work(); });
+    State& state = *m_state;
+    state.format = format;
+    state.profile = profile;
+    state.pace = std::move(pace);
+    state.width = workers > 0 ? workers : std::max(1, int(std::thread::hardware_concurrency()));
+    state.capacity = 2 * state.width;
+    for (int i = 0; i < state.width; ++i) {
+        state.workers.emplace_back([&state] { state.work(Pace::Full); });
+        if (state.pace)
+            state.workers.emplace_back([&state] { state.work(Pace::Spare); });
+    }
 }
 
 J2kEncoderPool::~J2kEncoderPool()
@@ -133,7 +138,7 @@ Status J2kEncoderPool::push(Picture picture)
     if (state.failed)
         return *state.failed;
     state.frames.push_back({std::move(picture), false, std::nullopt});
-    state.workAdded.notify_one();
+    state.workAdded.notify_all();
     return {};
 }
 

@@ -21,12 +21,18 @@ namespace desk::imf
 class J2kEncoderPool
 {
 public:
-    /// How many workers may be at it now, 0 to pause. Asked before each frame and some times a second in a pause, on
-    /// the workers' threads.
-    using Allowance = std::function<int(int workers)>;
+    /// How much of the processor the workers may take.
+    enum class Pace {
+        Full,
+        /// What nothing else has a use for.
+        Spare,
+        Pause
+    };
+    /// Asked before each frame, and some times a second while frames wait for it, on the workers' threads.
+    using PaceNow = std::function<Pace()>;
 
-    /// `workers` 0 means one a core. Without an allowance all of them work.
-    J2kEncoderPool(const PictureFormat& format, const J2kProfile& profile, int workers = 0, Allowance allowance = {});
+    /// `workers` 0 means one a core. Without `pace` they go at full pace.
+    J2kEncoderPool(const PictureFormat& format, const J2kProfile& profile, int workers = 0, PaceNow pace = {});
     /// Cancels and joins the workers: waits for the frames that are being encoded, not for those in the queue.
     ~J2kEncoderPool();
     J2kEncoderPool(const J2kEncoderPool&) = delete;
