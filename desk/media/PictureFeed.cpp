@@ -1,5 +1,7 @@
 #include "desk/media/PictureFeed.h"
 
+#include <QElapsedTimer>
+
 #include <algorithm>
 #include <cstdlib>
 
@@ -9,15 +11,14 @@ namespace desk::media
 namespace
 {
 
-/// Frames of a run that are decoded forwards and shown backwards: going back a frame at a time would decode a group of
-/// pictures for each.
-constexpr qint64 group = 12;
 /// Pictures that a run starts with.
 constexpr std::size_t enough = 3;
 /// Pictures that lie ready at most; backwards a group more.
 constexpr std::size_t fewest = 4;
-constexpr std::size_t most = 12;
-constexpr std::size_t mostBytes = 64 << 20;
+constexpr std::size_t most = 24;
+constexpr std::size_t mostBytes = 96 << 20;
+/// A group takes this much less time than it lasts, or becomes longer.
+constexpr double reserve = 1.5;
 
 } // namespace
 
@@ -106,15 +107,16 @@ qint64 PictureFeed::dropped() const
     return m_dropped;
 }
 
-std::size_t PictureFeed::ahead() const
+/// Pictures that there is memory for.
+std::size_t PictureFeed::room() const
 {
     const std::size_t bytes = std::size_t(m_order.box.width()) * std::size_t(m_order.box.height()) * 4;
-    return std::clamp(mostBytes / std::max<std::size_t>(1, bytes), fewest, most);
+    return std::max(mostBytes / std::max<std::size_t>(1, bytes), fewest);
 }
 
 bool PictureFeed::mayWork() const
 {
-    return m_order.open && (m_order.kind == Order::Kind::Show || m_queue.size() < ahead());
+    return m_order.open && (m_order.kind == Order::Kind::Show || m_queue.size() < std::min(room(), most));
 }
 
 /// The next picture or group; what is left of the order stays behind.
@@ -125,14 +127,19 @@ PictureFeed::Order PictureFeed::nextOrder()
         m_order.open = false;
         return next;
     }
-    // Late frames of a run are not worth decoding; the one that is due now will be late too.
-    const qint64 behind = (m_due - next.frame) * (next.step < 0 ? -1 : 1);
+    const bool backwards = next.step < 0;
+    // Late frames of a run are not worth decoding; the one that is due now will be late too, as will be those that fall
+    // due while a group is decoded.
+    const qint64 behind = (m_due - next.frame) * (backwards ? -1 : 1);
     if (behind > 0) {
-        const qint64 skipped = (behind + std::abs(next.step) - 1) / std::abs(next.step);
+        const qint64 late = (behind + std::abs(next.step) - 1) / std::abs(next.step);
+        const qint64 left = backwards ? next.frame / -next.step : late;
+        const qint64 skipped = std::min(late + (backwards ? m_groupTime : 0), left);
         m_dropped += skipped;
         next.frame += skipped * next.step;
     }
-    m_order.frame = next.frame + (next.step < 0 ? group : 1) * next.step;
+    next.count = backwards ? std::min<qint64>(m_group, qint64(room())) : 1;
+    m_order.frame = next.frame + next.count * next.step;
     m_order.open = m_order.frame >= 0 && m_order.frame < m_sequence.frames;
     return next;
 }
@@ -176,10 +183,16 @@ void PictureFeed::work(const Order& order)
     std::deque<PreviewPtr> pictures;
     const bool backwards = order.kind == Order::Kind::Run && order.step < 0;
     const qint64 stride = std::abs(order.step);
-    const qint64 more = backwards ? std::min(group - 1, order.frame / stride) : 0;
+    const qint64 more = backwards ? std::min(order.count - 1, order.frame / stride) : 0;
+    QElapsedTimer clock;
+    clock.start();
     for (qint64 frame = order.frame - more * stride; frame <= order.frame && isCurrent(order); frame += stride) {
         const PreviewPtr picture = decode(frame, order.box);
         backwards ? pictures.push_front(picture) : pictures.push_back(picture);
+    }
+    if (backwards && isCurrent(order)) {
+        m_groupTime = qint64(double(clock.nsecsElapsed()) * 1e-9 * m_sequence.frameRate.toDouble());
+        m_group = std::max(m_group, qint64(double(m_groupTime) * reserve));
     }
     place(order, std::move(pictures));
 }

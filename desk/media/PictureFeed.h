@@ -11,8 +11,8 @@
 namespace desk::media
 {
 
-/// Decodes the pictures that a player needs next on a thread of its own, up to twelve ahead; fewer for large monitors.
-/// Every call returns at once; they come from one thread.
+/// Decodes the pictures that a player needs next on a thread of its own, up to twenty-four ahead; fewer for large
+/// monitors. Every call returns at once; they come from one thread.
 class PictureFeed
 {
 public:
@@ -50,11 +50,13 @@ private:
         int step = 1;
         QSize box;
         int number = 0;
+        /// Pictures that are decoded in one go.
+        qint64 count = 1;
     };
 
     void loop();
     bool mayWork() const;
-    std::size_t ahead() const;
+    std::size_t room() const;
     Order nextOrder();
     void work(const Order& order);
     PreviewPtr decode(qint64 frame, QSize box);
@@ -67,6 +69,11 @@ private:
     FrameSource m_source;
     PreviewMaker m_maker;
     bool m_opened = false;
+    /// Pictures that are decoded forwards and shown backwards: going back one at a time would decode many for each.
+    /// Long groups of the codec make it grow.
+    qint64 m_group = 12;
+    /// How many pictures are shown while a group is decoded.
+    qint64 m_groupTime = 0;
 
     mutable std::mutex m_mutex;
     std::condition_variable m_wake;

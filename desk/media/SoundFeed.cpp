@@ -6,6 +6,7 @@
 #include <QHash>
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 
 namespace desk::media
@@ -103,9 +104,26 @@ void SoundFeed::makeGains()
                                               {"Rrs", {0, lowered}},
                                               {"Lc", {lowered, 0}},
                                               {"Rc", {0, lowered}}};
-    const float alone = m_sequence.audio.size() == 1 ? 1 : lowered;
-    for (const AudioTrackInfo& track : qAsConst(m_sequence.audio))
-        m_gains.push_back(m_sequence.audio.size() == 1 ? Gains() : places.value(track.label, {alone, alone}));
+    const QVector<AudioTrackInfo>& audio = m_sequence.audio;
+    // Many tracks at once would clip.
+    const auto placeless = std::count_if(audio.begin(), audio.end(),
+                                         [&](const AudioTrackInfo& track) { return !places.contains(track.label); });
+    const float share = 1 / std::sqrt(float(std::max<qint64>(2, placeless)));
+    for (const AudioTrackInfo& track : audio)
+        m_gains.push_back(audio.size() == 1 ? Gains() : places.value(track.label, {share, share}));
+}
+
+Status SoundFeed::open()
+{
+    if (m_reader || m_gains.empty())
+        return {};
+    QVector<int> all(m_sequence.audio.size());
+    std::iota(all.begin(), all.end(), 0);
+    auto opened = SoundReader::open(m_sequence, all);
+    if (!opened)
+        return opened.error();
+    m_reader = std::move(*opened);
+    return {};
 }
 
 /// Mixed pairs; silence where the sound cannot be read.
@@ -118,17 +136,15 @@ std::vector<float> SoundFeed::read(qint64 first, int count)
         const std::lock_guard lock(m_mutex);
         m_problem = error.sentence();
     };
-    if (!m_reader) {
-        QVector<int> all(m_sequence.audio.size());
-        std::iota(all.begin(), all.end(), 0);
-        auto opened = SoundReader::open(m_sequence, all);
-        if (!opened)
-            return fail(opened.error()), pairs;
-        m_reader = std::move(*opened);
-    }
+    const Status opened = open();
+    if (!opened)
+        return fail(opened.error()), pairs;
     const auto block = m_reader->read(first, count);
-    if (!block)
+    if (!block) {
+        // The file may be another one by now; the next portion opens it anew.
+        m_reader.reset();
         return fail(block.error()), pairs;
+    }
     for (std::size_t track = 0; track < m_gains.size(); ++track) {
         const float left = m_gains[track].left / 8388608.0F;
         const float right = m_gains[track].right / 8388608.0F;
@@ -170,6 +186,8 @@ bool SoundFeed::fill()
 void SoundFeed::loop()
 {
     makeGains();
+    // Files with many tracks take their time. What is wrong with them is told when they are to be heard.
+    (void)open();
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_wake.wait(lock, [this] { return m_ending || (m_running && m_held + portion <= capacity); });

@@ -19,7 +19,7 @@ class SoundReader;
 /// pull() comes from one thread and returns at once.
 ///
 /// All tracks sound: left and right channels on their side, centre and tracks without a place on both, the LFE channel
-/// on neither.
+/// on neither. Tracks without a place are the quieter the more of them there are.
 class SoundFeed
 {
 public:
@@ -47,6 +47,7 @@ private:
 
     void loop();
     void makeGains();
+    Status open();
     bool fill();
     std::vector<float> read(qint64 first, int count);
 

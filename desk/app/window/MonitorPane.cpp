@@ -12,7 +12,10 @@
 #include <QLabel>
 #include <QMimeData>
 #include <QPainter>
+#include <QThreadPool>
 #include <QVBoxLayout>
+
+#include <mutex>
 
 namespace desk::app
 {
@@ -83,7 +86,6 @@ MonitorPane::MonitorPane(Kind kind, std::shared_ptr<media::SoundOutput> output, 
 {
     setObjectName(kind == Kind::Source ? QStringLiteral("m_sourceMonitor") : QStringLiteral("m_recordMonitor"));
     setAcceptDrops(true);
-    m_pool.setMaxThreadCount(1);
     createWidgets();
     createButtons();
     layOut();
@@ -91,10 +93,32 @@ MonitorPane::MonitorPane(Kind kind, std::shared_ptr<media::SoundOutput> output, 
     showLoaded();
 }
 
+/// One file that is being opened, which takes its time: nobody waits for it, neither a window that closes nor the
+/// next file.
+struct MonitorPane::Opening {
+    std::mutex mutex;
+    /// Null when it is not wanted any more.
+    MonitorPane* pane = nullptr;
+
+    bool isWanted()
+    {
+        const std::lock_guard lock(mutex);
+        return pane != nullptr;
+    }
+};
+
 MonitorPane::~MonitorPane()
 {
-    m_pool.clear();
-    m_pool.waitForDone();
+    forgetOpening();
+}
+
+void MonitorPane::forgetOpening()
+{
+    const std::shared_ptr<Opening> opening = std::move(m_opening);
+    if (!opening)
+        return;
+    const std::lock_guard lock(opening->mutex);
+    opening->pane = nullptr;
 }
 
 void MonitorPane::createWidgets()
@@ -175,24 +199,30 @@ void MonitorPane::goTo(qint64 frame)
 
 void MonitorPane::open(const QString& path, const QString& name)
 {
+    forgetOpening();
     m_asked = name;
-    m_opening = true;
+    m_opening = std::make_shared<Opening>();
+    m_opening->pane = this;
     m_failure.clear();
     m_player.unload();
     showLoaded();
-    m_pool.clear();
-    m_pool.start([this, path, number = ++m_number] {
+    QThreadPool::globalInstance()->start([path, opening = m_opening] {
+        if (!opening->isWanted())
+            return;
         auto sequence = media::openSequence(path);
-        QMetaObject::invokeMethod(
-            this, [this, number, sequence = std::move(sequence)] { finish(number, sequence); }, Qt::QueuedConnection);
+        const std::lock_guard lock(opening->mutex);
+        MonitorPane* pane = opening->pane;
+        const auto finish = [pane, opening, sequence = std::move(sequence)] { pane->finish(opening, sequence); };
+        if (pane != nullptr)
+            QMetaObject::invokeMethod(pane, finish, Qt::QueuedConnection);
     });
 }
 
-void MonitorPane::finish(int number, const Result<media::Sequence>& sequence)
+void MonitorPane::finish(const std::shared_ptr<Opening>& opening, const Result<media::Sequence>& sequence)
 {
-    if (number != m_number)
+    if (opening != m_opening)
         return;
-    m_opening = false;
+    m_opening.reset();
     if (!sequence)
         m_failure = sequence.error().sentence();
     else
@@ -202,8 +232,7 @@ void MonitorPane::finish(int number, const Result<media::Sequence>& sequence)
 
 void MonitorPane::close()
 {
-    ++m_number;
-    m_opening = false;
+    forgetOpening();
     m_asked.clear();
     m_failure.clear();
     m_player.unload();
@@ -287,10 +316,13 @@ void MonitorPane::showMarks()
 
 void MonitorPane::keyPressEvent(QKeyEvent* event)
 {
+    // A key that is held down neither shuttles faster and faster nor plays and stops in turn; it only steps on.
+    const bool steps = event->key() == Qt::Key_Left || event->key() == Qt::Key_Right;
+    const bool counts = steps || !event->isAutoRepeat();
     const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
     for (const KeyRow& row : keyRows) {
         if (row.key == event->key() && row.modifiers == modifiers)
-            return row.act(m_player);
+            return counts ? row.act(m_player) : void();
     }
     QWidget::keyPressEvent(event);
 }

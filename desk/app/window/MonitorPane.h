@@ -4,8 +4,9 @@
 #include "desk/media/Timecode.h"
 
 #include <QHash>
-#include <QThreadPool>
 #include <QWidget>
+
+#include <memory>
 
 class QLabel;
 class QToolButton;
@@ -68,7 +69,10 @@ private:
     void createButtons();
     void layOut();
     void connectAll();
-    void finish(int number, const Result<media::Sequence>& sequence);
+    /// What a thread that opens a file knows of the monitor.
+    struct Opening;
+    void forgetOpening();
+    void finish(const std::shared_ptr<Opening>& opening, const Result<media::Sequence>& sequence);
     void showLoaded();
     void showState();
     void showPosition();
@@ -82,9 +86,8 @@ private:
     media::Timecode m_timecode;
     /// What was asked for last; while it is being opened, and after a failure, all there is to say of it.
     QString m_asked;
-    bool m_opening = false;
+    std::shared_ptr<Opening> m_opening;
     QString m_failure;
-    int m_number = 0;
     QLabel* m_title = nullptr;
     QLabel* m_name = nullptr;
     MonitorView* m_view = nullptr;
@@ -92,7 +95,6 @@ private:
     QLabel* m_time = nullptr;
     QLabel* m_length = nullptr;
     QHash<QString, ViewDeckQt::StyledIconButton*> m_buttons;
-    QThreadPool m_pool;
 };
 
 } // namespace desk::app
