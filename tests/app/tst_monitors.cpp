@@ -139,6 +139,8 @@ private slots:
         QCOMPARE(timecode(source()), QStringLiteral("10:00:00:11"));
         QTest::keyClick(keys, Qt::Key_L);
         QTest::keyClick(keys, Qt::Key_L);
+        QKeyEvent held(QEvent::KeyPress, Qt::Key_L, Qt::NoModifier, QStringLiteral("l"), true);
+        QApplication::sendEvent(keys, &held);
         QCOMPARE(player.speed(), 2);
         QTest::keyClick(keys, Qt::Key_K);
         QVERIFY(!player.isPlaying());

@@ -258,6 +258,22 @@ private slots:
         QCOMPARE(failed.size(), 1);
     }
 
+    void aFileThatIsReplacedWhileItPlaysSaysSo()
+    {
+        const QString file = m_maker.path("replaced.mov");
+        QVERIFY(QFile::copy(m_maker.path("h264.mov"), file));
+        Player player(std::make_shared<SteadyDevice>());
+        QSignalSpy failed(&player, &Player::failed);
+        player.load(open(QStringLiteral("replaced.mov")));
+        player.play();
+        QTRY_VERIFY(player.position() > 10);
+        // One without sound, so that the stream that sounded is not there.
+        QVERIFY(QFile::remove(file) && QFile::copy(m_maker.path("numbers.nut"), file));
+        player.seek(0);
+        QTRY_COMPARE(failed.size(), 1);
+        QTRY_VERIFY(player.position() > 10);
+    }
+
     void soundAlonePlays()
     {
         Player player(std::make_shared<SteadyDevice>());
