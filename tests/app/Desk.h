@@ -20,7 +20,7 @@ inline DeskRun desk(const QStringList& arguments, const QStringList& wrapper = {
     QProcess process;
     const QString program = command.takeFirst();
     process.start(program, command);
-    if (!process.waitForFinished(120000))
+    if (!process.waitForFinished(600000))
         process.kill();
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
             QString::fromUtf8(process.readAllStandardOutput()), QString::fromUtf8(process.readAllStandardError())};

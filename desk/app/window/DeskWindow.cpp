@@ -75,6 +75,8 @@ DeskWindow::~DeskWindow()
 {
     // The selection goes with the tree, and nobody needs to hear of it any more.
     disconnect(tree().selectionModel(), nullptr, this, nullptr);
+    // Hiding takes the focus away when this is but a widget.
+    disconnect(qApp, nullptr, this, nullptr);
 }
 
 void DeskWindow::createWidgets()
