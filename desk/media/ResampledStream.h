@@ -25,6 +25,9 @@ public:
 
     int channels() const { return m_stream.channels(); }
 
+    /// Whether something that was read may be above full scale.
+    bool mayExceed() const { return m_in != m_out || m_stream.hasFloats(); }
+
 private:
     Status restart(qint64 first);
     /// `count` samples from `first` on, at most soundPortion, to place `at` of the planes.

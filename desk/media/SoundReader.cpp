@@ -65,6 +65,7 @@ Status FileSound::read(const Stretch& stretch, SoundBlock& block)
         return status;
     for (const auto& track : tracks())
         block.padded[std::size_t(track.second)] += stretch.count - m_stream.held(stretch.first, stretch.count);
+    block.mayExceed = block.mayExceed || m_stream.mayExceed();
     return {};
 }
 
@@ -109,6 +110,7 @@ Status TimelineSound::readCut(const Cut& cut, const Stretch& stretch, SoundBlock
     if (Status status = (*reader)->read(cut.mediaAt(stretch.first), stretch.count, m_read); !status)
         return status;
     beSilent(stretch, block);
+    block.mayExceed = block.mayExceed || m_read.mayExceed;
     for (const auto& [channel, place] : tracks()) {
         const int from = sounding.indexOf(channel);
         if (from < 0)
@@ -210,6 +212,7 @@ Status SoundReader::read(qint64 first, qint64 count, SoundBlock& block)
     for (auto& track : block.tracks)
         track.resize(std::size_t(count));
     block.padded.assign(std::size_t(d->tracks), 0);
+    block.mayExceed = false;
     for (const auto& source : d->sources) {
         if (const Status status = source.second->read({first, count}, block); !status) {
             Error error = status.error();

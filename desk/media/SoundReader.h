@@ -19,6 +19,8 @@ struct SoundBlock {
     std::vector<std::vector<std::int32_t>> tracks;
     /// For each track the samples of this block that the file does not hold and that are silence instead.
     std::vector<qint64> padded;
+    /// Whether a sample may be above full scale. False is certain, and saves a look at each.
+    bool mayExceed = true;
 };
 
 /// Reads audio tracks of a sequence by sample. Sample 0 sounds with the start of frame 0: sound that starts earlier is

@@ -3,6 +3,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -113,6 +114,14 @@ Converter<Value> converterFor(int format, int bits)
     default:
         return convert<float, Value>;
     }
+}
+
+/// Any format but those of whole numbers.
+bool isFloat(int format)
+{
+    static constexpr std::array whole{AV_SAMPLE_FMT_U8, AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_S32, AV_SAMPLE_FMT_S64};
+    return format != packed24Format &&
+           std::find(whole.begin(), whole.end(), av_get_packed_sample_fmt(AVSampleFormat(format))) == whole.end();
 }
 
 template <class Value>
@@ -264,6 +273,7 @@ void SoundStream::keep()
     m_skipped = jump < -tolerance ? int(std::min<qint64>(-jump, frame.nb_samples)) : 0;
     m_kept = frame.nb_samples - m_skipped;
     m_frame.swap(m_decoded);
+    m_hasFloats = m_hasFloats || isFloat(m_frame->format);
     m_held.add(std::max(m_begin, m_barrier), end());
 }
 

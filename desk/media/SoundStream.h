@@ -57,6 +57,9 @@ public:
 
     int rate() const { return m_rate; }
 
+    /// Whether floating-point samples were found among those read.
+    bool hasFloats() const { return m_hasFloats; }
+
     /// Where the file was found to hold samples, among those read.
     const Stretches& held() const { return m_held; }
 
@@ -87,6 +90,7 @@ private:
     int m_rate = 0;
     bool m_pcm = false;
     int m_packetFormat = AV_SAMPLE_FMT_NONE;
+    bool m_hasFloats = false;
     /// Times name samples exactly, so that seeking keeps the numbers.
     bool m_exactTimes = false;
     bool m_draining = false;

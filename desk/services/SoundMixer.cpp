@@ -79,7 +79,9 @@ SoundMixer::SoundMixer(const SoundPlan& plan, const QVector<int>& tracks)
 
 void SoundMixer::findLoudTracks(const media::SoundBlock& block)
 {
-    m_isLoud.resize(block.tracks.size());
+    m_isLoud.assign(block.tracks.size(), 0);
+    if (!block.mayExceed)
+        return;
     for (const std::size_t track : m_used)
         m_isLoud[track] = leaveTheirRange(block.tracks[track]);
 }
