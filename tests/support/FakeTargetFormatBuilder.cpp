@@ -5,14 +5,9 @@
 
 namespace
 {
-struct Row {
-    const char* key;
-    QStringList choices;
-};
-
-const QVector<Row>& independentRows()
+const QVector<QPair<QString, QStringList>>& independentRows()
 {
-    static const QVector<Row> rows{
+    static const QVector<QPair<QString, QStringList>> rows{
         {"Application Pattern", {"App 2E", "App 2"}},
         {"Compression", {"JPEG 2000", "Reversible"}},
         {"Resolution", {}},
@@ -27,15 +22,6 @@ const QVector<Row>& independentRows()
         {"Audio Mix", {"Direct", "Stereo", "5.1"}},
     };
     return rows;
-}
-
-QStringList independentChoices(const QString& key)
-{
-    for (const Row& row : independentRows()) {
-        if (key == QLatin1String(row.key))
-            return row.choices;
-    }
-    return {};
 }
 } // namespace
 
@@ -55,8 +41,8 @@ QString support::FakeTargetFormatBuilder::settings() const
 QStringList support::FakeTargetFormatBuilder::keys() const
 {
     QStringList keys;
-    for (const Row& row : independentRows())
-        keys += QString::fromLatin1(row.key);
+    for (const auto& row : independentRows())
+        keys += row.first;
     return keys;
 }
 
@@ -73,7 +59,9 @@ QStringList support::FakeTargetFormatBuilder::choices(const QString& key) const
         return {uhd ? "4K" : "2K", "Lossless"};
     if (key == "Colorimetry")
         return uhd ? QStringList{"BT.709", "BT.2020"} : QStringList{"BT.709"};
-    return independentChoices(key);
+    const auto& rows = independentRows();
+    const auto found = std::find_if(rows.begin(), rows.end(), [&key](const auto& row) { return row.first == key; });
+    return found == rows.end() ? QStringList() : found->second;
 }
 
 QString support::FakeTargetFormatBuilder::value(const QString& key) const

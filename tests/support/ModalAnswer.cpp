@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QTest>
 
@@ -91,6 +92,54 @@ bool FolderAnswer::record(QWidget& dialog)
     if (auto* box = chooser->findChild<QDialogButtonBox*>(QStringLiteral("buttonBox")))
         m_button = box->button(choice);
     return true;
+}
+
+WhenOpened::WhenOpened(std::function<void(QWidget&)> deal) : m_deal(std::move(deal))
+{
+    connect(&m_timer, &QTimer::timeout, this, &WhenOpened::watch);
+    m_timer.start(0);
+}
+
+WhenOpened::~WhenOpened()
+{
+    if (!opened)
+        QTest::qFail("the expected dialog or menu never opened", __FILE__, __LINE__);
+}
+
+void WhenOpened::watch()
+{
+    QWidget* widget = QApplication::activePopupWidget();
+    if (!widget)
+        widget = QApplication::activeModalWidget();
+    if (!widget || !widget->isVisible())
+        return;
+    m_timer.stop();
+    opened = true;
+    m_deal(*widget);
+}
+
+std::function<void(QWidget&)> WhenOpened::clicking(const char* button)
+{
+    return [button](QWidget& dialog) {
+        auto* found = dialog.findChild<QPushButton*>(QLatin1String(button));
+        if (found)
+            QTest::mouseClick(found, Qt::LeftButton);
+        else
+            dialog.close();
+    };
+}
+
+std::function<void(QWidget&)> WhenOpened::choosing(const QString& text)
+{
+    return [text](QWidget& widget) {
+        auto* menu = qobject_cast<QMenu*>(&widget);
+        const QList<QAction*> actions = menu ? menu->actions() : QList<QAction*>();
+        for (QAction* action : actions) {
+            if (action->text() == text)
+                return QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
+        }
+        widget.close();
+    };
 }
 
 } // namespace support

@@ -7,6 +7,8 @@
 #include <QString>
 #include <QTimer>
 
+#include <functional>
+
 class QAbstractButton;
 
 namespace support
@@ -71,6 +73,28 @@ protected:
 
 private:
     QString m_folder;
+};
+
+/// Deals with the next dialog or menu that opens, as a user would. Make it before the call that opens it; a test in
+/// which none comes fails.
+class WhenOpened : public QObject
+{
+public:
+    explicit WhenOpened(std::function<void(QWidget&)> deal);
+    ~WhenOpened() override;
+
+    /// Clicks a button by its object name.
+    static std::function<void(QWidget&)> clicking(const char* button);
+    /// Chooses the entry of a menu with this text.
+    static std::function<void(QWidget&)> choosing(const QString& text);
+
+    bool opened = false;
+
+private:
+    void watch();
+
+    std::function<void(QWidget&)> m_deal;
+    QTimer m_timer;
 };
 
 } // namespace support

@@ -5,12 +5,9 @@
 #include <QFont>
 #include <QLocale>
 #include <QMutex>
-#include <QStringList>
 #include <QThread>
 
-#include <algorithm>
 #include <cstdio>
-#include <vector>
 
 namespace
 {
@@ -93,6 +90,15 @@ void support::expectMessage(QtMsgType type, const QString& part)
 {
     const QMutexLocker locker(&heard->mutex);
     heard->expectations.push_back({type, part, runningTest()});
+}
+
+quint32 support::seed()
+{
+    bool isGiven = false;
+    const quint32 given = qEnvironmentVariable("STRATACUT_TEST_SEED").toUInt(&isGiven);
+    const quint32 chosen = isGiven ? given : QRandomGenerator::global()->generate();
+    qInfo("STRATACUT_TEST_SEED=%u", chosen);
+    return chosen;
 }
 
 void support::fixEnvironment()

@@ -1,9 +1,28 @@
 #pragma once
 
+// What nearly every test uses stands here once.
+#include "support/Files.h"
+#include "support/Rows.h"
+
 #include <QApplication>
-#include <QString>
+#include <QDir>
+#include <QHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMap>
+#include <QRandomGenerator>
+#include <QSet>
+#include <QSignalSpy>
+#include <QStringList>
+#include <QTemporaryDir>
 #include <QTest>
-#include <QtGlobal>
+#include <QVector>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <vector>
 
 namespace support
 {
@@ -11,6 +30,9 @@ namespace support
 /// Announces one message of the running test whose text contains `part`. A warning or worse that was not announced
 /// fails the test, and so does an announced one that never comes. Safe from any thread.
 void expectMessage(QtMsgType type, const QString& part);
+
+/// The seed of a random test, which it prints: another one each time, or that of STRATACUT_TEST_SEED.
+quint32 seed();
 
 /// Sets the environment that every test runs in: application font "DejaVu Sans" 10 pt, C locale, UTC.
 void fixEnvironment();
