@@ -5,7 +5,6 @@
 #include <QDirIterator>
 #include <QImage>
 #include <QPixmap>
-#include <QSet>
 
 using NineSlice::ResourceData;
 using Palette::PaletteManager;

@@ -3,17 +3,12 @@
 #include "NvCore/RangeArray.h"
 #include "NvCore/Toggles.h"
 #include "support/Assertions.h"
-#include "support/Files.h"
+#include "support/Programs.h"
 #include "support/TestMain.h"
 
-#include <QFile>
-#include <QProcess>
-#include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QTranslator>
 
 #include <limits>
-#include <memory>
 
 namespace
 {
@@ -86,15 +81,13 @@ private slots:
     {
         qunsetenv(multiMixVariable);
         TGL_ResetToggle(multiMix);
-        TGL_SetToggleFile(m_folder.filePath(QStringLiteral("toggles")));
+        TGL_SetToggleFile(m_folder.filePath("toggles"));
         QFile::remove(TGL_ToggleFile());
     }
 
     void rangesAgreeWithAPlainTableUnderRandomChanges()
     {
-        const quint32 seed = QRandomGenerator::global()->generate();
-        qInfo("seed %u", seed);
-        QRandomGenerator random(seed);
+        QRandomGenerator random(support::seed());
         for (int round = 0; round < 40; ++round) {
             const std::unique_ptr<RangeArray> map = RangeArray::New();
             ReferenceMap reference;
@@ -188,18 +181,14 @@ private slots:
 
     void theDefaultHandlerEndsADebugBuildOnly()
     {
-        QProcess probe;
-        probe.start(QStringLiteral(ASSERT_PROBE), QStringList());
-        QVERIFY(probe.waitForFinished());
-        const QByteArray errors = probe.readAllStandardError();
+        const support::Ran probe = support::ran(QStringLiteral(ASSERT_PROBE), {});
 #if defined(STRATACUT_DEBUG)
-        QCOMPARE(probe.exitStatus(), QProcess::CrashExit);
-        QVERIFY2(errors.contains("Assertion failed in assert_probe: 1 + 1 == 3"), errors.constData());
-        QVERIFY(!probe.readAllStandardOutput().contains("went on"));
+        QCOMPARE(probe.exitCode, -1);
+        QVERIFY2(probe.errors.contains("Assertion failed in assert_probe: 1 + 1 == 3"), probe.errors.constData());
+        QCOMPARE(probe.output, QByteArray());
 #else
-        QCOMPARE(probe.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(errors, QByteArray());
-        QCOMPARE(probe.readAllStandardOutput(), QByteArray("went on\n"));
+        QCOMPARE(probe.exitCode, 0);
+        QCOMPARE(probe.errors + probe.output, QByteArray("went on\n"));
 #endif
     }
 

@@ -2,22 +2,17 @@
 #include "ViewDeckQt/ManagedDialog.h"
 #include "ViewDeckQt/ManagedMessageBox.h"
 #include "ViewDeckQt/PaletteManager.h"
-#include "support/Rows.h"
+#include "support/ModalAnswer.h"
 #include "support/TestMain.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QDialog>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPointer>
-#include <QTimer>
 #include <QTranslator>
 
-#include <algorithm>
 #include <cmath>
-#include <functional>
-#include <memory>
 
 using Palette::PaletteManager;
 using Palette::Skin;
@@ -27,21 +22,9 @@ using Answer = std::function<void(QMessageBox&)>;
 
 namespace
 {
-/// Acts on the next message box as soon as it is on the screen, and closes it where that has not.
-void whenABoxOpens(const Answer& act)
+std::function<void(QWidget&)> onBox(const Answer& act)
 {
-    auto* timer = new QTimer(qApp);
-    QObject::connect(timer, &QTimer::timeout, timer, [timer, act] {
-        const QPointer<QMessageBox> box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (!box || !box->isVisible())
-            return;
-        timer->stop();
-        timer->deleteLater();
-        act(*box);
-        if (box && box->isVisible())
-            box->close();
-    });
-    timer->start(1);
+    return [act](QWidget& box) { act(*qobject_cast<QMessageBox*>(&box)); };
 }
 
 Answer clickOn(QMessageBox::StandardButton button)
@@ -98,7 +81,7 @@ private slots:
     void aMessageBoxAnswersWhatTheUserDid()
     {
         const auto [buttons, byDefault, act, expected] = support::fetched<int, int, Answer, int>();
-        whenABoxOpens(act);
+        const support::WhenOpened box(onBox(act));
         const int answer = ViewDeckQt::ManagedMessageBox::messageBox(
             nullptr, QMessageBox::Question, QStringLiteral("Title"), QStringLiteral("Text"),
             QMessageBox::StandardButtons(buttons), QMessageBox::StandardButton(byDefault));
@@ -109,8 +92,8 @@ private slots:
     void aMessageBoxSurvivesTheEndOfItsParent()
     {
         auto* parent = new QWidget;
-        QPointer<QMessageBox> seen;
-        whenABoxOpens([&](QMessageBox& box) {
+        QPointer<QWidget> seen;
+        const support::WhenOpened opened([&](QWidget& box) {
             seen = &box;
             delete parent;
         });
@@ -123,13 +106,14 @@ private slots:
     void aMessageBoxShowsItsTextVerbatimAndIsRegistered()
     {
         const QString text = QStringLiteral("Can't remove <b>A & B</b>");
-        whenABoxOpens([&text](QMessageBox& box) {
+        const support::WhenOpened opened(onBox([&text](QMessageBox& box) {
             QCOMPARE(box.text(), text);
             QCOMPARE(box.windowTitle(), QStringLiteral("Norvel Stratacut"));
             QCOMPARE(box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))->textFormat(), Qt::PlainText);
             QCOMPARE(box.icon(), QMessageBox::Warning);
             QCOMPARE(ManagedWindow::activeWindow(), static_cast<QWidget*>(&box));
-        });
+            box.close();
+        }));
         ViewDeckQt::ManagedMessageBox::messageBox(nullptr, QMessageBox::Warning, QStringLiteral("Norvel Stratacut"),
                                                   text, QMessageBox::Ok, QMessageBox::Ok);
     }

@@ -7,21 +7,16 @@
 #include "ViewDeckQt/PaletteManager.h"
 #include "ViewDeckQt/StyledButton.h"
 #include "host/WidgetWindow.h"
-#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QAbstractItemView>
 #include <QClipboard>
 #include <QComboBox>
-#include <QDir>
 #include <QDropEvent>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPlainTextEdit>
-#include <QSignalSpy>
 #include <QUrl>
-
-#include <functional>
 
 using namespace ViewDeckQt;
 using namespace widgets;

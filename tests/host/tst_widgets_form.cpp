@@ -16,12 +16,9 @@
 #include <QPlainTextEdit>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QSignalSpy>
 #include <QStyleFactory>
 #include <QToolTip>
 #include <QVBoxLayout>
-
-#include <memory>
 
 using namespace ViewDeckQt;
 using namespace widgets;

@@ -6,68 +6,8 @@
 #include <QApplication>
 #include <QDropEvent>
 #include <QLineEdit>
-#include <QMenu>
 #include <QMimeData>
 #include <QTest>
-
-WhenOpened::WhenOpened(std::function<void(QWidget&)> deal) : m_deal(std::move(deal))
-{
-    connect(&m_timer, &QTimer::timeout, this, &WhenOpened::watch);
-    m_timer.start(0);
-}
-
-WhenOpened::~WhenOpened()
-{
-    if (!opened)
-        QTest::qFail("the expected dialog or menu never opened", __FILE__, __LINE__);
-}
-
-void WhenOpened::watch()
-{
-    QWidget* widget = QApplication::activePopupWidget();
-    if (!widget)
-        widget = QApplication::activeModalWidget();
-    if (!widget || !widget->isVisible())
-        return;
-    m_timer.stop();
-    opened = true;
-    m_deal(*widget);
-}
-
-std::function<void(QWidget&)> WhenOpened::clicking(const char* button)
-{
-    return [button](QWidget& dialog) {
-        auto* found = dialog.findChild<QPushButton*>(QLatin1String(button));
-        if (found)
-            QTest::mouseClick(found, Qt::LeftButton);
-        else
-            dialog.close();
-    };
-}
-
-std::function<void(QWidget&)> WhenOpened::choosing(const QString& text)
-{
-    return [text](QWidget& widget) {
-        auto* menu = qobject_cast<QMenu*>(&widget);
-        const QList<QAction*> actions = menu ? menu->actions() : QList<QAction*>();
-        for (QAction* action : actions) {
-            if (action->text() == text)
-                return QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
-        }
-        widget.close();
-    };
-}
-
-QString shape(const QAbstractItemModel& model, const QModelIndex& parent)
-{
-    QStringList rows;
-    for (int row = 0; row < model.rowCount(parent); ++row) {
-        const QModelIndex index = model.index(row, 0, parent);
-        const QString below = shape(model, index);
-        rows += index.data().toString() + (below.isEmpty() ? QString() : '(' + below + ')');
-    }
-    return rows.join(',');
-}
 
 ManagerFixture::ManagerFixture()
 {

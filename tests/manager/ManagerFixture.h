@@ -1,6 +1,8 @@
 #pragma once
 
 #include "model/ModelFixture.h"
+#include "support/ModalAnswer.h"
+#include "support/Shape.h"
 
 #include "StratacutUI/IMF_ManagerWindow.h"
 #include "StratacutUI/IMF_PackageParamsView.h"
@@ -9,34 +11,11 @@
 #include <QMimeData>
 #include <QPointer>
 #include <QPushButton>
-#include <QTimer>
 
 #include <algorithm>
 
-/// Deals with the next dialog or menu that opens, as a user would. Make it before the call that opens it; a test in
-/// which none comes fails.
-class WhenOpened : public QObject
-{
-public:
-    explicit WhenOpened(std::function<void(QWidget&)> deal);
-    ~WhenOpened() override;
-
-    /// Clicks a button by its object name.
-    static std::function<void(QWidget&)> clicking(const char* button);
-    /// Chooses the entry of a menu with this text.
-    static std::function<void(QWidget&)> choosing(const QString& text);
-
-    bool opened = false;
-
-private:
-    void watch();
-
-    std::function<void(QWidget&)> m_deal;
-    QTimer m_timer;
-};
-
-/// "Film(IMP(title,title)),Other" for all deliverables of the model.
-QString shape(const QAbstractItemModel& model, const QModelIndex& parent = {});
+using support::shape;
+using support::WhenOpened;
 
 /// The widget of that parameter on the page that is shown; null when there is none.
 template <typename Widget>

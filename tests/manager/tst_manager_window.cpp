@@ -1,6 +1,5 @@
 #include "manager/ManagerFixture.h"
 #include "support/ModalAnswer.h"
-#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include "StratacutUI/IMF_View.h"
@@ -9,10 +8,8 @@
 
 #include <QAction>
 #include <QLineEdit>
-#include <QSignalSpy>
 #include <QStackedWidget>
 #include <QStandardItemModel>
-#include <QTemporaryDir>
 #include <QTextEdit>
 
 using Model = IMF_PackageMgrQtModel;

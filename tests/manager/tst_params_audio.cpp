@@ -9,7 +9,6 @@
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
-#include <QSignalSpy>
 #include <QTableView>
 
 #include <optional>

@@ -9,8 +9,6 @@
 
 #include <QComboBox>
 #include <QIdentityProxyModel>
-#include <QSignalSpy>
-#include <QTemporaryDir>
 
 using namespace ViewDeckQt;
 using Model = IMF_PackageMgrQtModel;

@@ -1,5 +1,4 @@
 #include "manager/ManagerFixture.h"
-#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include "ViewDeckQt/PWContainer.h"

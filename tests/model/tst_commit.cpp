@@ -3,10 +3,7 @@
 #include "StratacutUI/IMF_PackageDeliveryReader.h"
 #include "support/Assertions.h"
 #include "support/ModalAnswer.h"
-#include "support/Rows.h"
 #include "support/TestMain.h"
-
-#include <QSignalSpy>
 
 #include <thread>
 

@@ -3,14 +3,7 @@
 #include "ViewDeckQt/ManagedMessageBox.h"
 #include "support/Assertions.h"
 #include "support/ModalAnswer.h"
-#include "support/Rows.h"
 #include "support/TestMain.h"
-
-#include <QDir>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-
-#include <functional>
 
 using Model = IMF_PackageMgrQtModel;
 using support::FolderAnswer;

@@ -2,10 +2,7 @@
 
 #include "StratacutUI/IMF_Node.h"
 #include "support/ModalAnswer.h"
-#include "support/Rows.h"
 #include "support/TestMain.h"
-
-#include <QSignalSpy>
 
 using Model = IMF_PackageMgrQtModel;
 using KeyAndText = QPair<QString, QString>;

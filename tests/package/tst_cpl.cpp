@@ -7,12 +7,7 @@
 #include "support/Junk.h"
 #include "support/RecordingMediaEngine.h"
 #include "support/RecordingOutputBridge.h"
-#include "support/Rows.h"
 #include "support/TestMain.h"
-
-#include <QJsonDocument>
-#include <QPair>
-#include <QRandomGenerator>
 
 using support::RecordingMediaEngine;
 using support::RecordingOutputBridge;
@@ -284,17 +279,16 @@ private slots:
 
     void aDamagedDocumentIsSettledAtOnceAndSurvivesEveryEdit()
     {
-        const quint32 seed = QRandomGenerator::global()->generate();
         const QStringList keys{"Name",       "Mutable",     "DescriptiveMetadata", "Video",   "Resolution",
                                "Frame Rate", "Color Depth", "Multiple Audio Mix",  "Audio",   "ContentKind",
                                "Value",      "values",      "currentIndex",        "Issuer",  "AudioMapping",
                                "Groups",     "CPLFPSValue", "AllActiveTracks",     "MixMode", "TargetTrack"};
-        support::Junk junk(seed, keys, {"", "A1", "25", "Unknown", "mob", "feature", "3840x2160", "12"});
+        support::Junk junk(support::seed(), keys, {"", "A1", "25", "Unknown", "mob", "feature", "3840x2160", "12"});
         for (int i = 0; i < 400; ++i) {
             QJsonObject document = documentOf("mob");
             for (int damages = 1 + junk.below(4); damages > 0; --damages)
                 junk.damage(document);
-            const QByteArray where = "seed " + QByteArray::number(seed) + ' ' + QJsonDocument(document).toJson();
+            const QByteArray where = QJsonDocument(document).toJson();
             const auto status = static_cast<IMF_PackageMgr::Status>(junk.below(2));
             Placed cpl(document, status);
             QVERIFY2(Placed(cpl->jsonObject(), status)->jsonObject() == cpl->jsonObject(), where);

@@ -1,8 +1,6 @@
 #include "IconCatalogue.h"
 #include "support/TestMain.h"
 
-#include <QSet>
-
 /// The catalogue of images against the host's image sets.
 class TestIcons : public QObject
 {

@@ -1,6 +1,5 @@
+#include "support/Programs.h"
 #include "support/TestMain.h"
-
-#include <QProcess>
 
 /// The instruments that the other tests rely on.
 class TestSupport : public QObject
@@ -11,15 +10,13 @@ private slots:
 
     void whatNobodyAnnouncedFailsATest()
     {
-        QProcess probe;
-        probe.start(QStringLiteral(SUPPORT_PROBE), QStringList());
-        QVERIFY(probe.waitForFinished());
-        const QString report = probe.readAllStandardOutput() + probe.readAllStandardError();
+        const support::Ran probe = support::ran(QStringLiteral(SUPPORT_PROBE), {});
+        const QString report = probe.output + probe.errors;
         QVERIFY2(report.contains("unannounced message: out of the blue"), qPrintable(report));
         QVERIFY2(report.contains("unannounced assertion in support_probe: 1 == 2"), qPrintable(report));
         QVERIFY2(report.contains("announced a message that never came: never said"), qPrintable(report));
         QVERIFY2(report.contains("was never answered"), qPrintable(report));
-        QCOMPARE(probe.exitCode(), 4);
+        QCOMPARE(probe.exitCode, 4);
     }
 };
 
