@@ -7,7 +7,6 @@
 #include "support/TestMain.h"
 
 #include <QCheckBox>
-#include <QJsonDocument>
 #include <QLabel>
 #include <QLineEdit>
 #include <QStandardItemModel>
@@ -109,18 +108,14 @@ private slots:
 
     void sourcesAreAllTracksThenEachTrackThenTheGroups_data()
     {
-        QTest::addColumn<QString>("mobId");
-        QTest::addColumn<QStringList>("tracks");
-        QTest::newRow("tracks") << "m"
-                                << QStringList{"A1 Mono0 %2 title", "A2 Mono1 %2 title", "A3 Mono2 %2 title",
-                                               "A4 Mono3 %2 title"};
-        QTest::newRow("no sound") << "silent" << QStringList();
+        const support::Rows<QString, QStringList> row;
+        row("tracks", "m", {"A1 Mono0 %2 title", "A2 Mono1 %2 title", "A3 Mono2 %2 title", "A4 Mono3 %2 title"});
+        row("no sound", "silent", {});
     }
 
     void sourcesAreAllTracksThenEachTrackThenTheGroups()
     {
-        QFETCH(QString, mobId);
-        QFETCH(QStringList, tracks);
+        const auto [mobId, tracks] = support::fetched<QString, QStringList>();
         Tracks t(mobId);
         const QJsonArray groups{profile("Music", {"A1"}), profile("Voice", {})};
         IMF_TrackGroupingManager manager(&t.model, groups);
@@ -136,30 +131,19 @@ private slots:
 
     void savingAsOffersTheNextFreeName_data()
     {
-        QTest::addColumn<QStringList>("existing");
-        QTest::addColumn<QString>("current");
-        QTest::addColumn<QString>("offered");
-        QTest::newRow("default") << QStringList() << "Untitled Group"
-                                 << "Untitled Group.1";
-        QTest::newRow("default again") << QStringList{"Untitled Group.1"} << "Untitled Group"
-                                       << "Untitled Group.2";
-        QTest::newRow("plain") << QStringList{"Mix"} << "Mix"
-                               << "Mix.1";
-        QTest::newRow("numbered") << QStringList{"Mix.9"} << "Mix.9"
-                                  << "Mix.10";
-        QTest::newRow("two points") << QStringList{"Mix.1.7"} << "Mix.1.7"
-                                    << "Mix.2";
-        QTest::newRow("no number behind it") << QStringList{"Mix.b"} << "Mix.b"
-                                             << "Mix.1";
-        QTest::newRow("largest number") << QStringList{"Mix.2147483647"} << "Mix.2147483647"
-                                        << "Mix.2147483648";
+        const support::Rows<QStringList, QString, QString> row;
+        row("default", {}, "Untitled Group", "Untitled Group.1");
+        row("default again", {"Untitled Group.1"}, "Untitled Group", "Untitled Group.2");
+        row("plain", {"Mix"}, "Mix", "Mix.1");
+        row("numbered", {"Mix.9"}, "Mix.9", "Mix.10");
+        row("two points", {"Mix.1.7"}, "Mix.1.7", "Mix.2");
+        row("no number behind it", {"Mix.b"}, "Mix.b", "Mix.1");
+        row("largest number", {"Mix.2147483647"}, "Mix.2147483647", "Mix.2147483648");
     }
 
     void savingAsOffersTheNextFreeName()
     {
-        QFETCH(QStringList, existing);
-        QFETCH(QString, current);
-        QFETCH(QString, offered);
+        const auto [existing, current, offered] = support::fetched<QStringList, QString, QString>();
         QJsonArray groups;
         for (const QString& name : existing)
             groups.append(profile(name, {"A1"}));

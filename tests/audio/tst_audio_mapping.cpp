@@ -7,20 +7,16 @@
 #include "ViewDeckQt/PWExpandableContainer.h"
 #include "ViewDeckQt/PaletteManager.h"
 #include "support/Junk.h"
-#include "support/Rows.h"
 #include "support/TestMain.h"
 
 #include <QAbstractItemView>
 #include <QAccessible>
 #include <QComboBox>
 #include <QDialog>
-#include <QFile>
-#include <QJsonDocument>
 #include <QLabel>
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QScrollArea>
-#include <QSignalSpy>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -163,23 +159,16 @@ private slots:
 
     void theTablesAreComplete()
     {
-        QFile kinds(":/IMF/mapping_metadata/content_kind.json");
-        QCOMPARE(kinds.size(), 701);
         QCOMPARE(table("content_kind.json").size(), 22);
         QCOMPARE(table("content_kind.json")["OP"].toString(), QString("Optional  Music and Effects"));
         const QJsonObject languages = table("languages.json");
         int names = 0;
-        for (const QJsonValue& value : languages)
-            names += value.toObject().size();
+        for (auto language = languages.begin(); language != languages.end(); ++language) {
+            names += language.value().toObject().size();
+            QVERIFY2(!language.value()[language.key()].toString().isEmpty(), qPrintable(language.key()));
+        }
         QCOMPARE(languages.size(), 156);
         QCOMPARE(names, 196);
-        for (auto language = languages.begin(); language != languages.end(); ++language)
-            QVERIFY2(!language.value()[language.key()].toString().isEmpty(), qPrintable(language.key()));
-        const QStringList arabic = languages["ar"].toObject().keys();
-        QCOMPARE(QStringList({arabic.first(), arabic.at(26), arabic.last()}), QStringList({"AE", "YE", "ar"}));
-        const QJsonObject chinese{
-            {"zh", "Mandarin"}, {"Hans", "Simplified Chinese"}, {"Hant", "Traditional Chinese"}, {"TW", "Taiwan"}};
-        QCOMPARE(languages["zh"].toObject(), chinese);
     }
 
     void aRowAddedInTheMiddleTakesItsNumberAndItsPlace()
@@ -327,9 +316,7 @@ private slots:
 
     void whateverIsSetComesBack()
     {
-        const quint32 seed = quint32(QDateTime::currentMSecsSinceEpoch());
-        qInfo("seed %u", seed);
-        support::Junk junk(seed, {Name},
+        support::Junk junk(support::seed(), {Name},
                            QStringList(sources()) << "Gone 7"
                                                   << "All Active Tracks");
         Window window;
@@ -354,9 +341,7 @@ private slots:
 
     void damagedDocumentsLeaveAUsableMapping()
     {
-        const quint32 seed = quint32(QDateTime::currentMSecsSinceEpoch());
-        qInfo("seed %u", seed);
-        support::Junk junk(seed,
+        support::Junk junk(support::seed(),
                            {Audio, MultipleAudioMix, AudioMapping, TargetTrack, MixMode, SourceTracksGroups, Metadata,
                             RFC5646SpokenLanguage, AudioContentKind, Mutable},
                            {"A1", "", "en-", "a-b-c", "----------"});

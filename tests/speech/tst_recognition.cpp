@@ -1,14 +1,10 @@
 #include "desk/speech/recognition/RecognitionJob.h"
 #include "desk/speech/recognition/Voices.h"
 #include "speech/Recordings.h"
-#include "support/Rows.h"
 #include "support/TestMain.h"
 #include "support/ValueOf.h"
 
 #include <QElapsedTimer>
-#include <QRandomGenerator>
-#include <QTemporaryDir>
-#include <QTest>
 
 using namespace desk;
 using namespace desk::speech;

@@ -3,13 +3,7 @@
 #include "desk/speech/store/TranscriptStore.h"
 #include "speech/Recordings.h"
 #include "speech/Texts.h"
-#include "support/Files.h"
-#include "support/Rows.h"
 #include "support/TestMain.h"
-
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <future>
 
@@ -341,29 +335,23 @@ private slots:
 
     void aDatabaseThatCannotBeUsedIsLeftAlone_data()
     {
-        const support::Rows<std::function<void(QByteArray&)>, QString> row;
-        row(
-            "cut", [](QByteArray& bytes) { bytes.chop(bytes.size() / 2); }, "is damaged (");
-        row(
-            "a page of noise", [](QByteArray& bytes) { bytes.replace(4096, 4096, QByteArray(4096, '\x5a')); },
-            "damaged (");
-        row(
-            "no database", [](QByteArray& bytes) { bytes = "hello"; },
-            "the transcript database is damaged or no database; put");
-        row(
-            "empty", [](QByteArray& bytes) { bytes.clear(); },
-            "the transcript database is damaged or no database; put");
-        row(
-            "another program's", [](QByteArray& bytes) { bytes[68] = 1; },
-            "the database belongs to another program; move");
-        row(
-            "a later version's", [](QByteArray& bytes) { bytes[63] = 3; },
-            "was made by another version of the desk; open");
+        const support::Rows<QString, std::function<void(QByteArray&)>> row;
+        row("cut", "is damaged (", [](QByteArray& bytes) { bytes.chop(bytes.size() / 2); });
+        row("a page of noise", "damaged (",
+            [](QByteArray& bytes) { bytes.replace(4096, 4096, QByteArray(4096, '\x5a')); });
+        row("no database", "the transcript database is damaged or no database; put",
+            [](QByteArray& bytes) { bytes = "hello"; });
+        row("empty", "the transcript database is damaged or no database; put",
+            [](QByteArray& bytes) { bytes.clear(); });
+        row("another program's", "the database belongs to another program; move",
+            [](QByteArray& bytes) { bytes[68] = 1; });
+        row("a later version's", "was made by another version of the desk; open",
+            [](QByteArray& bytes) { bytes[63] = 3; });
     }
 
     void aDatabaseThatCannotBeUsedIsLeftAlone()
     {
-        const auto [damage, what] = support::fetched<std::function<void(QByteArray&)>, QString>();
+        const auto [what, damage] = support::fetched<QString, std::function<void(QByteArray&)>>();
         {
             TranscriptStore store(m_path);
             QRandomGenerator random(1);

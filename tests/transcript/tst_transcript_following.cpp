@@ -3,10 +3,8 @@
 #include "support/TestMain.h"
 
 #include <QLineEdit>
-#include <QRandomGenerator>
 #include <QScopedValueRollback>
 #include <QScrollBar>
-#include <QSignalSpy>
 #include <QTextBlock>
 
 using support::segmentOf;
@@ -305,9 +303,7 @@ void TestTranscriptFollowing::arrowKeysPassWordsWithoutAPlace()
 void TestTranscriptFollowing::whateverIsCalledTheRightWordsAreBold()
 {
     using Window = STT_TranscriptManagerWindow;
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
+    QRandomGenerator random(support::seed());
     const ShownTranscript shown({randomTranscript(random), {}, {{"guid", "clip", 2000}}}, {transcriptOf(30, 3)});
     Window& window = *shown.window;
     bool isGangOn = true;
@@ -376,14 +372,14 @@ void TestTranscriptFollowing::arrowKeysGoFromWordToWord()
 
 void TestTranscriptFollowing::marksSelectTheirWordsAndTheSelectionSetsThem_data()
 {
-    QTest::addColumn<double>("rate");
+    const support::Rows<double> row;
     for (const double rate : {24.0, 25.0, 24000 / 1001.0, 60000 / 1001.0})
-        QTest::addRow("%.3f", rate) << rate;
+        row(qPrintable(QString::number(rate)), rate);
 }
 
 void TestTranscriptFollowing::marksSelectTheirWordsAndTheSelectionSetsThem()
 {
-    QFETCH(double, rate);
+    const auto [rate] = support::fetched<double>();
     std::vector<STT_TranscriptSegment> segments = transcriptOf(6, 8);
     for (STT_TranscriptSegment& segment : segments) {
         // Without pauses between words: there a mark is out by one word soonest.
@@ -417,27 +413,23 @@ void TestTranscriptFollowing::marksSelectTheirWordsAndTheSelectionSetsThem()
 
 void TestTranscriptFollowing::keysReachTheMonitor_data()
 {
-    QTest::addColumn<Qt::Key>("key");
-    QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
-    QTest::addColumn<QStringList>("calls");
-    QTest::newRow("mark in") << Qt::Key_I << Qt::KeyboardModifiers() << QStringList("setMarkIn(7)");
-    QTest::newRow("mark out") << Qt::Key_O << Qt::KeyboardModifiers() << QStringList("setMarks(2, 7)");
-    QTest::newRow("to mark in") << Qt::Key_I << Qt::KeyboardModifiers(Qt::ShiftModifier) << QStringList("goToMarkIn()");
-    QTest::newRow("to mark out") << Qt::Key_O << Qt::KeyboardModifiers(Qt::ShiftModifier)
-                                 << QStringList("goToMarkOut()");
-    QTest::newRow("play") << Qt::Key_Space << Qt::KeyboardModifiers() << QStringList("togglePlayback()");
-    QTest::newRow("not ours") << Qt::Key_J << Qt::KeyboardModifiers() << QStringList();
+    const support::Rows<Qt::Key, Qt::KeyboardModifiers, QStringList> row;
+    row("mark in", Qt::Key_I, Qt::KeyboardModifiers(), QStringList("setMarkIn(7)"));
+    row("mark out", Qt::Key_O, Qt::KeyboardModifiers(), QStringList("setMarks(2, 7)"));
+    row("to mark in", Qt::Key_I, Qt::KeyboardModifiers(Qt::ShiftModifier), QStringList("goToMarkIn()"));
+    row("to mark out", Qt::Key_O, Qt::KeyboardModifiers(Qt::ShiftModifier), QStringList("goToMarkOut()"));
+    row("play", Qt::Key_Space, Qt::KeyboardModifiers(), QStringList("togglePlayback()"));
+    row("not ours", Qt::Key_J, Qt::KeyboardModifiers(), {});
 }
 
 void TestTranscriptFollowing::keysReachTheMonitor()
 {
-    QFETCH(Qt::Key, key);
-    QFETCH(Qt::KeyboardModifiers, modifiers);
+    const auto [key, modifiers, calls] = support::fetched<Qt::Key, Qt::KeyboardModifiers, QStringList>();
     const ShownTranscript shown = longTranscript();
     shown.window->MonPosChangedSlot(7);
     shown.info->source.markIn = 2;
     QTest::keyClick(&shown.text(), key, modifiers);
-    QTEST(shown.info->takeCalls(), "calls");
+    QCOMPARE(shown.info->takeCalls(), calls);
     shown.window->SwitchEditModeSlot();
     QTest::keyClick(&shown.text(), key, modifiers);
     QCOMPARE(shown.info->takeCalls(), QStringList());

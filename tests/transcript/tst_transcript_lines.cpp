@@ -11,8 +11,6 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QScrollBar>
-#include <QSet>
-#include <QSignalSpy>
 #include <QTextBlock>
 
 using support::RecordingTranscriptInfo;
@@ -62,28 +60,20 @@ private slots:
 
     void aSpeakerFieldTakesOrDropsWhatWasTyped_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<int>("key"); // 0: the focus goes elsewhere
-        QTest::addColumn<QStringList>("asked");
-        QTest::addColumn<QStringList>("shown");
+        const support::Rows<QString, int, QStringList, QStringList> row;
         const QStringList none;
         const QStringList former{"Ada", "Speaker 2", "Ada"};
-        QTest::newRow("Return") << " Eve " << int(Qt::Key_Return) << QStringList{"storeSpeakerName(1, Eve)"}
-                                << QStringList{"Eve", "Speaker 2", "Eve"};
-        QTest::newRow("Enter") << "Eve" << int(Qt::Key_Enter) << QStringList{"storeSpeakerName(1, Eve)"}
-                               << QStringList{"Eve", "Speaker 2", "Eve"};
-        QTest::newRow("focus loss") << "Eve" << 0 << QStringList{"storeSpeakerName(1, Eve)"}
-                                    << QStringList{"Eve", "Speaker 2", "Eve"};
-        QTest::newRow("blanks") << "  " << int(Qt::Key_Return) << QStringList{"storeSpeakerName(1, )"}
-                                << QStringList{"Speaker 1", "Speaker 2", "Speaker 1"};
-        QTest::newRow("the same") << "Ada " << int(Qt::Key_Return) << none << former;
-        QTest::newRow("Escape") << "Eve" << int(Qt::Key_Escape) << none << former;
+        row("Return", " Eve ", int(Qt::Key_Return), {"storeSpeakerName(1, Eve)"}, {"Eve", "Speaker 2", "Eve"});
+        row("Enter", "Eve", int(Qt::Key_Enter), {"storeSpeakerName(1, Eve)"}, {"Eve", "Speaker 2", "Eve"});
+        row("focus loss", "Eve", 0, {"storeSpeakerName(1, Eve)"}, {"Eve", "Speaker 2", "Eve"});
+        row("blanks", "  ", int(Qt::Key_Return), {"storeSpeakerName(1, )"}, {"Speaker 1", "Speaker 2", "Speaker 1"});
+        row("the same", "Ada ", int(Qt::Key_Return), none, former);
+        row("Escape", "Eve", int(Qt::Key_Escape), none, former);
     }
 
     void aSpeakerFieldTakesOrDropsWhatWasTyped()
     {
-        QFETCH(QString, typed);
-        QFETCH(int, key);
+        const auto [typed, key, asked, names] = support::fetched<QString, int, QStringList, QStringList>();
         const ShownTranscript shown(conversation());
         STT_SpeakerTextEdit* field = shown.speaker(0);
         QTest::keyClicks(field, QStringLiteral("ignored"));
@@ -96,8 +86,8 @@ private slots:
             shown.text().setFocus();
         QVERIFY(field->isReadOnly() && !field->textCursor().hasSelection());
         QVERIFY(shown.text().hasFocus());
-        QTEST(requests(*shown.info), "asked");
-        QTEST(speakers(shown), "shown");
+        QCOMPARE(requests(*shown.info), asked);
+        QCOMPARE(speakers(shown), names);
     }
 
     void aFieldTakesPlainTextOnly()
@@ -134,33 +124,24 @@ private slots:
 
     void theSpeakerMenuAsksTheHost_data()
     {
-        QTest::addColumn<int>("segment");
-        QTest::addColumn<QString>("choice");
-        QTest::addColumn<QStringList>("asked");
-        QTest::addColumn<QStringList>("shown");
+        const support::Rows<int, QString, QStringList, QStringList> row;
         const QStringList former{"Ada", "Speaker 2", "Ada"};
-        QTest::newRow("identify") << 1 << "0/Tom && Co" << QStringList{"storeSpeakerName(2, Tom & Co)"}
-                                  << QStringList{"Ada", "Tom & Co", "Ada"};
-        QTest::newRow("identify as before") << 2 << "0/Ada" << QStringList{} << former;
-        QTest::newRow("clear") << 2 << "0/Clear Name" << QStringList{"storeSpeakerName(1, )"}
-                               << QStringList{"Speaker 1", "Speaker 2", "Speaker 1"};
-        QTest::newRow("correct") << 2 << "1/Speaker 2" << QStringList{"correctSpeaker(2, 2)"}
-                                 << QStringList{"Ada", "Speaker 2", "Speaker 2"};
-        QTest::newRow("a negative one") << 0 << "1/Tom && Co" << QStringList{"correctSpeaker(0, -3)"}
-                                        << QStringList{"Tom & Co", "Speaker 2", "Ada"};
-        QTest::newRow("new") << 2 << "1/Add New Speaker" << QStringList{"addSpeaker()", "correctSpeaker(2, 3)"}
-                             << QStringList{"Ada", "Speaker 2", "Speaker 3"};
+        row("identify", 1, "0/Tom && Co", {"storeSpeakerName(2, Tom & Co)"}, {"Ada", "Tom & Co", "Ada"});
+        row("identify as before", 2, "0/Ada", {}, former);
+        row("clear", 2, "0/Clear Name", {"storeSpeakerName(1, )"}, {"Speaker 1", "Speaker 2", "Speaker 1"});
+        row("correct", 2, "1/Speaker 2", {"correctSpeaker(2, 2)"}, {"Ada", "Speaker 2", "Speaker 2"});
+        row("a negative one", 0, "1/Tom && Co", {"correctSpeaker(0, -3)"}, {"Tom & Co", "Speaker 2", "Ada"});
+        row("new", 2, "1/Add New Speaker", {"addSpeaker()", "correctSpeaker(2, 3)"}, {"Ada", "Speaker 2", "Speaker 3"});
     }
 
     void theSpeakerMenuAsksTheHost()
     {
-        QFETCH(int, segment);
-        QFETCH(QString, choice);
+        const auto [segment, choice, asked, names] = support::fetched<int, QString, QStringList, QStringList>();
         const ShownTranscript shown(conversation());
         openMenu(shown, segment);
         choose(choice);
-        QTEST(requests(*shown.info), "asked");
-        QTEST(speakers(shown), "shown");
+        QCOMPARE(requests(*shown.info), asked);
+        QCOMPARE(speakers(shown), names);
     }
 
     void theMenuKeyOpensTheMenuForTheLineOfTheBoldWord()
@@ -264,10 +245,7 @@ private slots:
         const QVector<QPair<QString, bool>> expected{
             {"Not transcribed yet", true}, {"Transcribing, 40 %", false}, {"C.mov is gone.", true}};
         for (int line = 0; line < lines.size(); ++line) {
-            QStringList texts;
-            const QList<QLabel*> labels = lines[line]->findChildren<QLabel*>();
-            for (const QLabel* label : labels)
-                texts += label->text();
+            const QStringList texts = labelsIn(*lines[line]);
             QVERIFY2(texts.contains(expected[line].first), qPrintable(texts.join('|')));
             QCOMPARE(lines[line]->findChild<QPushButton*>()->isVisible(), expected[line].second);
         }
@@ -283,11 +261,7 @@ private slots:
         QSignalSpy replaced(&shown.text(), &STT_TranscriptTextEdit::aboutToBeReplaced);
         shown.info->source.missing[0].percent = 41;
         shown.window->TranscriptInfoChangedSlot(true);
-        QStringList texts;
-        const QList<QLabel*> labels = shown.window->missingWidgets().constFirst()->findChildren<QLabel*>();
-        for (const QLabel* label : labels)
-            texts += label->text();
-        QVERIFY(texts.contains(QStringLiteral("Transcribing, 41 %")));
+        QVERIFY(labelsIn(*shown.window->missingWidgets().constFirst()).contains("Transcribing, 41 %"));
         QVERIFY(replaced.isEmpty());
         shown.info->source.segments[2].text = "other";
         shown.window->TranscriptInfoChangedSlot(true);
@@ -318,37 +292,33 @@ private slots:
         const ShownTranscript shown(std::move(material));
         QCOMPARE(shown.window->missingWidgets().size(), 1);
         QVERIFY(shown.window->missingWidgets().constFirst()->y() < 20);
-        QVERIFY(!visibleLabels(shown).contains(QStringLiteral("Empty transcript")));
+        QVERIFY(!labelsIn(*shown.window).contains(QStringLiteral("Empty transcript")));
         trigger(shown, QStringLiteral("Show Not Transcribed"));
         QTRY_VERIFY(shown.window->missingWidgets().isEmpty());
-        QVERIFY(visibleLabels(shown).contains(QStringLiteral("Empty transcript")));
+        QVERIFY(labelsIn(*shown.window).contains(QStringLiteral("Empty transcript")));
     }
 
     void withoutAnythingToReadThePageSaysWhy_data()
     {
-        QTest::addColumn<bool>("loaded");
-        QTest::addColumn<bool>("online");
-        QTest::addColumn<QString>("title");
-        QTest::newRow("nothing loaded") << false << true << "Nothing Loaded";
-        QTest::newRow("no segments") << true << true << "Empty transcript";
-        QTest::newRow("database") << true << false << "Database Offline";
+        const support::Rows<bool, bool, QString> row;
+        row("nothing loaded", false, true, "Nothing Loaded");
+        row("no segments", true, true, "Empty transcript");
+        row("database", true, false, "Database Offline");
     }
 
     void withoutAnythingToReadThePageSaysWhy()
     {
-        QFETCH(bool, loaded);
-        QFETCH(bool, online);
-        QFETCH(QString, title);
+        const auto [loaded, online, title] = support::fetched<bool, bool, QString>();
         const ShownTranscript shown({});
         shown.info->source.loaded = loaded;
         shown.info->databaseOnline = online;
         shown.window->UpdateTranscriptWindow();
-        const QStringList visible = visibleLabels(shown);
+        const QStringList visible = labelsIn(*shown.window);
         QVERIFY2(visible.contains(title), qPrintable(visible.join('|')));
         shown.info->source = conversation();
         shown.info->databaseOnline = true;
         shown.window->UpdateTranscriptWindow();
-        QVERIFY(!visibleLabels(shown).contains(title));
+        QVERIFY(!labelsIn(*shown.window).contains(title));
         QTRY_COMPARE(speakers(shown), (QStringList{"Ada", "Speaker 2", "Ada"}));
     }
 
@@ -362,10 +332,11 @@ private:
         return names;
     }
 
-    static QStringList visibleLabels(const ShownTranscript& shown)
+    /// The visible ones.
+    static QStringList labelsIn(const QWidget& widget)
     {
         QStringList visible;
-        const QList<QLabel*> labels = shown.window->findChildren<QLabel*>();
+        const QList<QLabel*> labels = widget.findChildren<QLabel*>();
         for (const QLabel* label : labels) {
             if (label->isVisible())
                 visible += label->text();

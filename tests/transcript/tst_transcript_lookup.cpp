@@ -2,7 +2,6 @@
 #include "TranscriptFixture.h"
 #include "support/TestMain.h"
 
-#include <QRandomGenerator>
 #include <QTextBlock>
 
 #include <set>
@@ -56,8 +55,6 @@ std::pair<int, int> pairOf(const NaiveLookup::Word& word)
 }
 } // namespace
 
-Q_DECLARE_METATYPE(std::function<void(Segments&)>)
-
 /// From frames to words, between words, and between words and positions.
 class TestTranscriptLookup : public QObject
 {
@@ -76,9 +73,7 @@ private slots:
 
 void TestTranscriptLookup::randomTranscriptsAnswerLikeALookAtEveryWord()
 {
-    const quint32 seed = QRandomGenerator::global()->generate();
-    qInfo("seed %u", seed);
-    QRandomGenerator random(seed);
+    QRandomGenerator random(support::seed());
     for (int round = 0; round < 30; ++round) {
         const ShownTranscript shown({randomSegments(random)});
         shown.info->framesPerSecond = QVector<double>{24000 / 1001.0, 25, 60}.at(round % 3);
@@ -117,31 +112,26 @@ void TestTranscriptLookup::randomTranscriptsAnswerLikeALookAtEveryWord()
 
 void TestTranscriptLookup::aFrameBetweenTwoWordsShows_data()
 {
-    QTest::addColumn<int>("nextStart");
-    QTest::addColumn<int>("frame");
-    QTest::addColumn<int>("minSegment");
-    QTest::addColumn<std::pair<int, int>>("word");
+    const support::Rows<int, int, int, std::pair<int, int>> row;
     using Pair = std::pair<int, int>;
     // Words from 1000 to 1400 and from nextStart on, 40 ms a frame.
-    QTest::newRow("before the first word") << 1400 << 0 << 0 << Pair(0, 0);
-    QTest::newRow("the frame ends inside the word") << 1401 << 33 << 0 << Pair(0, 0);
-    QTest::newRow("the frame ends where the next word starts") << 1400 << 34 << 0 << Pair(0, 1);
-    QTest::newRow("the frame ends a millisecond before") << 1401 << 34 << 0 << Pair(0, 0);
-    QTest::newRow("in a pause, a frame away") << 1800 << 44 << 0 << Pair(0, 0);
-    QTest::newRow("in a pause, less than a frame away") << 1799 << 44 << 0 << Pair(0, 1);
-    QTest::newRow("in the pause between segments") << 1500 << 60 << 0 << Pair(0, 1);
-    QTest::newRow("nobody speaks from that segment on") << 1500 << 60 << 1 << Pair(-1, -1);
+    row("before the first word", 1400, 0, 0, Pair(0, 0));
+    row("the frame ends inside the word", 1401, 33, 0, Pair(0, 0));
+    row("the frame ends where the next word starts", 1400, 34, 0, Pair(0, 1));
+    row("the frame ends a millisecond before", 1401, 34, 0, Pair(0, 0));
+    row("in a pause, a frame away", 1800, 44, 0, Pair(0, 0));
+    row("in a pause, less than a frame away", 1799, 44, 0, Pair(0, 1));
+    row("in the pause between segments", 1500, 60, 0, Pair(0, 1));
+    row("nobody speaks from that segment on", 1500, 60, 1, Pair(-1, -1));
 }
 
 void TestTranscriptLookup::aFrameBetweenTwoWordsShows()
 {
-    QFETCH(int, nextStart);
-    QFETCH(int, frame);
-    QFETCH(int, minSegment);
+    const auto [nextStart, frame, minSegment, expected] = support::fetched<int, int, int, std::pair<int, int>>();
     const ShownTranscript shown({{segmentAt(0, {{1000, 1400}, {nextStart, 2200}}), segmentAt(1, {{5000, 6000}})}});
     std::pair<int, int> word{-1, -1};
     shown.window->findWordIndexFromFrame(frame, false, minSegment, word.first, word.second);
-    QTEST(word, "word");
+    QCOMPARE(word, expected);
 }
 
 void TestTranscriptLookup::neighboursStopAtTheEnds()
@@ -187,55 +177,33 @@ void TestTranscriptLookup::aPositionBelongsToTheWordBeforeIt()
 
 void TestTranscriptLookup::damageCostsNoMoreThanTheDamagedWords_data()
 {
-    QTest::addColumn<std::function<void(Segments&)>>("damage");
-    QTest::addColumn<QStringList>("found");
-    const auto row = [](const char* name, const std::function<void(Segments&)>& damage, const QString& found) {
-        QTest::newRow(name) << damage << found.split(' ');
-    };
-    row(
-        "no times", [](Segments& all) { all[1].wordStarts = all[1].wordEnds = {}; }, "a b c d e f");
-    row(
-        "no ends", [](Segments& all) { all[1].wordEnds.clear(); }, "a b c d e f");
-    row(
-        "times that run backwards",
-        [](Segments& all) { std::reverse(all[1].wordStarts.begin(), all[1].wordStarts.end()); }, "a b c d e f");
-    row(
-        "enormous times", [](Segments& all) { all[2].wordStarts[0] = all[2].wordEnds[1] = 2147483647; }, "a b c d e f");
-    row(
-        "offsets past the block", [](Segments& all) { all[1].wordEndOffsets[1] = 900; }, "a b c e f");
-    row(
-        "offsets before the block", [](Segments& all) { all[1].wordStartOffsets[0] = -3; }, "a b d e f");
-    row(
-        "an end before its start", [](Segments& all) { all[1].wordEndOffsets[1] = 1; }, "a b c e f");
-    row(
-        "too few offsets", [](Segments& all) { all[1].wordEndOffsets.pop_back(); }, "a b c e f");
-    row(
-        "no words", [](Segments& all) { all[1] = segmentAt(1, {}); }, "a b e f");
-    row(
-        "line breaks", [](Segments& all) { all[1].text = "c\nd"; }, "a b c d e f");
-    row(
-        "emoji and combining marks",
-        [](Segments& all) { all[1] = segmentOf(1, 1000, QStringLiteral("👩‍🚀 é́")); },
-        QStringLiteral("a b 👩‍🚀 é́ e f"));
-    row(
-        "inside an emoji",
-        [](Segments& all) {
-            all[1] = segmentOf(1, 1000, QStringLiteral("😀 d"));
-            all[1].wordEndOffsets[0] = 1;
-        },
-        QStringLiteral("a b ? d e f"));
-    row(
-        "not UTF-8",
-        [](Segments& all) {
-            all[1].text = "c\xff"
-                          "d";
-        },
-        "a b c d e f");
+    const support::Rows<QString, std::function<void(Segments&)>> row;
+    row("no times", "a b c d e f", [](Segments& all) { all[1].wordStarts = all[1].wordEnds = {}; });
+    row("no ends", "a b c d e f", [](Segments& all) { all[1].wordEnds.clear(); });
+    row("times that run backwards", "a b c d e f",
+        [](Segments& all) { std::reverse(all[1].wordStarts.begin(), all[1].wordStarts.end()); });
+    row("enormous times", "a b c d e f", [](Segments& all) { all[2].wordStarts[0] = all[2].wordEnds[1] = 2147483647; });
+    row("offsets past the block", "a b c e f", [](Segments& all) { all[1].wordEndOffsets[1] = 900; });
+    row("offsets before the block", "a b d e f", [](Segments& all) { all[1].wordStartOffsets[0] = -3; });
+    row("an end before its start", "a b c e f", [](Segments& all) { all[1].wordEndOffsets[1] = 1; });
+    row("too few offsets", "a b c e f", [](Segments& all) { all[1].wordEndOffsets.pop_back(); });
+    row("no words", "a b e f", [](Segments& all) { all[1] = segmentAt(1, {}); });
+    row("line breaks", "a b c d e f", [](Segments& all) { all[1].text = "c\nd"; });
+    row("emoji and combining marks", QStringLiteral("a b 👩‍🚀 é́ e f"),
+        [](Segments& all) { all[1] = segmentOf(1, 1000, QStringLiteral("👩‍🚀 é́")); });
+    row("inside an emoji", QStringLiteral("a b ? d e f"), [](Segments& all) {
+        all[1] = segmentOf(1, 1000, QStringLiteral("😀 d"));
+        all[1].wordEndOffsets[0] = 1;
+    });
+    row("not UTF-8", "a b c d e f", [](Segments& all) {
+        all[1].text = "c\xff"
+                      "d";
+    });
 }
 
 void TestTranscriptLookup::damageCostsNoMoreThanTheDamagedWords()
 {
-    QFETCH(std::function<void(Segments&)>, damage);
+    const auto [expected, damage] = support::fetched<QString, std::function<void(Segments&)>>();
     Segments segments{segmentOf(0, 0, "a b"), segmentOf(1, 1000, "c d"), segmentOf(2, 2000, "e f")};
     damage(segments);
     const ShownTranscript shown({segments});
@@ -252,7 +220,7 @@ void TestTranscriptLookup::damageCostsNoMoreThanTheDamagedWords()
             found += cursor.selectedText().isValidUtf16() ? cursor.selectedText() : QStringLiteral("?");
         }
     }
-    QTEST(found, "found");
+    QCOMPARE(found.join(' '), expected);
     for (const bool converts : {true, false}) {
         shown.info->convertsNothing = !converts;
         for (int frame = -2; frame < 100; ++frame)

@@ -5,7 +5,6 @@
 #include <QAction>
 #include <QLineEdit>
 #include <QScrollBar>
-#include <QSignalSpy>
 #include <QTextBlock>
 
 using support::RecordingTranscriptInfo;
@@ -45,26 +44,24 @@ private slots:
 
     void everyOccurrenceIsHighlighted_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QStringList>("expected");
-        QTest::newRow("case does not matter") << "ONE" << QStringList{"One", "one", "one"};
-        QTest::newRow("phrase across punctuation") << "one two" << QStringList{"One, two"};
-        QTest::newRow("typed punctuation counts as a blank") << "two's" << QStringList{"two's"};
-        QTest::newRow("inside a word") << "othin" << QStringList{"othin"};
-        QTest::newRow("symbols stand for themselves") << "$5" << QStringList{"$5"};
-        QTest::newRow("phrase over two lines")
-            << "two's nothing" << QStringList{QString("two's%1Nothing").arg(QChar(0x2029))};
-        QTest::newRow("only punctuation") << "?!" << QStringList{};
-        QTest::newRow("only blanks") << "  " << QStringList{};
-        QTest::newRow("not there") << "three" << QStringList{};
+        const support::Rows<QString, QStringList> row;
+        row("case does not matter", "ONE", {"One", "one", "one"});
+        row("phrase across punctuation", "one two", {"One, two"});
+        row("typed punctuation counts as a blank", "two's", {"two's"});
+        row("inside a word", "othin", {"othin"});
+        row("symbols stand for themselves", "$5", {"$5"});
+        row("phrase over two lines", "two's nothing", {QString("two's%1Nothing").arg(QChar(0x2029))});
+        row("only punctuation", "?!", {});
+        row("only blanks", "  ", {});
+        row("not there", "three", {});
     }
 
     void everyOccurrenceIsHighlighted()
     {
-        QFETCH(QString, typed);
+        const auto [typed, expected] = support::fetched<QString, QStringList>();
         const ShownTranscript shown(threeLines());
         type(shown, typed);
-        QTEST(highlighted(shown.text()), "expected");
+        QCOMPARE(highlighted(shown.text()), expected);
         QTest::keyClick(line(shown), Qt::Key_Escape);
         QVERIFY(highlighted(shown.text()).isEmpty());
     }

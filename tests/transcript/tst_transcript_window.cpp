@@ -6,7 +6,6 @@
 #include <QMenu>
 #include <QMetaMethod>
 #include <QScrollBar>
-#include <QSignalSpy>
 #include <QTextBlock>
 
 using support::segmentOf;
@@ -54,240 +53,228 @@ class TestTranscriptWindow : public QObject
     Q_OBJECT
 
 private slots:
-    void slotsAreListedInTheirOrder();
-    void theMenuHandsRequestsToTheHost_data();
-    void theMenuHandsRequestsToTheHost();
-    void theChecksShowAndStoreWhatIsVisible();
-    void theTrackButtonIsTheParentOfWhatItAsksFor();
-    void hiddenClipsTakeNoRoom();
-    void aFontIsAskedForOnceAndStored();
-    void linesLieOneBelowTheOther_data();
-    void linesLieOneBelowTheOther();
-    void theTextInViewStaysThroughAChangeOfWidth();
-    void aRefreshKeepsThePlaceIfAsked();
-    void aBoldWordMovesNoOther_data();
-    void aBoldWordMovesNoOther();
-    void aMarkedSelectionDoesNotScroll();
-};
 
-void TestTranscriptWindow::slotsAreListedInTheirOrder()
-{
-    QStringList listed;
-    const QMetaObject& meta = STT_TranscriptManagerWindow::staticMetaObject;
-    for (int at = meta.methodOffset(); at < meta.methodCount(); ++at) {
-        if (meta.method(at).methodType() == QMetaMethod::Slot)
-            listed += QString::fromLatin1(meta.method(at).name());
-    }
-    QCOMPARE(listed.join(' '), QLatin1String(slotsInOrder));
-}
-
-void TestTranscriptWindow::theMenuHandsRequestsToTheHost_data()
-{
-    QTest::addColumn<QStringList>("calls");
-    QTest::newRow("Transcribe Remaining Clips") << QStringList({"transcribe(ALL)", "refreshTranscript()"});
-    QTest::newRow("Create Script from Clip") << QStringList("createScriptFromClip()");
-    QTest::newRow("Create SubCap...") << QStringList("createSubcaptions()");
-    QTest::newRow("Export Transcript") << QStringList("exportTranscript()");
-    QTest::newRow("Export SubCap") << QStringList("exportSubcaptions()");
-}
-
-void TestTranscriptWindow::theMenuHandsRequestsToTheHost()
-{
-    const ShownTranscript shown({{segmentOf(0, 0, "a")}, {}, {{"guid", "clip", 900}}});
-    QTest::mouseClick(shown.window->findChild<QWidget*>("m_menuButton"), Qt::LeftButton);
-    auto* menu = shown.window->findChild<QMenu*>();
-    QTRY_VERIFY(menu->isVisible());
-    QAction* action = actionOf(shown, QString::fromLatin1(QTest::currentDataTag()));
-    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
-    QTEST(shown.info->takeCalls(), "calls");
-}
-
-void TestTranscriptWindow::theChecksShowAndStoreWhatIsVisible()
-{
-    const ShownTranscript shown({transcriptOf(20, 10)});
-    const qreal both = blockOf(shown, 0).blockFormat().leftMargin();
-    actionOf(shown, "Show Timecode")->trigger();
-    const qreal speaker = blockOf(shown, 19).blockFormat().leftMargin();
-    actionOf(shown, "Show Speaker")->trigger();
-    const qreal none = blockOf(shown, 7).blockFormat().leftMargin();
-    QVERIFY(none < speaker && speaker < both);
-    QVERIFY(!shown.entry(0)->isVisible());
-    actionOf(shown, "Show Timecode")->trigger();
-    QVERIFY(shown.entry(0)->isVisible());
-    QCOMPARE(shown.info->takeCalls(), QStringList({"storeTimecodeVisibility(hidden)", "storeSpeakerVisibility(hidden)",
-                                                   "storeTimecodeVisibility(shown)"}));
-}
-
-void TestTranscriptWindow::theTrackButtonIsTheParentOfWhatItAsksFor()
-{
-    const ShownTranscript shown({transcriptOf(3, 4)});
-    QSignalSpy asked(shown.window.get(), &STT_TranscriptManagerWindow::selectTracks);
-    auto* button = shown.window->findChild<QWidget*>("m_trackButton");
-    QTest::mouseClick(button, Qt::LeftButton);
-    QCOMPARE(asked.value(0).value(0).value<QWidget*>(), button);
-}
-
-void TestTranscriptWindow::hiddenClipsTakeNoRoom()
-{
-    const ShownTranscript shown(
-        {transcriptOf(3, 4), {}, {{"a", "first", 0}, {"b", "between", 2500}, {"c", "last", 9000}}});
-    QCOMPARE(shown.window->missingWidgets().size(), 3);
-    QCOMPARE(shown.window->getBlockNumberForSegment(2), 4);
-    QCOMPARE(shown.window->getBlockNumberForSegment(3), -1);
-    actionOf(shown, "Show Not Transcribed")->trigger();
-    QCOMPARE(shown.window->missingWidgets().size(), 0);
-    QCOMPARE(shown.window->entryWidgets().size(), 3);
-    const auto topOf = [&shown](int block) { return shown.text().blockRect(blockOf(shown, block)).top(); };
-    QCOMPARE(topOf(4) - topOf(2), topOf(2) - topOf(1));
-    QCOMPARE(shown.text().visibleBlocks().first, 1);
-    QCOMPARE(shown.text().visibleBlocks().last, 4);
-    actionOf(shown, "Show Not Transcribed")->trigger();
-    QCOMPARE(shown.window->missingWidgets().size(), 3);
-    QCOMPARE(shown.info->takeCalls(),
-             QStringList({"storeNotTranscribedVisibility(hidden)", "storeNotTranscribedVisibility(shown)"}));
-}
-
-void TestTranscriptWindow::aFontIsAskedForOnceAndStored()
-{
-    auto owned = std::make_unique<support::RecordingTranscriptInfo>();
-    support::RecordingTranscriptInfo& host = *owned;
-    STT_TranscriptManagerWindow window(std::move(owned));
-    QCOMPARE(host.takeCalls(), QStringList("storeFont(Courier New, 12)"));
-    window.show();
-    window.setFontSlot();
-    auto* dialog = window.findChild<QFontDialog*>();
-    QVERIFY(dialog);
-    dialog->setCurrentFont(QFont("DejaVu Serif", 20));
-    host.takeCalls();
-    dialog->accept();
-    QCOMPARE(host.takeCalls(), QStringList("storeFont(DejaVu Serif, 20)"));
-    QCOMPARE(window.getTranscriptTextEdit()->document()->defaultFont().family(), QStringLiteral("DejaVu Serif"));
-}
-
-void TestTranscriptWindow::linesLieOneBelowTheOther_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::newRow("latin") << QString();
-    QTest::newRow("right to left") << QStringLiteral("שלום עולם זה תמליל מימין לשמאל עם כמה מילים");
-    QTest::newRow("without blanks") << QString(400, QChar(0x4eca));
-    QTest::newRow("emoji") << QStringLiteral("👩‍🚀👩‍🚀👩‍🚀 é́ 😀😀 ").repeated(20);
-    QTest::newRow("nothing") << QString();
-}
-
-void TestTranscriptWindow::linesLieOneBelowTheOther()
-{
-    QFETCH(QString, text);
-    std::vector<STT_TranscriptSegment> segments = transcriptOf(300, 14);
-    for (STT_TranscriptSegment& segment : segments) {
-        if (!text.isNull())
-            segment.text = text.toStdString();
-    }
-    const ShownTranscript shown({segments});
-    STT_TranscriptTextEdit& edit = shown.text();
-    QScrollBar* bar = edit.verticalScrollBar();
-    // Jumps first, so that what lies between is estimated while its neighbours are measured.
-    bar->setValue(bar->maximum() / 2);
-    bar->setValue(bar->maximum());
-    QCOMPARE(bar->value(), bar->maximum());
-    QCOMPARE(edit.visibleBlocks().last, 299);
-    bar->setValue(bar->maximum() / 3);
-    bar->setValue(0);
-    for (int scrolled = -1; scrolled != bar->value();) {
-        scrolled = bar->value();
-        const auto view = edit.visibleBlocks();
-        const QPoint below(edit.viewport()->width() / 2, edit.blockRect(blockOf(shown, view.last)).top() + 1);
-        if (below.y() < edit.viewport()->height())
-            QCOMPARE(edit.cursorForPosition(below).blockNumber(), view.last);
-        for (int number = view.first; number < view.last; ++number) {
-            const int gap =
-                edit.blockRect(blockOf(shown, number + 1)).top() - edit.blockRect(blockOf(shown, number)).bottom();
-            QCOMPARE(gap, 11);
+    void slotsAreListedInTheirOrder()
+    {
+        QStringList listed;
+        const QMetaObject& meta = STT_TranscriptManagerWindow::staticMetaObject;
+        for (int at = meta.methodOffset(); at < meta.methodCount(); ++at) {
+            if (meta.method(at).methodType() == QMetaMethod::Slot)
+                listed += QString::fromLatin1(meta.method(at).name());
         }
-        bar->setValue(scrolled + edit.viewport()->height() - 40);
+        QCOMPARE(listed.join(' '), QLatin1String(slotsInOrder));
     }
-    QCOMPARE(edit.visibleBlocks().last, 299);
-    QVERIFY(edit.isInView(edit.getTranscriptRectForCursor(QTextCursor(blockOf(shown, 299)))));
-}
 
-void TestTranscriptWindow::theTextInViewStaysThroughAChangeOfWidth()
-{
-    const ShownTranscript shown({transcriptOf(2000, 14)});
-    QScrollBar* bar = shown.text().verticalScrollBar();
-    bar->setValue(bar->maximum() / 2);
-    const int first = shown.text().visibleBlocks().first;
-    for (const int width : {700, 560, 900, 801, 800}) {
-        shown.window->resize(width, 500);
+    void theMenuHandsRequestsToTheHost_data()
+    {
+        const support::Rows<QStringList> row;
+        row("Transcribe Remaining Clips", {"transcribe(ALL)", "refreshTranscript()"});
+        row("Create Script from Clip", QStringList("createScriptFromClip()"));
+        row("Create SubCap...", QStringList("createSubcaptions()"));
+        row("Export Transcript", QStringList("exportTranscript()"));
+        row("Export SubCap", QStringList("exportSubcaptions()"));
+    }
+
+    void theMenuHandsRequestsToTheHost()
+    {
+        const auto [calls] = support::fetched<QStringList>();
+        const ShownTranscript shown({{segmentOf(0, 0, "a")}, {}, {{"guid", "clip", 900}}});
+        QTest::mouseClick(shown.window->findChild<QWidget*>("m_menuButton"), Qt::LeftButton);
+        auto* menu = shown.window->findChild<QMenu*>();
+        QTRY_VERIFY(menu->isVisible());
+        QAction* action = actionOf(shown, QString::fromLatin1(QTest::currentDataTag()));
+        QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
+        QCOMPARE(shown.info->takeCalls(), calls);
+    }
+
+    void theChecksShowAndStoreWhatIsVisible()
+    {
+        const ShownTranscript shown({transcriptOf(20, 10)});
+        const qreal both = blockOf(shown, 0).blockFormat().leftMargin();
+        actionOf(shown, "Show Timecode")->trigger();
+        const qreal speaker = blockOf(shown, 19).blockFormat().leftMargin();
+        actionOf(shown, "Show Speaker")->trigger();
+        const qreal none = blockOf(shown, 7).blockFormat().leftMargin();
+        QVERIFY(none < speaker && speaker < both);
+        QVERIFY(!shown.entry(0)->isVisible());
+        actionOf(shown, "Show Timecode")->trigger();
+        QVERIFY(shown.entry(0)->isVisible());
+        QCOMPARE(shown.info->takeCalls(),
+                 QStringList({"storeTimecodeVisibility(hidden)", "storeSpeakerVisibility(hidden)",
+                              "storeTimecodeVisibility(shown)"}));
+    }
+
+    void theTrackButtonIsTheParentOfWhatItAsksFor()
+    {
+        const ShownTranscript shown({transcriptOf(3, 4)});
+        QSignalSpy asked(shown.window.get(), &STT_TranscriptManagerWindow::selectTracks);
+        auto* button = shown.window->findChild<QWidget*>("m_trackButton");
+        QTest::mouseClick(button, Qt::LeftButton);
+        QCOMPARE(asked.value(0).value(0).value<QWidget*>(), button);
+    }
+
+    void hiddenClipsTakeNoRoom()
+    {
+        const ShownTranscript shown(
+            {transcriptOf(3, 4), {}, {{"a", "first", 0}, {"b", "between", 2500}, {"c", "last", 9000}}});
+        QCOMPARE(shown.window->missingWidgets().size(), 3);
+        QCOMPARE(shown.window->getBlockNumberForSegment(2), 4);
+        QCOMPARE(shown.window->getBlockNumberForSegment(3), -1);
+        actionOf(shown, "Show Not Transcribed")->trigger();
+        QCOMPARE(shown.window->missingWidgets().size(), 0);
+        QCOMPARE(shown.window->entryWidgets().size(), 3);
+        const auto topOf = [&shown](int block) { return shown.text().blockRect(blockOf(shown, block)).top(); };
+        QCOMPARE(topOf(4) - topOf(2), topOf(2) - topOf(1));
+        QCOMPARE(shown.text().visibleBlocks().first, 1);
+        QCOMPARE(shown.text().visibleBlocks().last, 4);
+        actionOf(shown, "Show Not Transcribed")->trigger();
+        QCOMPARE(shown.window->missingWidgets().size(), 3);
+        QCOMPARE(shown.info->takeCalls(),
+                 QStringList({"storeNotTranscribedVisibility(hidden)", "storeNotTranscribedVisibility(shown)"}));
+    }
+
+    void aFontIsAskedForOnceAndStored()
+    {
+        auto owned = std::make_unique<support::RecordingTranscriptInfo>();
+        support::RecordingTranscriptInfo& host = *owned;
+        STT_TranscriptManagerWindow window(std::move(owned));
+        QCOMPARE(host.takeCalls(), QStringList("storeFont(Courier New, 12)"));
+        window.show();
+        window.setFontSlot();
+        auto* dialog = window.findChild<QFontDialog*>();
+        QVERIFY(dialog);
+        dialog->setCurrentFont(QFont("DejaVu Serif", 20));
+        host.takeCalls();
+        dialog->accept();
+        QCOMPARE(host.takeCalls(), QStringList("storeFont(DejaVu Serif, 20)"));
+        QCOMPARE(window.getTranscriptTextEdit()->document()->defaultFont().family(), QStringLiteral("DejaVu Serif"));
+    }
+
+    void linesLieOneBelowTheOther_data()
+    {
+        const support::Rows<QString> row;
+        row("latin", QString());
+        row("right to left", QStringLiteral("שלום עולם זה תמליל מימין לשמאל עם כמה מילים"));
+        row("without blanks", QString(400, QChar(0x4eca)));
+        row("emoji", QStringLiteral("👩‍🚀👩‍🚀👩‍🚀 é́ 😀😀 ").repeated(20));
+        row("nothing", QString(""));
+    }
+
+    void linesLieOneBelowTheOther()
+    {
+        const auto [text] = support::fetched<QString>();
+        std::vector<STT_TranscriptSegment> segments = transcriptOf(300, 14);
+        for (STT_TranscriptSegment& segment : segments) {
+            if (!text.isNull())
+                segment.text = text.toStdString();
+        }
+        const ShownTranscript shown({segments});
+        STT_TranscriptTextEdit& edit = shown.text();
+        QScrollBar* bar = edit.verticalScrollBar();
+        // Jumps first, so that what lies between is estimated while its neighbours are measured.
+        bar->setValue(bar->maximum() / 2);
+        bar->setValue(bar->maximum());
+        QCOMPARE(bar->value(), bar->maximum());
+        QCOMPARE(edit.visibleBlocks().last, 299);
+        bar->setValue(bar->maximum() / 3);
+        bar->setValue(0);
+        for (int scrolled = -1; scrolled != bar->value();) {
+            scrolled = bar->value();
+            const auto view = edit.visibleBlocks();
+            const QPoint below(edit.viewport()->width() / 2, edit.blockRect(blockOf(shown, view.last)).top() + 1);
+            if (below.y() < edit.viewport()->height())
+                QCOMPARE(edit.cursorForPosition(below).blockNumber(), view.last);
+            for (int number = view.first; number < view.last; ++number) {
+                const int gap =
+                    edit.blockRect(blockOf(shown, number + 1)).top() - edit.blockRect(blockOf(shown, number)).bottom();
+                QCOMPARE(gap, 11);
+            }
+            bar->setValue(scrolled + edit.viewport()->height() - 40);
+        }
+        QCOMPARE(edit.visibleBlocks().last, 299);
+        QVERIFY(edit.isInView(edit.getTranscriptRectForCursor(QTextCursor(blockOf(shown, 299)))));
+    }
+
+    void theTextInViewStaysThroughAChangeOfWidth()
+    {
+        const ShownTranscript shown({transcriptOf(2000, 14)});
+        QScrollBar* bar = shown.text().verticalScrollBar();
+        bar->setValue(bar->maximum() / 2);
+        const int first = shown.text().visibleBlocks().first;
+        for (const int width : {700, 560, 900, 801, 800}) {
+            shown.window->resize(width, 500);
+            QCOMPARE(shown.text().visibleBlocks().first, first);
+        }
+    }
+
+    void aRefreshKeepsThePlaceIfAsked()
+    {
+        const ShownTranscript shown({transcriptOf(2000, 14)});
+        shown.window->GangButtonClickedSlot();
+        QScrollBar* bar = shown.text().verticalScrollBar();
+        bar->setValue(bar->maximum() / 2);
+        const int first = shown.text().visibleBlocks().first;
+        const int top = shown.text().blockRect(blockOf(shown, first)).top();
+        QSignalSpy done(shown.window.get(), &STT_TranscriptManagerWindow::refreshDoneSignal);
+        shown.window->TranscriptInfoChangedSlot(true);
+        QCOMPARE(done.size(), 1);
         QCOMPARE(shown.text().visibleBlocks().first, first);
+        QCOMPARE(shown.text().blockRect(blockOf(shown, first)).top(), top);
+        shown.window->TranscriptInfoChangedSlot(false);
+        QCOMPARE(bar->value(), 0);
     }
-}
 
-void TestTranscriptWindow::aRefreshKeepsThePlaceIfAsked()
-{
-    const ShownTranscript shown({transcriptOf(2000, 14)});
-    shown.window->GangButtonClickedSlot();
-    QScrollBar* bar = shown.text().verticalScrollBar();
-    bar->setValue(bar->maximum() / 2);
-    const int first = shown.text().visibleBlocks().first;
-    const int top = shown.text().blockRect(blockOf(shown, first)).top();
-    QSignalSpy done(shown.window.get(), &STT_TranscriptManagerWindow::refreshDoneSignal);
-    shown.window->TranscriptInfoChangedSlot(true);
-    QCOMPARE(done.size(), 1);
-    QCOMPARE(shown.text().visibleBlocks().first, first);
-    QCOMPARE(shown.text().blockRect(blockOf(shown, first)).top(), top);
-    shown.window->TranscriptInfoChangedSlot(false);
-    QCOMPARE(bar->value(), 0);
-}
-
-void TestTranscriptWindow::aBoldWordMovesNoOther_data()
-{
-    QTest::addColumn<QString>("family");
-    QTest::addColumn<QString>("text");
-    const QString latin = QStringLiteral("Waves will AVAIL, \"office\" fjord minimum; illicit (wax) WWW mmm iii end");
-    for (const char* family : {"DejaVu Sans", "DejaVu Serif", "Courier New"}) {
-        QTest::addRow("%s", family) << family << latin.repeated(3);
-        QTest::addRow("%s, right to left", family)
-            << family << QStringLiteral("שלום עולם, זה תמליל מימין לשמאל ").repeated(6);
+    void aBoldWordMovesNoOther_data()
+    {
+        const support::Rows<QString, QString> row;
+        const QString latin =
+            QStringLiteral("Waves will AVAIL, \"office\" fjord minimum; illicit (wax) WWW mmm iii end");
+        for (const char* family : {"DejaVu Sans", "DejaVu Serif", "Courier New"}) {
+            row(family, family, latin.repeated(3));
+            row(qPrintable(QString(family) + ", right to left"), family,
+                QStringLiteral("שלום עולם, זה תמליל מימין לשמאל ").repeated(6));
+        }
+        row("joined letters", "DejaVu Sans", QStringLiteral("مرحبا بالعالم هذا نص"));
     }
-    QTest::newRow("joined letters") << "DejaVu Sans" << QStringLiteral("مرحبا بالعالم هذا نص");
-}
 
-void TestTranscriptWindow::aBoldWordMovesNoOther()
-{
-    QFETCH(QString, family);
-    QFETCH(QString, text);
-    const ShownTranscript shown({{segmentOf(0, 0, text.simplified()), segmentOf(1, 90000, "end")}});
-    shown.text().setTranscriptFont(QFont(family, 13));
-    QCoreApplication::processEvents();
-    shown.window->clearWordBolding();
-    const QTextBlock block = blockOf(shown, 0);
-    shown.text().blockRect(block);
-    const QVector<QPointF> before = placesIn(block);
-    const STT_TranscriptSegment& segment = shown.info->source.segments[0];
-    for (std::size_t word = 0; word < segment.wordStarts.size(); ++word) {
-        shown.window->moveBoldText(segment.wordStartOffsets[word], segment.wordEndOffsets[word], false);
+    void aBoldWordMovesNoOther()
+    {
+        const auto [family, text] = support::fetched<QString, QString>();
+        const ShownTranscript shown({{segmentOf(0, 0, text.simplified()), segmentOf(1, 90000, "end")}});
+        shown.text().setTranscriptFont(QFont(family, 13));
+        QCoreApplication::processEvents();
+        shown.window->clearWordBolding();
+        const QTextBlock block = blockOf(shown, 0);
         shown.text().blockRect(block);
-        const QVector<QPointF> now = placesIn(block);
-        for (int at = 0; at < now.size(); ++at) {
-            const bool isInside = at > segment.wordStartOffsets[word] && at <= segment.wordEndOffsets[word];
-            QCOMPARE(now[at].y(), before[at].y());
-            if (!isInside)
-                QVERIFY2(qAbs(now[at].x() - before[at].x()) < 0.5,
-                         qPrintable(
-                             QString("word %1, character %2: %3").arg(word).arg(at).arg(now[at].x() - before[at].x())));
+        const QVector<QPointF> before = placesIn(block);
+        const STT_TranscriptSegment& segment = shown.info->source.segments[0];
+        for (std::size_t word = 0; word < segment.wordStarts.size(); ++word) {
+            shown.window->moveBoldText(segment.wordStartOffsets[word], segment.wordEndOffsets[word], false);
+            shown.text().blockRect(block);
+            const QVector<QPointF> now = placesIn(block);
+            for (int at = 0; at < now.size(); ++at) {
+                const bool isInside = at > segment.wordStartOffsets[word] && at <= segment.wordEndOffsets[word];
+                QCOMPARE(now[at].y(), before[at].y());
+                if (!isInside)
+                    QVERIFY2(
+                        qAbs(now[at].x() - before[at].x()) < 0.5,
+                        qPrintable(
+                            QString("word %1, character %2: %3").arg(word).arg(at).arg(now[at].x() - before[at].x())));
+            }
         }
     }
-}
 
-void TestTranscriptWindow::aMarkedSelectionDoesNotScroll()
-{
-    const ShownTranscript shown({transcriptOf(2000, 14)});
-    QScrollBar* bar = shown.text().verticalScrollBar();
-    bar->setValue(1234);
-    shown.window->MarkInChangedSlot(100000);
-    shown.window->MarkOutChangedSlot(100500);
-    QVERIFY(shown.text().textCursor().hasSelection());
-    QCOMPARE(bar->value(), 1234);
-}
+    void aMarkedSelectionDoesNotScroll()
+    {
+        const ShownTranscript shown({transcriptOf(2000, 14)});
+        QScrollBar* bar = shown.text().verticalScrollBar();
+        bar->setValue(1234);
+        shown.window->MarkInChangedSlot(100000);
+        shown.window->MarkOutChangedSlot(100500);
+        QVERIFY(shown.text().textCursor().hasSelection());
+        QCOMPARE(bar->value(), 1234);
+    }
+};
 
 STRATACUT_TEST_MAIN(TestTranscriptWindow)
 #include "tst_transcript_window.moc"
