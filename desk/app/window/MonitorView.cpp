@@ -1,6 +1,5 @@
 #include "desk/app/window/MonitorView.h"
 
-#include "ViewDeckQt/PaletteManager.h"
 #include "desk/app/window/PaneParts.h"
 
 #include <QEvent>
@@ -12,9 +11,10 @@ namespace desk::app
 
 namespace
 {
-// Screens are black in either skin; what stands on them is grey.
+// Screens are black in either skin, and what stands on them is not the skin's.
 const QColor screenColor(12, 12, 13);
 const QColor quietText(150, 152, 156);
+const QColor attentionText(255, 184, 76);
 } // namespace
 
 MonitorView::MonitorView(QWidget* parent) : QWidget(parent)
@@ -76,8 +76,7 @@ QRectF MonitorView::placeOf(const media::Preview& picture) const
 
 void MonitorView::drawMessage(QPainter& painter) const
 {
-    const bool attention = m_tone == Tone::Attention;
-    painter.setPen(attention ? Palette::PaletteManager::Instance().color(QStringLiteral("AttentionColor")) : quietText);
+    painter.setPen(m_tone == Tone::Attention ? attentionText : quietText);
     const int margin = 2 * spacing::margin;
     painter.drawText(rect().adjusted(margin, margin, -margin, -margin), Qt::AlignCenter | Qt::TextWordWrap, m_message);
 }
