@@ -2,6 +2,7 @@
 // shape, and what a user does most against the same in a tree of ten CPLs.
 
 #include "support/IdleHost.h"
+#include "support/Turns.h"
 
 #include "StratacutUI/IMF_Bridges.h"
 #include "StratacutUI/IMF_DataUtils.h"
@@ -14,21 +15,21 @@
 #include "ViewDeckQt/PWTextInput.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QHeaderView>
 #include <QJsonArray>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QScrollBar>
 
-#include <algorithm>
-#include <cstdio>
 #include <functional>
 #include <vector>
 
 namespace
 {
 using Model = IMF_PackageMgrQtModel;
+using turns::medians;
+using turns::print;
+using turns::timed;
 
 struct Shape {
     int deliveries;
@@ -94,53 +95,6 @@ std::unique_ptr<QStandardItemModel> texts(const Shape& shape)
     return model;
 }
 
-double milliseconds(const std::function<void()>& action)
-{
-    QElapsedTimer timer;
-    timer.start();
-    action();
-    QCoreApplication::processEvents();
-    return double(timer.nsecsElapsed()) / 1e6;
-}
-
-double medianOf(std::vector<double> times)
-{
-    const auto middle = times.begin() + std::ptrdiff_t(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
-}
-
-double median(int rounds, const std::function<void(int)>& action)
-{
-    std::vector<double> times;
-    for (int round = 0; round < rounds; ++round)
-        times.push_back(milliseconds([&] { action(round); }));
-    return medianOf(times);
-}
-
-struct Pair {
-    double first;
-    double second;
-};
-
-/// Takes turns, so that both meet the same state of the machine.
-Pair medians(int rounds, const std::function<void(int)>& first, const std::function<void(int)>& second)
-{
-    std::vector<double> firstTimes;
-    std::vector<double> secondTimes;
-    for (int round = 0; round < rounds; ++round) {
-        firstTimes.push_back(milliseconds([&] { first(round); }));
-        secondTimes.push_back(milliseconds([&] { second(round); }));
-    }
-    return {medianOf(firstTimes), medianOf(secondTimes)};
-}
-
-void print(const char* name, const Pair& times, const char* limit)
-{
-    std::printf("%s | %.2f x (%.2f against %.2f ms) | %s\n", name, times.first / times.second, times.first,
-                times.second, limit);
-}
-
 struct TreeTimes {
     double expand;
     double scroll;
@@ -150,19 +104,19 @@ struct TreeTimes {
 TreeTimes timesOf(QTreeView& tree, const std::function<void()>& insert)
 {
     TreeTimes times{};
-    times.expand = median(5, [&tree](int) {
-        tree.collapseAll();
-        tree.expandAll();
-    });
-    times.scroll = median(200, [&tree](int round) { tree.verticalScrollBar()->setValue(100 * round); });
-    times.insert = median(9, [&insert](int) { insert(); });
+    times.expand = turns::median(5, timed([&tree](int) {
+                                     tree.collapseAll();
+                                     tree.expandAll();
+                                 }));
+    times.scroll = turns::median(200, timed([&tree](int round) { tree.verticalScrollBar()->setValue(100 * round); }));
+    times.insert = turns::median(9, timed([&insert](int) { insert(); }));
     return times;
 }
 
 struct Window {
     explicit Window(const Shape& shape) : model(packages(shape))
     {
-        opening = milliseconds([this] {
+        opening = turns::milliseconds([this] {
             window = std::make_unique<IMF_ManagerWindow>(model.get(), QModelIndex());
             window->resize(1000, 760);
             window->show();
@@ -211,7 +165,7 @@ TreeTimes plainTree(double& opening)
 {
     const std::unique_ptr<QStandardItemModel> model = texts(large);
     QTreeView tree;
-    opening = milliseconds([&] {
+    opening = turns::milliseconds([&] {
         tree.setUniformRowHeights(true);
         tree.setModel(model.get());
         tree.resize(360, 760);
@@ -249,12 +203,12 @@ int main(int argc, char** argv)
     many.prepare();
     constexpr int rounds = 400;
     print("select a CPL, against the same among ten",
-          medians(
-              rounds, [&many](int round) { many.select(round); }, [&few](int round) { few.select(round); }),
+          medians(rounds, timed([&many](int round) { many.select(round); }),
+                  timed([&few](int round) { few.select(round); })),
           "1.2 x");
-    print("type in a field, against the same among ten",
-          medians(
-              rounds, [&many](int round) { many.type(round); }, [&few](int round) { few.type(round); }),
-          "1.2 x");
+    print(
+        "type in a field, against the same among ten",
+        medians(rounds, timed([&many](int round) { many.type(round); }), timed([&few](int round) { few.type(round); })),
+        "1.2 x");
     return 0;
 }

@@ -4,16 +4,19 @@
 #include "StratacutUI/STT_TranscriptManagerWindow.h"
 #include "StratacutUI/STT_TranscriptTextEdit.h"
 #include "support/RecordingTranscriptInfo.h"
+#include "support/Turns.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
+#include <QPaintEvent>
+#include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QTextBlock>
 
-#include <algorithm>
-#include <cstdio>
 #include <functional>
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -22,44 +25,58 @@ constexpr int fewest = 2000;
 constexpr int compared = 200000;
 constexpr int most = 1000000;
 const QSize windowSize(1000, 760);
+using turns::Pair;
+using turns::timed;
 
-double milliseconds(const std::function<void()>& action)
+/// Notes when the viewport of a text, with all that stands on it, has been painted for the first time.
+class PaintClock : public QApplication
 {
-    QElapsedTimer timer;
-    timer.start();
-    action();
-    QCoreApplication::processEvents();
-    return double(timer.nsecsElapsed()) / 1e6;
-}
+public:
+    using QApplication::QApplication;
 
-double medianOf(std::vector<double> times)
-{
-    const auto middle = times.begin() + std::ptrdiff_t(times.size() / 2);
-    std::nth_element(times.begin(), middle, times.end());
-    return *middle;
-}
+    void watch(const QWidget* viewport)
+    {
+        m_viewport = viewport;
+        m_paints = 0;
+    }
 
-struct Pair {
-    double first;
-    double second;
+    double painted() const { return m_painted; }
+
+    bool notify(QObject* receiver, QEvent* event) override
+    {
+        const bool isPaint = event->type() == QEvent::Paint && m_viewport && receiver->isWidgetType();
+        const bool result = QApplication::notify(receiver, event);
+        if (!isPaint || (receiver != m_viewport && !m_viewport->isAncestorOf(static_cast<QWidget*>(receiver))))
+            return result;
+        m_paints += receiver == m_viewport;
+        if (m_paints == 1)
+            m_painted = turns::now();
+        return result;
+    }
+
+private:
+    const QWidget* m_viewport = nullptr;
+    int m_paints = 0;
+    double m_painted = 0;
 };
 
-/// Takes turns, so that both meet the same state of the machine.
-Pair medians(int rounds, const std::function<void(int)>& first, const std::function<void(int)>& second)
+struct Opening {
+    double firstPaint = 0;
+    double whole = 0;
+};
+
+Opening timesOf(PaintClock& clock, const QWidget* viewport, const std::function<void()>& open)
 {
-    std::vector<double> firstTimes;
-    std::vector<double> secondTimes;
-    for (int round = 0; round < rounds; ++round) {
-        firstTimes.push_back(milliseconds([&] { first(round); }));
-        secondTimes.push_back(milliseconds([&] { second(round); }));
-    }
-    return {medianOf(firstTimes), medianOf(secondTimes)};
+    clock.watch(viewport);
+    const double start = turns::now();
+    const double whole = turns::milliseconds(open);
+    clock.watch(nullptr);
+    return {clock.painted() - start, whole};
 }
 
 void print(const char* question, int words, const Pair& times, const char* limit)
 {
-    std::printf("%s, %d words | %.3f x (%.3f against %.3f ms) | %s\n", question, words, times.first / times.second,
-                times.first, times.second, limit);
+    turns::print((question + (", " + std::to_string(words)) + " words").c_str(), times, limit);
 }
 
 QString textOf(const std::vector<STT_TranscriptSegment>& segments)
@@ -71,25 +88,40 @@ QString textOf(const std::vector<STT_TranscriptSegment>& segments)
     return text;
 }
 
+/// As long, with other words in other lines and other speakers.
+std::vector<STT_TranscriptSegment> otherThan(std::vector<STT_TranscriptSegment> segments)
+{
+    const int count = int(segments.size());
+    for (int number = 0; number < count / 2; ++number) {
+        std::swap(segments[std::size_t(number)].text, segments[std::size_t(count - 1 - number)].text);
+        std::swap(segments[std::size_t(number)].wordStartOffsets,
+                  segments[std::size_t(count - 1 - number)].wordStartOffsets);
+        std::swap(segments[std::size_t(number)].wordEndOffsets,
+                  segments[std::size_t(count - 1 - number)].wordEndOffsets);
+    }
+    for (STT_TranscriptSegment& segment : segments)
+        segment.speakerKey += 10;
+    return segments;
+}
+
 struct Transcript {
-    explicit Transcript(int count) : words(count)
+    Transcript(PaintClock& clock, int count) : words(count)
     {
         auto info = std::make_unique<support::RecordingTranscriptInfo>();
         host = info.get();
+        host->source.segments = support::transcriptOf(words / wordsASegment, wordsASegment);
+        const double start = turns::now();
         window = std::make_unique<STT_TranscriptManagerWindow>(std::move(info));
+        clock.watch(text()->viewport());
         window->resize(windowSize);
         window->show();
-        host->source.segments = support::transcriptOf(words / wordsASegment, wordsASegment);
-        open();
-        QCoreApplication::processEvents();
+        for (int round = 0; round < 5; ++round)
+            QCoreApplication::processEvents();
+        clock.watch(nullptr);
+        opening = clock.painted() - start;
     }
 
-    /// Up to the first paint.
-    void open() const
-    {
-        window->UpdateTranscriptWindow();
-        window->getTranscriptTextEdit()->viewport()->repaint();
-    }
+    STT_TranscriptTextEdit* text() const { return window->getTranscriptTextEdit(); }
 
     /// From the middle on, a word a round.
     void step(int round) const { window->NowPlayingSlot((words / 2 + round) * 500L / 40); }
@@ -97,6 +129,8 @@ struct Transcript {
     void changeWidth(int round) const { window->resize(windowSize - QSize(round % 2 ? 0 : 150, 0)); }
 
     int words;
+    /// The window's too.
+    double opening = 0;
     support::RecordingTranscriptInfo* host = nullptr;
     std::unique_ptr<STT_TranscriptManagerWindow> window;
 };
@@ -105,7 +139,7 @@ struct Transcript {
 struct Stock {
     explicit Stock(const Transcript& transcript)
     {
-        edit.setFont(transcript.window->getTranscriptTextEdit()->document()->defaultFont());
+        edit.setFont(transcript.text()->document()->defaultFont());
         edit.setReadOnly(true);
         edit.setUndoRedoEnabled(false);
         edit.setPlainText(textOf(transcript.host->source.segments));
@@ -144,62 +178,83 @@ struct Stock {
     QTextCursor bold;
 };
 
-void measureOpening(const Transcript& transcript)
+/// Another transcript than the one that is shown, as when the user takes another clip; and the same text in Qt's own
+/// widget for long texts, which lays out what is in view too.
+void measureOpening(PaintClock& clock, Transcript& transcript)
 {
-    const QString text = textOf(transcript.host->source.segments);
-    const int rounds = transcript.words >= compared ? 7 : 31;
-    const auto fillBare = [&text](int) {
-        QTextDocument bare;
-        bare.setUndoRedoEnabled(false);
-        bare.setPlainText(text);
-    };
-    const Pair times = medians(
-        rounds, [&transcript](int) { transcript.open(); }, fillBare);
-    print("open a transcript up to its first paint, against filling a bare document", transcript.words, times, "1.5 x");
+    const int rounds = transcript.words >= compared ? 9 : 61;
+    std::vector<STT_TranscriptSegment> other = otherThan(transcript.host->source.segments);
+    QPlainTextEdit plain;
+    plain.setFont(transcript.text()->document()->defaultFont());
+    plain.setReadOnly(true);
+    plain.setUndoRedoEnabled(false);
+    plain.resize(windowSize);
+    plain.show();
+    std::vector<double> firstPaints;
+    std::vector<double> wholes;
+    std::vector<double> plains;
+    std::vector<double> bares;
+    for (int round = 0; round < rounds; ++round) {
+        transcript.host->source.segments.swap(other);
+        const QString text = textOf(transcript.host->source.segments);
+        const Opening opening =
+            timesOf(clock, transcript.text()->viewport(), [&] { transcript.window->UpdateTranscriptWindow(); });
+        firstPaints.push_back(opening.firstPaint);
+        wholes.push_back(opening.whole);
+        plains.push_back(timesOf(clock, plain.viewport(), [&] { plain.setPlainText(text); }).firstPaint);
+        bares.push_back(turns::milliseconds([&text] {
+            QTextDocument bare;
+            bare.setUndoRedoEnabled(false);
+            bare.setPlainText(text);
+        }));
+    }
+    const double bare = turns::medianOf(bares);
+    const double plainPaint = turns::medianOf(plains);
+    print("open a transcript up to its first paint, against filling a bare document", transcript.words,
+          {turns::medianOf(firstPaints), bare}, "1.5 x");
+    print("the same in Qt's plain text edit, without speakers and times", transcript.words, {plainPaint, bare},
+          "no limit: for comparison");
+    print("open a transcript to the end, against Qt's plain text edit up to its first paint", transcript.words,
+          {turns::medianOf(wholes), plainPaint}, "1.5 x");
 }
 
 void measureSteps(const Transcript& few, const Transcript& transcript)
 {
     constexpr int rounds = 400;
     print("step of playback, against the same at 2,000 words", transcript.words,
-          medians(
-              rounds, [&](int round) { transcript.step(round); }, [&](int round) { few.step(round); }),
+          turns::medians(rounds, timed([&](int round) { transcript.step(round); }),
+                         timed([&](int round) { few.step(round); })),
           "1.5 x");
     print("change of width, against the same at 2,000 words", transcript.words,
-          medians(
-              61, [&](int round) { transcript.changeWidth(round); }, [&](int round) { few.changeWidth(round); }),
+          turns::medians(61, timed([&](int round) { transcript.changeWidth(round); }),
+                         timed([&](int round) { few.changeWidth(round); })),
           "1.5 x");
-}
-
-double median(int rounds, const std::function<void(int)>& action)
-{
-    std::vector<double> times;
-    for (int round = 0; round < rounds; ++round)
-        times.push_back(milliseconds([&] { action(round); }));
-    return medianOf(times);
 }
 
 /// One after the other: Qt's layout goes on in the background for a while, which the turn after it would pay for.
 void compareWithStock(const Transcript& transcript)
 {
-    const double step = median(100, [&](int round) { transcript.step(round); });
-    const double width = median(9, [&](int round) { transcript.changeWidth(round); });
+    const double step = turns::median(100, timed([&](int round) { transcript.step(round); }));
+    const double width = turns::median(9, timed([&](int round) { transcript.changeWidth(round); }));
     Stock stock(transcript);
     print("step of playback, against Qt's layout", transcript.words,
-          {step, median(100, [&](int round) { stock.step(round); })}, "0.05 x");
+          {step, turns::median(100, timed([&](int round) { stock.step(round); }))}, "0.05 x");
     print("change of width, against Qt's layout", transcript.words,
-          {width, median(9, [&](int round) { stock.changeWidth(round); })}, "0.05 x");
+          {width, turns::median(9, timed([&](int round) { stock.changeWidth(round); }))}, "0.05 x");
 }
 } // namespace
 
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    const Transcript few(fewest);
+    PaintClock clock(argc, argv);
+    const Transcript cold(clock, fewest);
+    const Transcript few(clock, fewest);
+    turns::print("first window of a process up to its first paint, against the second", {cold.opening, few.opening},
+                 "no limit: fonts and images");
     for (const int words : {fewest, 20000, compared, most}) {
-        const Transcript transcript(words);
-        measureOpening(transcript);
+        Transcript transcript(clock, words);
+        measureOpening(clock, transcript);
         measureSteps(few, transcript);
         if (words == compared)
             compareWithStock(transcript);
