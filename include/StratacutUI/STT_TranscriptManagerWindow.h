@@ -3,6 +3,7 @@
 #include "NvCore/NvUnit.h"
 #include "StratacutUI/Export.h"
 #include "StratacutUI/ITranscriptWindowInfo.h"
+#include "StratacutUI/STT_TranscriptTextEdit.h"
 
 #include <QColor>
 #include <QList>
@@ -21,7 +22,6 @@ class SegmentTimeIndex;
 class StatePage;
 class STT_EntryWidget;
 class STT_MissingTranscriptWidget;
-class STT_TranscriptTextEdit;
 
 namespace ViewDeckQt
 {
@@ -195,6 +195,7 @@ protected:
 
 private:
     struct Content;
+    enum class Showing;
     struct MenuEntry;
 
     // Construction
@@ -209,7 +210,11 @@ private:
     void showHighlightColor();
 
     // Text
-    void fillText();
+    void rebuild(Showing first);
+    void fillText(Showing first);
+    void addLines(STT_TranscriptTextEdit::Lines& lines, const Content& content, std::size_t end);
+    std::size_t linesToShowFirst(const Content& content);
+    void paintFirstLines();
     void refreshLines(const std::vector<STT_MissingTranscript>& clips);
     void finishRefresh();
     void addMissingTranscript(const STT_MissingTranscript& clip, int block);
@@ -227,6 +232,8 @@ private:
     STT_EntryWidget* entryInView(int segment);
 
     // Following
+    class Bolding;
+    void bringIntoView(int start, int end);
     bool canFollow() const;
     void setGang(bool on);
     bool selectWord(QTextCursor& cursor, int start, int end) const;
@@ -243,7 +250,8 @@ private:
     std::unique_ptr<SegmentTimeIndex> m_index;
     /// The block of each segment.
     std::vector<int> m_blocks;
-    /// Of what the text was filled with.
+    /// How often the text was filled, and of what.
+    std::size_t m_fills = 0;
     std::size_t m_fingerprint = 0;
     /// The blocks of clips that have no transcript.
     std::vector<int> m_missingBlocks;

@@ -2,10 +2,12 @@
 
 #include "StratacutUI/Export.h"
 
+#include <QTextBlock>
 #include <QTextCursor>
 #include <QTextEdit>
 
 #include <optional>
+#include <string>
 #include <vector>
 
 class TranscriptLayout;
@@ -37,8 +39,8 @@ public:
         void reserve(int lines, int characters);
 
         /// Line breaks and other characters that would end a block become blanks, so that offsets in the line hold.
-        /// @param state the block's user state; -1 for one that is no segment.
-        void add(QString line, int state);
+        /// @param line UTF-8. @param state the block's user state; -1 for one that is no segment.
+        void add(const std::string& line, int state);
 
         int count() const { return int(m_states.size()); }
 
@@ -70,8 +72,17 @@ public:
 
     /// Replaces the whole text and shows its beginning.
     void setLines(const Lines& lines);
+
+    /// Adds those lines that were added to the ones of setLines since; the view stays where it is.
+    void addLines(const Lines& lines);
+    /// More lines than this are never in view at a time.
+    int mostLinesInView() const;
+
     /// Merges a format into that of every block; the place that is in view stays.
     void mergeBlockFormats(const QTextBlockFormat& format);
+
+    /// Merges a weight and a colour into a word, the cursor's selection, whose place holds the width of its bold form.
+    void mergeWordFormat(QTextCursor& word, const QTextCharFormat& format);
 
     /// What is at the upper edge of the view, in a way that outlives a change of the text.
     struct View {
@@ -142,6 +153,7 @@ private:
         qreal top = 0;
     };
 
+    static void setStates(const Lines& lines, QTextBlock from);
     Anchor anchorInView() const;
     qreal topOf(int position) const;
     void settle(const Anchor& anchor);

@@ -175,6 +175,7 @@ EntryColumn::Places EntryColumn::placesInView() const
     const QRect view = m_edit->viewport()->rect();
     const int scrolled = m_edit->verticalScrollBar()->value();
     const int fieldHeight = LineParts::fieldHeight(m_edit->font());
+    const int width = gutterWidth();
     const int first = std::max(layout->hitTest(QPointF(0, scrolled), Qt::FuzzyHit), 0);
     for (QTextBlock block = m_edit->document()->findBlock(first); block.isValid(); block = block.next()) {
         const QRectF bounds = layout->blockBoundingRect(block);
@@ -184,11 +185,11 @@ EntryColumn::Places EntryColumn::placesInView() const
         if (!block.isVisible())
             continue;
         if (block.userState() >= 0) {
-            const QRect gutter(0, top, gutterWidth(), int(bounds.height()));
+            const QRect gutter(0, top, width, int(bounds.height()));
             places.entries.push_back({block.userState(), besideFirstLine(block, gutter, fieldHeight)});
         } else if (clipOf(block)) {
-            const int width = view.width() - 2 * LineParts::clipEdge;
-            const QRect line(LineParts::clipEdge, top, width, int(bounds.height()));
+            const int edge = LineParts::clipEdge;
+            const QRect line(edge, top, view.width() - 2 * edge, int(bounds.height()));
             places.clips.push_back({block.blockNumber(), line});
         }
     }

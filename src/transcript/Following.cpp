@@ -9,8 +9,29 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 using Window = STT_TranscriptManagerWindow;
+
+/// All words that change at a step are one edit of the document.
+class Window::Bolding
+{
+public:
+    // Qt reports every edit as a change of the selection.
+    explicit Bolding(Window& window) : m_bolding(window.m_isBolding, true), m_edit(window.m_textEdit->document())
+    {
+        m_edit.beginEditBlock();
+    }
+
+    ~Bolding() { m_edit.endEditBlock(); }
+
+    Bolding(const Bolding&) = delete;
+    Bolding& operator=(const Bolding&) = delete;
+
+private:
+    QScopedValueRollback<bool> m_bolding;
+    QTextCursor m_edit;
+};
 
 bool Window::canFollow() const
 {
@@ -62,13 +83,22 @@ void Window::followMonitor(NvUnit_t frame, bool keepView)
         return;
     const bool isLeftByTheUser = keepView && m_boldedCursor.hasSelection() &&
                                  !m_textEdit->isInView(m_textEdit->getTranscriptRectForCursor(m_boldedCursor));
-    moveBoldText(start, end, !isLeftByTheUser);
+    std::vector<std::pair<int, int>> others;
     for (int asked = segment + 1;; asked = segment + 1) {
-        findWordPosFromFrame(int(frame), false, asked, &start, &end, &segment);
+        int otherStart = -1;
+        int otherEnd = -1;
+        findWordPosFromFrame(int(frame), false, asked, &otherStart, &otherEnd, &segment);
         if (segment < asked)
             break;
+        others.emplace_back(otherStart, otherEnd);
+    }
+    if (!isLeftByTheUser)
+        bringIntoView(start, end);
+    const Bolding bolding(*this);
+    moveBoldText(start, end, false);
+    for (const auto& [otherStart, otherEnd] : others) {
         QTextCursor word(m_textEdit->document());
-        if (!selectWord(word, start, end))
+        if (!selectWord(word, otherStart, otherEnd))
             continue;
         setWordBolding(word, true);
         m_otherBoldedCursors.append(word);
@@ -85,14 +115,24 @@ bool Window::selectWord(QTextCursor& cursor, int start, int end) const
     return true;
 }
 
+void Window::bringIntoView(int start, int end)
+{
+    QTextCursor word(m_textEdit->document());
+    if (!selectWord(word, start, end))
+        return;
+    word.setPosition(start);
+    if (!m_textEdit->isInView(m_textEdit->getTranscriptRectForCursor(word)))
+        m_textEdit->scrollToMiddle(word);
+}
+
 void Window::moveBoldText(int start, int end, bool follow)
 {
-    QTextCursor first(m_textEdit->document());
-    if (!selectWord(first, start, end))
+    if (follow)
+        bringIntoView(start, end);
+    const Bolding bolding(*this);
+    QTextCursor word(m_textEdit->document());
+    if (!selectWord(word, start, end))
         return;
-    first.setPosition(start);
-    if (follow && !m_textEdit->isInView(m_textEdit->getTranscriptRectForCursor(first)))
-        m_textEdit->scrollToMiddle(first);
     clearWordBolding();
     selectWord(m_boldedCursor, start, end);
     setWordBolding(m_boldedCursor, true);
@@ -100,6 +140,7 @@ void Window::moveBoldText(int start, int end, bool follow)
 
 void Window::clearWordBolding()
 {
+    const Bolding bolding(*this);
     setWordBolding(m_boldedCursor, false);
     for (QTextCursor& cursor : m_otherBoldedCursors)
         setWordBolding(cursor, false);
@@ -116,9 +157,8 @@ void Window::setWordBolding(QTextCursor& cursor, bool on)
         format.setForeground(QBrush(Qt::NoBrush));
     else if (isGangActive())
         format.setForeground(colorOfWord(cursor));
-    // Qt reports every edit as a change of the selection.
-    const QScopedValueRollback<bool> bolding(m_isBolding, true);
-    cursor.mergeCharFormat(format);
+    const Bolding bolding(*this);
+    m_textEdit->mergeWordFormat(cursor, format);
 }
 
 /// Black on the highlight, so that it can be read there.

@@ -30,6 +30,7 @@ STT_SpeakerTextEdit::STT_SpeakerTextEdit(QWidget* line) : QTextEdit(line)
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     document()->setDocumentMargin(fieldMargin);
+    document()->setUndoRedoEnabled(false);
     setReadOnly(true);
     connect(this, &QTextEdit::textChanged, this, &STT_SpeakerTextEdit::adjustSpeakerName);
 }
@@ -41,8 +42,14 @@ QSize STT_SpeakerTextEdit::sizeHint() const
 
 void STT_SpeakerTextEdit::showName(const QString& name)
 {
-    if ((!isEditing() || m_isCommitting) && name != toPlainText())
-        setPlainText(name);
+    if ((isEditing() && !m_isCommitting) || name == toPlainText())
+        return;
+    // Half the price of a new text; a cursor outside an edit block would ask where it is at every move.
+    QTextCursor all(document());
+    all.beginEditBlock();
+    all.select(QTextCursor::Document);
+    all.insertText(name);
+    all.endEditBlock();
 }
 
 void STT_SpeakerTextEdit::beginEditing()
@@ -93,6 +100,7 @@ void STT_SpeakerTextEdit::editableChanged()
     else if (hasFocus())
         clearFocus();
     setFocusPolicy(isEditing() ? Qt::StrongFocus : Qt::NoFocus);
+    document()->setUndoRedoEnabled(isEditing());
     viewport()->setAutoFillBackground(isEditing());
     viewport()->setCursor(isEditing() ? Qt::IBeamCursor : Qt::ArrowCursor);
     adjustSpeakerName();

@@ -45,13 +45,19 @@ void STT_TranscriptTextEdit::Lines::reserve(int lines, int characters)
     m_text.reserve(lines + characters);
 }
 
-void STT_TranscriptTextEdit::Lines::add(QString line, int state)
+void STT_TranscriptTextEdit::Lines::add(const std::string& line, int state)
 {
-    std::replace_if(line.begin(), line.end(), endsBlock, QChar(' '));
     if (!m_states.empty())
         m_text += QChar::ParagraphSeparator;
-    m_text += line;
     m_states.push_back(state);
+    const auto isPlain = [](char character) { return static_cast<signed char>(character) >= ' '; };
+    if (std::all_of(line.begin(), line.end(), isPlain)) {
+        m_text += QLatin1String(line.data(), int(line.size()));
+        return;
+    }
+    const int start = m_text.size();
+    m_text += QString::fromUtf8(line.data(), int(line.size()));
+    std::replace_if(m_text.begin() + start, m_text.end(), endsBlock, QChar(' '));
 }
 
 STT_TranscriptTextEdit::Estimates::Estimates(const STT_TranscriptTextEdit& edit)
@@ -90,22 +96,48 @@ void STT_TranscriptTextEdit::setLines(const Lines& lines)
     emit aboutToBeReplaced();
     {
         const QScopedValueRollback<bool> settling(m_settling, true);
+        m_layout->beginReplacement();
         m_hidden.clear();
-        m_layout->setHiddenBlocks({});
         clear();
         QTextCursor cursor(document());
         cursor.beginEditBlock();
         cursor.setBlockFormat(lines.m_format);
         cursor.setBlockCharFormat(plainWords());
         cursor.insertText(lines.m_text, plainWords());
-        auto state = lines.m_states.begin();
-        for (QTextBlock block = document()->begin(); block.isValid() && state != lines.m_states.end();
-             block = block.next())
-            block.setUserState(*state++);
+        setStates(lines, document()->begin());
         cursor.endEditBlock();
         verticalScrollBar()->setValue(0);
+        m_layout->endReplacement();
     }
     settle({});
+}
+
+void STT_TranscriptTextEdit::addLines(const Lines& lines)
+{
+    const Anchor anchor = anchorInView();
+    {
+        const QScopedValueRollback<bool> settling(m_settling, true);
+        const QTextBlock last = document()->lastBlock();
+        QTextCursor cursor(document());
+        cursor.movePosition(QTextCursor::End);
+        cursor.beginEditBlock();
+        cursor.insertText(lines.m_text.mid(cursor.position()), plainWords());
+        setStates(lines, last);
+        cursor.endEditBlock();
+    }
+    settle(anchor);
+}
+
+void STT_TranscriptTextEdit::setStates(const Lines& lines, QTextBlock from)
+{
+    for (auto state = lines.m_states.begin() + from.blockNumber(); from.isValid() && state != lines.m_states.end();
+         from = from.next())
+        from.setUserState(*state++);
+}
+
+int STT_TranscriptTextEdit::mostLinesInView() const
+{
+    return viewport()->height() / std::max(QFontMetrics(document()->defaultFont()).height(), 1) + 1;
 }
 
 void STT_TranscriptTextEdit::mergeBlockFormats(const QTextBlockFormat& format)
@@ -123,6 +155,12 @@ void STT_TranscriptTextEdit::mergeBlockFormats(const QTextBlockFormat& format)
     viewport()->update();
 }
 
+void STT_TranscriptTextEdit::mergeWordFormat(QTextCursor& word, const QTextCharFormat& format)
+{
+    m_layout->expectFormat(word.selectionStart(), word.selectionEnd());
+    word.mergeCharFormat(format);
+}
+
 STT_TranscriptTextEdit::View STT_TranscriptTextEdit::view() const
 {
     const int block = m_layout->blockAt(verticalScrollBar()->value());
@@ -138,6 +176,8 @@ void STT_TranscriptTextEdit::restoreView(const View& view)
 
 void STT_TranscriptTextEdit::setHiddenBlocks(const std::vector<int>& blocks)
 {
+    if (blocks == m_hidden)
+        return;
     const Anchor anchor = anchorInView();
     {
         const QScopedValueRollback<bool> settling(m_settling, true);

@@ -89,6 +89,51 @@ bool TranscriptLayout::setEstimating(bool on)
     return std::exchange(m_estimating, on);
 }
 
+void TranscriptLayout::beginReplacement()
+{
+    m_isReplacing = true;
+    m_hidden.clear();
+}
+
+void TranscriptLayout::endReplacement()
+{
+    m_isReplacing = false;
+    forgetHeights();
+    publishSize();
+    emit update();
+}
+
+void TranscriptLayout::expectFormat(int from, int to)
+{
+    m_expected.push_back({from, to});
+}
+
+/// Lines that nobody has looked at need not be known; those that are stay, unless words lack room for their bold form.
+void TranscriptLayout::changeFormats(const std::vector<Span>& words)
+{
+    for (const Span& word : words) {
+        const QTextBlock block = document()->findBlock(word.from);
+        const QTextLayout& layout = *block.layout();
+        if (layout.lineCount() == 0)
+            continue;
+        const int number = block.blockNumber();
+        if (m_reserve.rangesFor(block) != layout.formats()) {
+            forgetLines(number, number);
+            measure(block);
+        }
+        // A letter may reach into the lines beside its own.
+        const QTextLine first = layout.lineForTextPosition(word.from - block.position());
+        const QTextLine last = layout.lineForTextPosition(word.to - block.position());
+        if (!first.isValid() || !last.isValid())
+            continue;
+        const qreal top = originOf(block).y() + first.y() - heightOf(first);
+        const qreal bottom = originOf(block).y() + last.y() + 2 * heightOf(last);
+        const QRectF all(0, topOf(number), documentSize().width(), topOf(number + 1) - topOf(number));
+        emit update(all.intersected(QRectF(0, top, all.width(), bottom - top)));
+    }
+    publishSize();
+}
+
 void TranscriptLayout::forgetHeights()
 {
     const int count = document()->blockCount();
@@ -101,6 +146,18 @@ void TranscriptLayout::forgetHeights()
     readEstimate();
     for (const int hidden : m_hidden)
         setHeight(document()->findBlockByNumber(hidden), 0);
+}
+
+/// Blocks were added behind all others, whose heights stay.
+void TranscriptLayout::growTo(int count)
+{
+    const int former = int(m_difference.size());
+    m_difference.resize(std::size_t(count), 0);
+    m_differences.reset(count);
+    for (int block = 0; block < former; ++block) {
+        if (m_difference[std::size_t(block)] != 0)
+            m_differences.add(block, m_difference[std::size_t(block)]);
+    }
 }
 
 void TranscriptLayout::readEstimate()
@@ -176,7 +233,8 @@ void TranscriptLayout::measure(const QTextBlock& block) const
 {
     const int number = block.blockNumber();
     // During an edit Qt asks for blocks that have not been announced yet.
-    if (number < 0 || number >= int(m_difference.size()) || isHidden(number) || block.layout()->lineCount() > 0)
+    if (m_isReplacing || number < 0 || number >= int(m_difference.size()) || isHidden(number) ||
+        block.layout()->lineCount() > 0)
         return;
     if (m_measured.size() >= mostMeasured) {
         const QTextBlock oldest = document()->findBlockByNumber(m_measured.front());
@@ -205,7 +263,7 @@ qreal TranscriptLayout::createLines(const QTextBlock& block) const
     option.setAlignment(QStyle::visualAlignment(block.textDirection(), block.blockFormat().alignment()));
     layout.setTextOption(option);
     // Setting formats reports the block as changed with the next edit, so only where they differ.
-    const QVector<QTextLayout::FormatRange> reserved = m_reserve.rangesFor(block);
+    const Ranges reserved = m_reserve.rangesFor(block);
     if (reserved != layout.formats())
         layout.setFormats(reserved);
     const qreal width = textWidth(block);
@@ -347,7 +405,7 @@ void TranscriptLayout::draw(QPainter* painter, const PaintContext& context)
         drawBlock(painter, clip, block, selections);
         const int cursor = context.cursorPosition - block.position();
         if (cursor >= 0 && cursor < block.length())
-            block.layout()->drawCursor(painter, {}, cursor, std::max(property("cursorWidth").toInt(), 1));
+            drawCursor(painter, clip, block, cursor);
     }
     painter->restore();
     // Sizes are told after the painting, which the view must not be changed by.
@@ -374,14 +432,38 @@ void TranscriptLayout::drawBlock(QPainter* painter, const QRectF& clip, const QT
     block.layout()->draw(painter, {}, ranges, clip);
 }
 
+/// The place of a cursor in its line is costly in a long block, so only where the line is in view.
+void TranscriptLayout::drawCursor(QPainter* painter, const QRectF& clip, const QTextBlock& block, int offset) const
+{
+    const QTextLayout& layout = *block.layout();
+    const QTextLine line = layout.lineForTextPosition(offset);
+    const qreal top = originOf(block).y() + line.y();
+    if (top < clip.bottom() && top + heightOf(line) > clip.top())
+        layout.drawCursor(painter, {}, offset, std::max(property("cursorWidth").toInt(), 1));
+}
+
 void TranscriptLayout::documentChanged(int from, int charsRemoved, int charsAdded)
 {
-    if (document()->blockCount() != int(m_difference.size()) || charsRemoved != charsAdded) {
+    if (m_isReplacing)
+        return;
+    const std::vector<Span> words = std::exchange(m_expected, {});
+    const int former = int(m_difference.size());
+    const int count = document()->blockCount();
+    const QTextBlock lastKept = document()->findBlockByNumber(former - 1);
+    if (count > former && charsRemoved == 0 && from == lastKept.position() + lastKept.length() - 1) {
+        growTo(count);
+        publishSize();
+        emit update(QRectF(0, topOf(former), documentSize().width(), documentSize().height() - topOf(former)));
+        return;
+    }
+    if (count != former || charsRemoved != charsAdded) {
         forgetHeights();
         publishSize();
         emit update();
         return;
     }
+    if (!words.empty())
+        return changeFormats(words);
     const int first = document()->findBlock(from).blockNumber();
     const QTextBlock lastChanged = document()->findBlock(from + std::max(charsAdded - 1, 0));
     const int last = lastChanged.isValid() ? lastChanged.blockNumber() : document()->blockCount() - 1;

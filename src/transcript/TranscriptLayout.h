@@ -29,6 +29,14 @@ public:
     /// While estimating, nothing is measured. @return whether it estimated before.
     bool setEstimating(bool on);
 
+    /// Between the two, edits are not looked at: the whole text is being replaced.
+    void beginReplacement();
+    void endReplacement();
+
+    /// The next edit changes, among others, the format of the text between two positions of one block, which keeps its
+    /// width: then no line is made anew.
+    void expectFormat(int from, int to);
+
     /// Forgets all heights: margins or fonts of all blocks have changed.
     void forgetHeights();
     void measure(const QTextBlock& block) const;
@@ -56,6 +64,8 @@ protected:
     void documentChanged(int from, int charsRemoved, int charsAdded) override;
 
 private:
+    using Ranges = QVector<QTextLayout::FormatRange>;
+
     /// All multiples of a power of two, so that sums are exact.
     struct Estimate {
         qreal block = 0;
@@ -64,6 +74,14 @@ private:
         qreal advance = 1;
     };
 
+    /// Positions in the document, the end excluded.
+    struct Span {
+        int from;
+        int to;
+    };
+
+    void growTo(int count);
+    void changeFormats(const std::vector<Span>& words);
     void readEstimate();
     qreal estimatedHeight(const QTextBlock& block) const;
     qreal textWidth(const QTextBlock& block) const;
@@ -74,12 +92,15 @@ private:
     QRectF estimatedPlace(const QTextBlock& block, int offset) const;
     void drawBlock(QPainter* painter, const QRectF& clip, const QTextBlock& block,
                    const QVector<Selection>& selections) const;
+    void drawCursor(QPainter* painter, const QRectF& clip, const QTextBlock& block, int offset) const;
 
     std::vector<int> m_hidden;
     Estimate m_estimate;
     BoldReserve m_reserve;
     QSizeF m_publishedSize;
     bool m_estimating = false;
+    bool m_isReplacing = false;
+    std::vector<Span> m_expected;
     // What measuring leaves; it is asked for by functions that Qt declares const.
     mutable HeightTree m_differences;
     mutable std::vector<qreal> m_difference;

@@ -8,6 +8,7 @@
 #include "StratacutUI/STT_TranscriptTextEdit.h"
 
 #include <QTextBlock>
+#include <QWindow>
 
 #include <algorithm>
 #include <functional>
@@ -19,11 +20,19 @@ using Window = STT_TranscriptManagerWindow;
 namespace
 {
 constexpr int lineMargin = 5;
+// So many more lines are not waited for, since the first paint would cost more than it gains.
+constexpr int quicklyAdded = 500;
 
 std::size_t bytesOf(const std::vector<STT_TranscriptSegment>& segments)
 {
     const auto add = [](std::size_t sum, const STT_TranscriptSegment& segment) { return sum + segment.text.size(); };
     return std::accumulate(segments.begin(), segments.end(), std::size_t(0), add);
+}
+
+std::string emptyText(bool isReadable)
+{
+    const QString text = isReadable ? stx_func("Empty transcript") : stx_func("Database Offline");
+    return text.toStdString();
 }
 
 bool startsBefore(const STT_MissingTranscript& clip, const STT_TranscriptSegment& segment)
@@ -63,6 +72,9 @@ std::size_t fingerprintOf(const std::vector<STT_TranscriptSegment>& segments, co
 }
 } // namespace
 
+/// Whether the paint of the lines that will be in view may come before the rest of the text.
+enum class Window::Showing { FirstLines, WholeText };
+
 /// What the host has to show at the moment.
 struct Window::Content {
     explicit Content(ITranscriptWindowInfo& host) : isReadable(host.isDatabaseOnline())
@@ -95,18 +107,23 @@ void Window::refreshWindow(bool saveScrollPos)
     if (saveScrollPos && content.fingerprint() == m_fingerprint)
         refreshLines(content.clips);
     else
-        UpdateTranscriptWindow();
+        rebuild(saveScrollPos ? Showing::WholeText : Showing::FirstLines);
     if (saveScrollPos)
         m_textEdit->restoreView(view);
 }
 
 void Window::UpdateTranscriptWindow()
 {
+    rebuild(Showing::FirstLines);
+}
+
+void Window::rebuild(Showing first)
+{
     // Every edit of the document visits every cursor in it.
     m_boldedCursor = QTextCursor();
     m_otherBoldedCursors.clear();
     m_entryColumn->beginRebuild();
-    fillText();
+    fillText(first);
     m_boldedCursor = QTextCursor(m_textEdit->document());
     m_entryColumn->endRebuild();
     finishRefresh();
@@ -136,7 +153,7 @@ void Window::finishRefresh()
         updateGangStatus();
 }
 
-void Window::fillText()
+void Window::fillText(Showing first)
 {
     const Content content(*info);
     const std::vector<STT_TranscriptSegment>& segments = *content.segments;
@@ -148,32 +165,75 @@ void Window::fillText()
         return segment < int(segments.size()) &&
                former.text() == QString::fromStdString(segments[std::size_t(segment)].text);
     });
+    const std::size_t fill = ++m_fills;
     m_index->clear();
     m_blocks.clear();
-    m_missingBlocks = blocksOf(content.clips, segments);
-
+    m_blocks.reserve(content.segments->size());
+    m_missingBlocks = blocksOf(content.clips, *content.segments);
     STT_TranscriptTextEdit::Lines lines(getTranscriptFormat(0));
-    lines.reserve(int(segments.size() + content.clips.size()), int(bytesOf(segments)));
-    m_blocks.reserve(segments.size());
-    auto clip = m_missingBlocks.begin();
-    const auto addClips = [&] {
-        for (; clip != m_missingBlocks.end() && *clip == lines.count(); ++clip)
-            lines.add({}, -1);
-    };
-    if (segments.empty())
-        lines.add(content.isReadable ? stx_func("Empty transcript") : stx_func("Database Offline"), -1);
-    for (const STT_TranscriptSegment& segment : segments) {
-        addClips();
-        const int number = int(m_blocks.size());
-        m_index->add(segment, number);
-        m_blocks.push_back(lines.count());
-        lines.add(QString::fromUtf8(segment.text.data(), int(segment.text.size())), number);
+    lines.reserve(int(content.segments->size() + content.clips.size()), int(bytesOf(*content.segments)));
+    const std::size_t shown = first == Showing::FirstLines ? linesToShowFirst(content) : 0;
+    if (shown > 0) {
+        addLines(lines, content, shown);
+        m_textEdit->setLines(lines);
+        paintFirstLines();
     }
-    addClips();
-    m_textEdit->setLines(lines);
+    // A host that was asked for the texts beside the lines may have changed the transcript and told so.
+    if (fill != m_fills)
+        return;
+    addLines(lines, content, content.segments->size());
+    shown > 0 ? m_textEdit->addLines(lines) : m_textEdit->setLines(lines);
     for (std::size_t index = 0; index < content.clips.size(); ++index)
         addMissingTranscript(content.clips[index], m_missingBlocks[index]);
     hideMissingLines();
+}
+
+/// Takes the next segments, up to a number, and the clips between them into the lines and the index.
+void Window::addLines(STT_TranscriptTextEdit::Lines& lines, const Content& content, std::size_t end)
+{
+    const auto addClips = [&] {
+        while (std::binary_search(m_missingBlocks.begin(), m_missingBlocks.end(), lines.count()))
+            lines.add({}, -1);
+    };
+    if (content.segments->empty())
+        lines.add(emptyText(content.isReadable), -1);
+    for (std::size_t number = m_blocks.size(); number < end; ++number) {
+        addClips();
+        const STT_TranscriptSegment& segment = (*content.segments)[number];
+        m_index->add(segment, int(number));
+        m_blocks.push_back(lines.count());
+        lines.add(segment.text, int(number));
+    }
+    addClips();
+}
+
+/// How many segments reach past what will be in view; 0 where the rest is there too soon to be worth a paint before it.
+std::size_t Window::linesToShowFirst(const Content& content)
+{
+    const QWindow* shownIn = window()->windowHandle();
+    if (!isVisible() || !shownIn || !shownIn->isExposed() || !content.clips.empty())
+        return 0;
+    const bool follows = isGangActive() && info->isTranscriptLoaded();
+    const int ms = follows ? info->msFromFrame(int(info->position()), false) : -1;
+    const auto isComing = [ms](const auto& segment) {
+        return !segment.wordStarts.empty() && segment.wordStarts.front() > ms;
+    };
+    const std::vector<STT_TranscriptSegment>& segments = *content.segments;
+    const auto coming = std::find_if(segments.begin(), segments.end(), isComing);
+    const std::size_t shown = std::size_t(coming - segments.begin() + m_textEdit->mostLinesInView());
+    return shown + quicklyAdded < segments.size() ? shown : 0;
+}
+
+void Window::paintFirstLines()
+{
+    m_boldedCursor = QTextCursor(m_textEdit->document());
+    m_entryColumn->endRebuild();
+    showState();
+    if (isGangActive() && info->isTranscriptLoaded())
+        followMonitor(info->position(), false);
+    m_entryColumn->sync();
+    m_textEdit->viewport()->repaint();
+    m_entryColumn->beginRebuild();
 }
 
 void Window::addMissingTranscript(const STT_MissingTranscript& clip, int block)

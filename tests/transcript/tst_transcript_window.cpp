@@ -45,6 +45,38 @@ QVector<QPointF> placesIn(const QTextBlock& block)
     }
     return places;
 }
+
+/// What the window shows when the transcript is painted for the first time.
+class FirstPaint : public QObject
+{
+public:
+    explicit FirstPaint(const ShownTranscript& watched) : m_shown(watched)
+    {
+        watched.text().viewport()->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() != QEvent::Paint || blocks > 0)
+            return false;
+        blocks = m_shown.text().document()->blockCount();
+        boldWord = m_shown.window->getBoldedCursor().selectedText();
+        const QTextBlock bold = m_shown.window->getBoldedCursor().block();
+        top = bold.layout()->position().y() - m_shown.text().verticalScrollBar()->value();
+        const QList<STT_EntryWidget*> beside = m_shown.window->entryWidgets();
+        for (const STT_EntryWidget* entry : beside)
+            entries += entry->segment();
+        return false;
+    }
+
+    int blocks = 0;
+    QString boldWord;
+    qreal top = 0;
+    QVector<int> entries;
+
+private:
+    const ShownTranscript& m_shown;
+};
 } // namespace
 
 /// The window's menu, and a text that is laid out as it comes into view.
@@ -193,6 +225,49 @@ private slots:
         }
         QCOMPARE(edit.visibleBlocks().last, 299);
         QVERIFY(edit.isInView(edit.getTranscriptRectForCursor(QTextCursor(blockOf(shown, 299)))));
+    }
+
+    void aLongTextIsPaintedBeforeItIsWhole_data()
+    {
+        QTest::addColumn<int>("segment");
+        QTest::newRow("at its beginning") << 0;
+        QTest::newRow("in its middle") << 1500;
+        QTest::newRow("at its end") << 2999; // whole: all lines above it are needed
+    }
+
+    void aLongTextIsPaintedBeforeItIsWhole()
+    {
+        QFETCH(int, segment);
+        const ShownTranscript shown({support::transcriptOf(5, 10)});
+        shown.info->source.segments = support::transcriptOf(3000, 10);
+        shown.info->source.position = shown.info->frameFromMs(segment * 5000 + 100);
+        FirstPaint painted(shown);
+        shown.window->UpdateTranscriptWindow();
+        QCoreApplication::processEvents();
+        QCOMPARE(painted.blocks < 3000, segment < 2999);
+        QVERIFY(painted.entries.contains(segment));
+        QCOMPARE(painted.boldWord, blockOf(shown, segment).text().section(' ', 0, 0));
+        QCOMPARE(painted.top,
+                 blockOf(shown, segment).layout()->position().y() - shown.text().verticalScrollBar()->value());
+        QCOMPARE(blockOf(shown, 2999).userState(), 2999);
+        QCOMPARE(blockOf(shown, 2999).blockFormat(), blockOf(shown, 0).blockFormat());
+        QCOMPARE(shown.text().document()->blockCount(), 3000);
+    }
+
+    void aStepLaysNoLineOutAnew()
+    {
+        const ShownTranscript shown({support::transcriptOf(1, 2000)});
+        shown.text().setTranscriptFont(QFont(QStringLiteral("DejaVu Sans Mono"))); // its bold letters are as wide
+        const QTextLayout* layout = blockOf(shown, 0).layout();
+        shown.window->MonPosChangedSlot(20);
+        const QVector<QPointF> places = placesIn(blockOf(shown, 0));
+        const QPointF place = layout->lineAt(1).position();
+        layout->lineAt(1).setPosition({0, 7}); // what is laid out anew stands elsewhere
+        shown.window->MonPosChangedSlot(33);
+        QCOMPARE(shown.window->getBoldedCursor().charFormat().fontWeight(), int(QFont::Bold));
+        QCOMPARE(layout->lineAt(1).y(), 7.0);
+        layout->lineAt(1).setPosition(place);
+        QCOMPARE(placesIn(blockOf(shown, 0)), places);
     }
 
     void theTextInViewStaysThroughAChangeOfWidth()
