@@ -116,7 +116,7 @@ private:
     void dropHighlights();
     void lay(Range matches);
     void layMore();
-    Range withNeighbours(Range matches) const;
+    Range withNeighbours(Range matches, int count) const;
     void showSelections();
     void layFirstHits();
     void layInView();

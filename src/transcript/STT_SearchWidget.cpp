@@ -67,7 +67,6 @@ void STT_SearchWidget::createWidgets()
                   &STT_SearchWidget::onSetSelectedClicked});
     setContextMenuPolicy(Qt::ActionsContextMenu);
     m_rest.setInterval(0);
-    m_spread.setInterval(0);
 }
 
 /// Its key works wherever the focus is in the transcript window.

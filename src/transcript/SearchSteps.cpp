@@ -19,8 +19,11 @@
 
 namespace
 {
-// So many matches get their highlights at a time, on either side of those that have theirs.
+// So many matches on either side of the view are highlighted with those in it: the next key takes them back.
+constexpr int highlightsAtOnce = 100;
+// The others get theirs when nobody has typed for a while, so many at a time.
 constexpr int highlightsASlice = 500;
+constexpr int typingPauseMs = 300;
 // The edit looks at all highlights whenever it paints: of more matches only those round the view have one.
 constexpr int mostHighlights = 20000;
 
@@ -67,10 +70,9 @@ QList<QTextEdit::ExtraSelection> STT_SearchWidget::selectionsOf(Range matches) c
     return selections;
 }
 
-STT_SearchWidget::Range STT_SearchWidget::withNeighbours(Range matches) const
+STT_SearchWidget::Range STT_SearchWidget::withNeighbours(Range matches, int count) const
 {
-    return {std::max(matches.from - highlightsASlice, 0),
-            std::min(matches.to + highlightsASlice, int(m_matches.size()))};
+    return {std::max(matches.from - count, 0), std::min(matches.to + count, int(m_matches.size()))};
 }
 
 void STT_SearchWidget::lay(Range matches)
@@ -79,12 +81,13 @@ void STT_SearchWidget::lay(Range matches)
     m_selections = selectionsOf(matches);
     showSelections();
     if (int(m_matches.size()) <= mostHighlights)
-        m_spread.start();
+        m_spread.start(typingPauseMs);
 }
 
 void STT_SearchWidget::layMore()
 {
-    const Range wider = withNeighbours(m_laid);
+    m_spread.start(0);
+    const Range wider = withNeighbours(m_laid, highlightsASlice);
     if (wider.from == m_laid.from && wider.to == m_laid.to)
         return m_spread.stop();
     m_selections = selectionsOf({wider.from, m_laid.from}) + m_selections + selectionsOf({m_laid.to, wider.to});
@@ -146,7 +149,7 @@ void STT_SearchWidget::layInView()
         return;
     const Range seen = matchesOfBlocks(view.first, view.last);
     if (m_selections.isEmpty() || seen.from < m_laid.from || seen.to > m_laid.to)
-        lay(withNeighbours(seen));
+        lay(withNeighbours(seen, highlightsAtOnce));
 }
 
 void STT_SearchWidget::showCount()

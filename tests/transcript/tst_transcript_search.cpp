@@ -143,6 +143,36 @@ private slots:
         QVERIFY2(bar->value() > bar->maximum() * 0.9, qPrintable(QString::number(bar->value())));
     }
 
+    /// More matches than are highlighted at a time.
+    void whateverComesIntoViewIsHighlighted()
+    {
+        RecordingTranscriptInfo::Material material;
+        const QString crowd = QStringList(QVector<QString>(40, QStringLiteral("ba")).toList()).join(' ');
+        for (int number = 0; number < 600; ++number)
+            material.segments.push_back(segmentOf(number, number * 20000, crowd));
+        const ShownTranscript shown(std::move(material));
+        type(shown, QStringLiteral("ba"));
+        QTRY_VERIFY(!bar(shown)->isSearching());
+        QScrollBar* bar = shown.text().verticalScrollBar();
+        for (int place = 0; place <= 100; ++place) {
+            bar->setValue(bar->maximum() / 100 * (place * 37 % 101)); // up and down
+            const STT_TranscriptTextEdit::BlockRange view = shown.text().visibleBlocks();
+            const QTextDocument* document = shown.text().document();
+            QSet<int> missing;
+            for (int number = view.first; number <= view.last; ++number) {
+                const QTextBlock block = document->findBlockByNumber(number);
+                for (int at = block.text().indexOf("ba"); at >= 0; at = block.text().indexOf("ba", at + 1))
+                    missing += block.position() + at;
+            }
+            QVERIFY(!missing.isEmpty());
+            const QList<QTextEdit::ExtraSelection> selections = shown.text().extraSelections();
+            QVERIFY(selections.size() < 24000);
+            for (const QTextEdit::ExtraSelection& selection : selections)
+                missing -= selection.cursor.selectionStart();
+            QVERIFY2(missing.isEmpty(), qPrintable(QString::number(place)));
+        }
+    }
+
     void aStepWhileTheSearchRunsKnowsAllMatches()
     {
         RecordingTranscriptInfo::Material material;
