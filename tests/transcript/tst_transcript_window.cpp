@@ -229,15 +229,15 @@ private slots:
 
     void aLongTextIsPaintedBeforeItIsWhole_data()
     {
-        QTest::addColumn<int>("segment");
-        QTest::newRow("at its beginning") << 0;
-        QTest::newRow("in its middle") << 1500;
-        QTest::newRow("at its end") << 2999; // whole: all lines above it are needed
+        const support::Rows<int> row;
+        row("at its beginning", 0);
+        row("in its middle", 1500);
+        row("at its end", 2999); // whole: all lines above it are needed
     }
 
     void aLongTextIsPaintedBeforeItIsWhole()
     {
-        QFETCH(int, segment);
+        const auto [segment] = support::fetched<int>();
         const ShownTranscript shown({support::transcriptOf(5, 10)});
         shown.info->source.segments = support::transcriptOf(3000, 10);
         shown.info->source.position = shown.info->frameFromMs(segment * 5000 + 100);
