@@ -210,7 +210,7 @@ private slots:
             "the speech recognition program failed: no memory; run it by hand to see why, or remove it from the "
             "settings.");
         row("killed", "kill -9 $$",
-            "the speech recognition program failed: it gave no reason; run it by hand to see why, or remove it from "
+            "the speech recognition program failed: it crashed; run it by hand to see why, or remove it from "
             "the settings.");
         row("nothing written", "exit 0",
             "the speech recognition program wrote no result; check that it knows the options -ojf and -of.");

@@ -5,7 +5,10 @@
 #include "speech/Texts.h"
 #include "support/TestMain.h"
 
+#include <csignal>
 #include <future>
+
+#include <sys/resource.h>
 
 using namespace desk;
 using namespace desk::speech;
@@ -410,6 +413,24 @@ private slots:
         }
         QCOMPARE(stored(store), QString("Speaker 1: 0-1000 a"));
         QCOMPARE(int(store.condition()), int(Condition::Online));
+    }
+
+    void aDiskThatTakesNoMoreDelaysChanges()
+    {
+        TranscriptStore store(m_path);
+        QTRY_COMPARE(int(store.condition()), int(Condition::Online));
+        QRandomGenerator random(2);
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit before{};
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit tight{rlim_t(QFileInfo(m_path).size()), before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &tight);
+        for (int i = 0; i < 20; ++i)
+            store.putTranscript(QString::number(i), texts::randomTranscript(random));
+        [&] { QTRY_COMPARE(int(store.condition()), int(Condition::Locked)); }();
+        setrlimit(RLIMIT_FSIZE, &before);
+        QVERIFY2(store.problem().sentence().contains("free space"), qPrintable(store.problem().sentence()));
+        QVERIFY(!stored(store, "19").isEmpty());
     }
 
     void aFileThatIsLockedWhileItOpensIsTriedAgain()

@@ -222,8 +222,9 @@ void DeskWindow::transcribeAgain()
         return;
     const QString names = clips.size() == 1 ? quoted(clips.first().name) + QStringLiteral(" has a transcript.")
                                             : QStringLiteral("%1 clips have transcripts.").arg(clips.size());
-    const QString text = names + QStringLiteral("\n\nTranscribe again? The words of now stay until the new ones are "
-                                                "complete, and are lost then. Names and corrections of speakers stay.");
+    const QString text = names + QStringLiteral("\n\nTranscribe again? The present words stay until the new ones are "
+                                                "complete, and are replaced then. Names and corrections of speakers "
+                                                "stay.");
     if (ask(this, text, {{"Transcribe Again", QMessageBox::DestructiveRole}, {"Keep", QMessageBox::RejectRole}}) != 0)
         return;
     for (const services::BinItem& clip : clips)

@@ -3,6 +3,7 @@
 #include "desk/speech/formats/Readers.h"
 
 #include <QDataStream>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -10,6 +11,9 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <csignal>
+
+#include <sys/prctl.h>
 
 namespace desk::speech
 {
@@ -73,6 +77,13 @@ Batch batchOf(const Transcript& transcript, qint64 first, qint64 end)
     return batch;
 }
 
+/// A program that ends with the desk, whatever ends that: it would go on for nobody for minutes.
+class Child : public QProcess
+{
+protected:
+    void setupChildProcess() override { prctl(PR_SET_PDEATHSIG, SIGKILL); }
+};
+
 /// Keeps the end of what the program writes.
 void keepTail(QProcess& process, QByteArray& tail)
 {
@@ -128,7 +139,8 @@ Status WhisperRecogniser::recognise(SoundSource& sound, qint64 first, Recognitio
 
 Result<std::unique_ptr<Batch>> WhisperRecogniser::recognisePart(const Part& part, RecognitionSink& sink) const
 {
-    const QTemporaryDir folder;
+    // Scripts in front of the program may trip over a blank, which the application's name has.
+    const QTemporaryDir folder(QDir::tempPath() + QStringLiteral("/stratacut-speech-XXXXXX"));
     const QString base = folder.filePath(QStringLiteral("part"));
     if (!folder.isValid() || !writeWave(base + QStringLiteral(".wav"), part.samples)) {
         return Error{folder.path(), QString(), QString(), QStringLiteral("the sound cannot be stored for recognition"),
@@ -147,14 +159,18 @@ Result<std::unique_ptr<Batch>> WhisperRecogniser::recognisePart(const Part& part
             .error();
     }
     const auto transcript = readWhisperJson(written.readAll(), m_command.program);
-    if (!transcript)
-        return transcript.error();
+    if (!transcript) {
+        return failure(QStringLiteral("the result of the speech recognition program cannot be read: %1")
+                           .arg(transcript.error().what),
+                       QStringLiteral("run it by hand to see what it writes"))
+            .error();
+    }
     return std::make_unique<Batch>(batchOf(*transcript, part.first, part.end()));
 }
 
 Status WhisperRecogniser::run(const Part& part, const QString& base, RecognitionSink& sink, Go& go) const
 {
-    QProcess process;
+    Child process;
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.setStandardInputFile(QProcess::nullDevice());
     process.start(m_command.program, {QStringLiteral("-m"), m_command.model, QStringLiteral("-l"), m_command.language,
@@ -175,8 +191,9 @@ Status WhisperRecogniser::run(const Part& part, const QString& base, Recognition
         return {};
     keepTail(process, output);
     const QString last = QString::fromUtf8(output).trimmed().section(QLatin1Char('\n'), -1).left(200);
-    return failure(QStringLiteral("the speech recognition program failed: %1")
-                       .arg(last.isEmpty() ? QStringLiteral("it gave no reason") : last),
+    const QString silent = process.exitStatus() == QProcess::CrashExit ? QStringLiteral("it crashed")
+                                                                       : QStringLiteral("it gave no reason");
+    return failure(QStringLiteral("the speech recognition program failed: %1").arg(last.isEmpty() ? silent : last),
                    QStringLiteral("run it by hand to see why, or remove it from the settings"));
 }
 

@@ -16,6 +16,10 @@ Sql::Failure failureOf(int code)
     case 5: // SQLITE_BUSY
     case 6: // SQLITE_LOCKED
         return Sql::Failure::Locked;
+    case 13: // SQLITE_FULL
+        return Sql::Failure::Full;
+    case 10: // SQLITE_IOERR
+        return Sql::Failure::Disk;
     case 11: // SQLITE_CORRUPT
     case 26: // SQLITE_NOTADB
         return Sql::Failure::Damaged;

@@ -30,7 +30,7 @@ public:
 
     bool ok() const { return m_failure == Failure::None; }
 
-    enum class Failure { None, Locked, Damaged, Other };
+    enum class Failure { None, Locked, Full, Disk, Damaged, Other };
 
     Failure failure() const { return m_failure; }
 

@@ -49,8 +49,8 @@ struct StoreContents {
 /// Why a store cannot be used.
 struct StoreProblem {
     Error error;
-    /// Whether it is another process's lock, which passes.
-    bool isLocked = false;
+    /// Whether to try again by itself: another process's lock, a full disk.
+    bool passes = false;
 };
 
 } // namespace desk::speech

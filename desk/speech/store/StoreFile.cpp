@@ -110,7 +110,7 @@ Status create(const QString& path)
 }
 
 /// Reads every page.
-Status checkPages(const QString& path, bool& isLocked)
+Status checkPages(const QString& path, bool& passes)
 {
     Sql sql(path, Sql::Access::Read);
     QSqlQuery row = sql.run(QStringLiteral("PRAGMA quick_check(1)"));
@@ -118,7 +118,7 @@ Status checkPages(const QString& path, bool& isLocked)
     row.finish();
     if (!sql.ok()) {
         const StoreProblem problem = storeProblem(path, sql);
-        isLocked = problem.isLocked;
+        passes = problem.passes;
         return problem.error;
     }
     if (finding != QLatin1String("ok"))
@@ -148,6 +148,15 @@ StoreProblem storeProblem(const QString& path, const Sql& sql)
         return {failure(path, QStringLiteral("another program has locked the transcript database"),
                         QStringLiteral("end that program; the desk tries again by itself")),
                 true};
+    case Sql::Failure::Full:
+        return {failure(path, QStringLiteral("the disk is full: transcripts cannot be stored"),
+                        QStringLiteral("free some space; the desk tries again by itself")),
+                true};
+    case Sql::Failure::Disk:
+        return {failure(path,
+                        QStringLiteral("the transcript database cannot be read or written (%1)").arg(sql.problem()),
+                        QStringLiteral("check the disk and its free space; the desk tries again by itself")),
+                true};
     case Sql::Failure::Damaged:
         return {damaged(path, QStringLiteral("the transcript database is damaged (%1)").arg(sql.problem())), false};
     default:
@@ -164,7 +173,7 @@ std::unique_ptr<Sql> openStoreFile(const QString& path, StoreProblem& problem)
     if (status.ok())
         status = checkOrigin(path);
     if (status.ok())
-        status = checkPages(path, problem.isLocked);
+        status = checkPages(path, problem.passes);
     if (!status.ok()) {
         problem.error = status.error();
         return nullptr;

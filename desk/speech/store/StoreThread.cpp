@@ -61,7 +61,7 @@ void StoreThread::loop()
 {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        if (m_problem && m_problem->isLocked)
+        if (m_problem && m_problem->passes)
             m_wake.wait_for(lock, retryInterval, [this] { return hasSomethingToDo(); });
         else
             m_wake.wait(lock, [this] { return hasSomethingToDo(); });

@@ -13,8 +13,8 @@ namespace desk::speech
 {
 
 /// The thread that reads and writes a store's file. Works are done in their order; one that fails stays first and is
-/// tried again, by itself every half second while another process holds the lock, else after retry(). So nothing is
-/// lost and no caller ever waits for the file.
+/// tried again, by itself every half second while another process holds the lock or the disk is full, else after
+/// retry(). So nothing is lost and no caller ever waits for the file.
 class StoreThread
 {
 public:

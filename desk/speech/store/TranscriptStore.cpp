@@ -252,7 +252,7 @@ void TranscriptStore::takeProblem(const std::optional<StoreProblem>& problem)
 {
     m_problem = problem ? problem->error : Error();
     if (problem)
-        m_condition = problem->isLocked ? Condition::Locked : Condition::Offline;
+        m_condition = problem->passes ? Condition::Locked : Condition::Offline;
     else
         m_condition = Condition::Online;
     Q_EMIT conditionChanged();

@@ -30,7 +30,7 @@ public:
         /// Not read yet.
         Opening,
         Online,
-        /// Another process holds the lock; the store tries again by itself.
+        /// Another process holds the lock, or the disk is full; the store tries again by itself.
         Locked,
         /// The file cannot be used, and is left as it is, until retry() finds it better.
         Offline,
