@@ -36,17 +36,18 @@ Status PictureDecoder::open()
     Result<FormatPtr> file = openMediaFile(m_path);
     if (!file)
         return file.error();
-    m_file = std::move(*file);
-    if (m_index.stream < 0 || unsigned(m_index.stream) >= m_file->nb_streams)
+    if (m_index.stream < 0 || unsigned(m_index.stream) >= (*file)->nb_streams)
         return Error{m_path,
                      QStringLiteral("picture"),
                      {},
                      QStringLiteral("the file has changed"),
                      QStringLiteral("open it again")};
-    keepOnlyStream(*m_file, m_index.stream);
-    Result<CodecPtr> codec = openDecoder(*m_file, m_index.stream, m_threads);
+    keepOnlyStream(**file, m_index.stream);
+    Result<CodecPtr> codec = openDecoder(**file, m_index.stream, m_threads);
     if (!codec)
         return codec.error();
+    // Only now: what was open before stays so where the file is another by now.
+    m_file = std::move(*file);
     m_codec = std::move(*codec);
     const AVCodecDescriptor* descriptor = avcodec_descriptor_get(m_codec->codec_id);
     m_intra = descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_INTRA_ONLY) != 0;

@@ -200,17 +200,18 @@ Status SoundStream::open()
     Result<FormatPtr> file = openMediaFile(m_path);
     if (!file)
         return file.error();
-    m_file = std::move(*file);
-    if (unsigned(m_stream) >= m_file->nb_streams)
+    if (unsigned(m_stream) >= (*file)->nb_streams)
         return Error{m_path,
                      QStringLiteral("sound"),
                      {},
                      QStringLiteral("the file has changed"),
                      QStringLiteral("open it again")};
-    keepOnlyStream(*m_file, m_stream);
-    Result<CodecPtr> codec = openDecoder(*m_file, m_stream, {0, 1});
+    keepOnlyStream(**file, m_stream);
+    Result<CodecPtr> codec = openDecoder(**file, m_stream, {0, 1});
     if (!codec)
         return codec.error();
+    // Only now: what was open before stays so where the file is another by now.
+    m_file = std::move(*file);
     m_codec = std::move(*codec);
     const AVStream& stream = *m_file->streams[m_stream];
     const AVCodecParameters& par = *stream.codecpar;
