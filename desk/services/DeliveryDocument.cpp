@@ -1,6 +1,7 @@
 #include "desk/services/DeliveryDocument.h"
 
 #include "StratacutUI/ImfDict.h"
+#include "desk/imf/mxf/TrackFileReader.h"
 #include "desk/imf/xml/XmlElement.h"
 #include "desk/services/DescriptorFacts.h"
 #include "desk/services/OutputFormat.h"
@@ -47,7 +48,16 @@ const imf::EssenceDescriptor* descriptorOf(const imf::Composition& composition, 
     return nullptr;
 }
 
-TrackFacts factsOf(const imf::Composition& composition)
+/// What the file of a sound track says of itself; what the composition says of it where the file cannot be read.
+DescriptorFacts soundOf(const imf::Delivery& delivery, const imf::Sequence& sequence, const DescriptorFacts& said)
+{
+    const QString path = delivery.existingFile(sequence.resources.first().trackFileId);
+    const auto descriptor = path.isEmpty() ? Result<QByteArray>(QByteArray()) : imf::readTrackDescriptor(path);
+    const DescriptorFacts own = descriptor ? readDescriptor(*descriptor) : DescriptorFacts();
+    return own.kind == DescriptorFacts::Kind::Sound ? own : said;
+}
+
+TrackFacts factsOf(const imf::Delivery& delivery, const imf::Composition& composition)
 {
     TrackFacts facts;
     if (composition.segments.isEmpty())
@@ -60,7 +70,7 @@ TrackFacts factsOf(const imf::Composition& composition)
         if (sequence.kind == imf::SequenceKind::MainImage && track.kind == DescriptorFacts::Kind::Picture)
             facts.picture = track;
         else if (sequence.kind == imf::SequenceKind::MainAudio && track.kind == DescriptorFacts::Kind::Sound)
-            facts.sounds += track;
+            facts.sounds += soundOf(delivery, sequence, track);
     }
     return facts;
 }
@@ -135,10 +145,10 @@ QJsonObject compositionMetadata(const imf::Composition& composition)
     return metadata;
 }
 
-QJsonObject documentOf(const imf::DeliveredComposition& delivered)
+QJsonObject documentOf(const imf::Delivery& delivery, const imf::DeliveredComposition& delivered)
 {
     const imf::Composition& composition = delivered.composition;
-    const TrackFacts facts = factsOf(composition);
+    const TrackFacts facts = factsOf(delivery, composition);
     QJsonObject document = itemDocument("CPL", delivered.name);
     document[QLatin1String(ImfDict::Video)] = videoOf(composition, facts.picture);
     document[QLatin1String(ImfDict::Audio)] = audioOf(facts.sounds);
@@ -152,7 +162,7 @@ QJsonObject documentOf(const imf::DeliveredComposition& delivered)
     return document;
 }
 
-QJsonObject documentOf(const imf::DeliveredPackage& package)
+QJsonObject documentOf(const imf::Delivery& delivery, const imf::DeliveredPackage& package)
 {
     QJsonObject document = itemDocument("IMP", package.name);
     QJsonObject metadata = metadataOf(package.packingList);
@@ -162,7 +172,7 @@ QJsonObject documentOf(const imf::DeliveredPackage& package)
     document[QLatin1String(ImfDict::DescriptiveMetadata)] = metadata;
     QJsonArray children;
     for (const imf::DeliveredComposition& composition : package.compositions)
-        children += documentOf(composition);
+        children += documentOf(delivery, composition);
     document[QLatin1String(ImfDict::Children)] = children;
     return document;
 }
@@ -176,7 +186,7 @@ QJsonObject documentOf(const imf::Delivery& delivery)
     document[QLatin1String(ImfDict::DescriptiveMetadata)] = metadataOf(delivery);
     QJsonArray children;
     for (const imf::DeliveredPackage& package : delivery.packages)
-        children += documentOf(package);
+        children += documentOf(delivery, package);
     document[QLatin1String(ImfDict::Children)] = children;
     return document;
 }

@@ -300,6 +300,33 @@ private slots:
         QVERIFY(!controller().hasMissingAssets(left));
     }
 
+    /// The composition only repeats what the track file says.
+    void soundIsReadBackFromItsTrackFile()
+    {
+        const QModelIndex delivery = add(QStringLiteral("Feature"));
+        addImp(delivery, QStringLiteral("First"));
+        QVERIFY(commit(delivery));
+        const QDir folder(delivery.data(Model::PathRole).toString());
+        QFile composition(folder.filePath(folder.entryList({"CPL_*.xml"}).value(0)));
+        QVERIFY(composition.open(QIODevice::ReadWrite));
+        QByteArray text = composition.readAll();
+        QVERIFY(text.contains("AudioContentKind>PRM<"));
+        composition.seek(0);
+        composition.write(text.replace("AudioContentKind>PRM<", "AudioContentKind>MEC<"));
+        composition.close();
+        const auto kind = [&] {
+            QJsonObject document;
+            read(folder.path(), document);
+            const QJsonValue sound = firstComposition(document)[ImfDict::Audio][ImfDict::MultipleAudioMix];
+            return sound[ImfDict::AudioMapping][0][ImfDict::Metadata][ImfDict::AudioContentKind].toString();
+        };
+        QCOMPARE(kind(), QStringLiteral("PRM"));
+        const QStringList trackFiles = folder.entryList({"*.mxf"});
+        for (const QString& file : trackFiles)
+            QVERIFY(QFile::resize(folder.filePath(file), 100));
+        QCOMPARE(kind(), QStringLiteral("MEC"));
+    }
+
     void strangersDeliveriesShowWhatTheyHold()
     {
         const QString samples = qEnvironmentVariable("STRATACUT_IMF_SAMPLES");

@@ -18,6 +18,11 @@ struct TrackFile::State {
     /// The one element of a clip-wrapped sound track.
     KlvHead clip;
 
+    /// Reads sets and header; gives the partitions that were found on the way.
+    Result<QVector<FoundPartition>> readHeader();
+
+    QByteArray descriptorXml() const { return toRegXml(*sets.find(header.descriptor), sets); }
+
     Status openClip();
 };
 
@@ -50,6 +55,27 @@ std::int32_t sampleAt(const char* bytes, int size)
 }
 
 } // namespace
+
+Result<QVector<FoundPartition>> TrackFile::State::readHeader()
+{
+    if (const Status status = file.open(); !status)
+        return status.error();
+    auto partitions = findPartitions(file);
+    if (!partitions)
+        return partitions.error();
+    auto read = readHeaderMetadata(file, *partitions);
+    if (!read)
+        return read.error();
+    sets = *read;
+    auto facts = interpretHeader(sets);
+    if (!facts) {
+        Error error = facts.error();
+        error.file = file.path();
+        return error;
+    }
+    header = *facts;
+    return partitions;
+}
 
 Status TrackFile::State::openClip()
 {
@@ -84,7 +110,7 @@ const MetadataSets& TrackFile::sets() const
 
 QByteArray TrackFile::descriptorXml() const
 {
-    return toRegXml(*m_state->sets.find(m_state->header.descriptor), m_state->sets);
+    return m_state->descriptorXml();
 }
 
 Result<QByteArray> TrackFile::readFrame(qint64 n)
@@ -117,27 +143,14 @@ Result<std::vector<std::int32_t>> TrackFile::readSamples(qint64 first, qint64 co
 Result<TrackFile> readTrackFile(const QString& path)
 {
     auto state = std::make_unique<TrackFile::State>(path);
-    if (const Status status = state->file.open(); !status)
-        return status.error();
-    const auto partitions = findPartitions(state->file);
+    const auto partitions = state->readHeader();
     if (!partitions)
         return partitions.error();
-    auto sets = readHeaderMetadata(state->file, *partitions);
-    if (!sets)
-        return sets.error();
-    state->sets = *sets;
-    auto header = interpretHeader(state->sets);
-    if (!header) {
-        Error error = header.error();
-        error.file = path;
-        return error;
-    }
-    state->header = *header;
     for (const FoundPartition& found : *partitions)
         state->header.facts.partitions.append(describe(found));
     if (state->header.facts.kind == TrackKind::Other)
         return TrackFile(std::move(state));
-    auto essence = EssenceMap::make(state->file, *partitions, header->bodySid, header->facts.duration);
+    auto essence = EssenceMap::make(state->file, *partitions, state->header.bodySid, state->header.facts.duration);
     if (!essence)
         return essence.error();
     state->essence = *essence;
@@ -146,6 +159,14 @@ Result<TrackFile> readTrackFile(const QString& path)
             return status.error();
     }
     return TrackFile(std::move(state));
+}
+
+Result<QByteArray> readTrackDescriptor(const QString& path)
+{
+    TrackFile::State state(path);
+    if (const auto partitions = state.readHeader(); !partitions)
+        return partitions.error();
+    return state.descriptorXml();
 }
 
 } // namespace desk::imf

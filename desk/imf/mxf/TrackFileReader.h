@@ -93,4 +93,8 @@ private:
 /// kind gives an error with the file and the byte offset; nothing larger than the file itself is ever allocated.
 Result<TrackFile> readTrackFile(const QString& path);
 
+/// The RegXML element of a track file's essence descriptor alone, from its header metadata: neither index nor essence
+/// is read. Errors as those of readTrackFile.
+Result<QByteArray> readTrackDescriptor(const QString& path);
+
 } // namespace desk::imf
