@@ -136,7 +136,8 @@ private slots:
         QObject context;
         connect(&service, &desk::services::TranscriptService::ended, &context,
                 [&](const QString&, desk::services::TranscriptService::Outcome, const QString& text) { why = text; });
-        for (const QString answer : {"Keep", "Transcribe Again"}) {
+        const QStringList answers{"Keep", "Transcribe Again"};
+        for (const QString& answer : answers) {
             QCOMPARE(service.active(), 0);
             Hand::whenOpen([answer](QWidget* dialog) {
                 const auto buttons = dialog->findChildren<QPushButton*>();

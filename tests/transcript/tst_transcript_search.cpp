@@ -147,7 +147,7 @@ private slots:
     void whateverComesIntoViewIsHighlighted()
     {
         RecordingTranscriptInfo::Material material;
-        const QString crowd = QStringList(QVector<QString>(40, QStringLiteral("ba")).toList()).join(' ');
+        const QString crowd = QStringLiteral("ba ").repeated(40).trimmed();
         for (int number = 0; number < 600; ++number)
             material.segments.push_back(segmentOf(number, number * 20000, crowd));
         const ShownTranscript shown(std::move(material));
