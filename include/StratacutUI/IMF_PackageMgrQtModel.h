@@ -18,6 +18,7 @@
 #include <functional>
 #include <memory>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 class IMFO_Bridge;
@@ -189,12 +190,14 @@ private:
     };
     class ParkedIndexes;
 
+    /// Tells of a new item, by its identifier.
+    using Announcement = std::function<void(const QByteArray& componentId)>;
     /// What is told to the host once a drop's rows stand.
-    using Announcements = std::vector<std::function<void()>>;
+    using Announcements = std::vector<std::pair<std::weak_ptr<IMF_Node>, Announcement>>;
 
     QModelIndex dropTarget(const QModelIndex& parent);
     void insertDropped(const QStringList& mobIds, const QModelIndex& target, int row);
-    void announce(std::function<void()> announcement);
+    void announce(const std::shared_ptr<IMF_Node>& item, Announcement announcement);
     void updateIcons();
     QVariant decoration(const IMF_Node& node, int column) const;
     QVariant audioGrouping(const QModelIndex& index) const;

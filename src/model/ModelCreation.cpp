@@ -78,12 +78,12 @@ void IMF_PackageMgrQtModel::append(const std::shared_ptr<IMF_Node>& parent, cons
 }
 
 /// A host may answer with a message box: it must not open while rows are being inserted.
-void IMF_PackageMgrQtModel::announce(std::function<void()> announcement)
+void IMF_PackageMgrQtModel::announce(const std::shared_ptr<IMF_Node>& item, Announcement announcement)
 {
     if (m_dropAnnouncements)
-        m_dropAnnouncements->push_back(std::move(announcement));
+        m_dropAnnouncements->emplace_back(item, std::move(announcement));
     else
-        announcement();
+        announcement(getComponendID(item));
 }
 
 std::shared_ptr<IMF_Node> IMF_PackageMgrQtModel::addIMPNode(const std::shared_ptr<IMF_Node>& deliverable)
@@ -95,7 +95,7 @@ std::shared_ptr<IMF_Node> IMF_PackageMgrQtModel::addIMPNode(const std::shared_pt
     ViewDeckQt::generateDefaultName(name, taken);
     const std::shared_ptr<IMF_Node> imp = IMF_PackageDeliveryReader::impFromJson(defaultImp(name), deliverable);
     append(deliverable, imp);
-    announce([this, id = getComponendID(imp)] { emit notifyNewIMPCreated(id); });
+    announce(imp, [this](const QByteArray& componentId) { emit notifyNewIMPCreated(componentId); });
     return imp;
 }
 
@@ -109,7 +109,9 @@ void IMF_PackageMgrQtModel::addCPLNode(const QString& mobId, const std::shared_p
     if (!m_trackGroups.contains(id) || !isIdentifierShared(cpl))
         addTrackGroups(id, {});
     registerTrackModel(cpl, mobId);
-    announce([this, id, token = source.token] { emit notifyNewCPLCreated(id, token); });
+    announce(cpl, [this, token = source.token](const QByteArray& componentId) {
+        emit notifyNewCPLCreated(componentId, token);
+    });
 }
 
 void IMF_PackageMgrQtModel::createCPLFromMobs(const QStringList& mobIds, const QModelIndex& impIndex)

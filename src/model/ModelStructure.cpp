@@ -119,19 +119,26 @@ QModelIndex IMF_PackageMgrQtModel::replace(const QModelIndex& index, const std::
 
 void IMF_PackageMgrQtModel::insertDropped(const QStringList& mobIds, const QModelIndex& target, int row)
 {
-    ParkedIndexes parked(*this, FromIndex(target), nullptr);
     m_dropAnnouncements = std::make_unique<Announcements>();
-    beginInsertRows(target, row, row);
-    createCPLFromMobs(mobIds, target);
-    endInsertRows();
+    {
+        ParkedIndexes parked(*this, FromIndex(target), nullptr);
+        beginInsertRows(target, row, row);
+        createCPLFromMobs(mobIds, target);
+        endInsertRows();
+        parked.release(target);
+    }
     const std::unique_ptr<Announcements> announcements = std::move(m_dropAnnouncements);
 
     // One row was announced, wherever the drop pointed; views lay themselves out again from the tree.
-    parked.release(target);
     emit layoutAboutToBeChanged();
     emit layoutChanged();
-    for (const std::function<void()>& announcement : *announcements)
-        announcement();
+    // The host's refusals are shown to the user: items or the model may go behind a message.
+    const QPointer<IMF_PackageMgrQtModel> self(this);
+    for (const auto& [item, announcement] : *announcements) {
+        const std::shared_ptr<IMF_Node> node = self ? item.lock() : nullptr;
+        if (node)
+            announcement(getComponendID(node));
+    }
 }
 
 bool IMF_PackageMgrQtModel::removeIndex(const QModelIndex& index)

@@ -164,6 +164,14 @@ private slots:
         QVERIFY(shelf.drop({"a", "b"}, shelf.delivery));
         const QString tree = "Film(Untitled IMP(Sequence x),Untitled IMP.1(A,B))";
         QCOMPARE(seen, (QStringList{"createIMP" + tree, "createCPL" + tree, "createCPL" + tree}));
+        // What goes while the first is told is not told any more.
+        shelf.f.bridge.succeed();
+        shelf.f.bridge.onCall = [&](const QString&) {
+            shelf.f.model->removeIndex(shelf.f.model->index(2, 0, shelf.imp));
+        };
+        shelf.f.bridge.takeCalls();
+        QVERIFY(shelf.drop({"a", "b"}, shelf.imp));
+        QCOMPARE(shelf.f.bridge.takeCalls().size(), 1);
     }
 };
 

@@ -5,6 +5,8 @@
 #include "support/ModalAnswer.h"
 #include "support/TestMain.h"
 
+#include <QMimeData>
+
 using Model = IMF_PackageMgrQtModel;
 using support::FolderAnswer;
 using support::ModalAnswer;
@@ -279,6 +281,11 @@ private slots:
         row("renaming", [](Behind& b) { b.f.model->setData(b.film, "New"); });
         row("removing", [](Behind& b) { b.controller.onRemoveIMFItem(b.film); });
         row("creating CPLs", [](Behind& b) { b.f.model->createCPLFromMobs({"m1", "m2"}, b.imp); });
+        row("dropping", [](Behind& b) {
+            b.f.bridge.fail("createIMP", 1, "No.");
+            b.f.model->dropMimeData(support::RecordingMediaEngine::dragOf({"m1"}).get(), Qt::MoveAction, -1, -1,
+                                    b.film);
+        });
         row("failed completion", [](Behind& b) { b.controller.onCommitComplete(b.first, {1, "No."}); });
         row("read-back", [](Behind& b) { b.controller.onCommitComplete(b.first, {}); });
     }
