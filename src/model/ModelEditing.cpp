@@ -33,11 +33,17 @@ const char* keyOfRole(int role)
     }
 }
 
-KeyAndText keyAndText(const QVariant& value, int role)
+struct Property {
+    QString key;
+    QVariant value;
+};
+
+Property propertyOf(const QVariant& value, int role)
 {
-    if (value.userType() == qMetaTypeId<KeyAndText>())
-        return value.value<KeyAndText>();
-    return {QString::fromLatin1(keyOfRole(role)), value.toString()};
+    if (value.userType() != qMetaTypeId<KeyAndText>())
+        return {QString::fromLatin1(keyOfRole(role)), value};
+    const KeyAndText pair = value.value<KeyAndText>();
+    return {pair.first, pair.second};
 }
 } // namespace
 
@@ -111,13 +117,13 @@ bool IMF_PackageMgrQtModel::setPath(const QModelIndex& index, const QVariant& va
 
 void IMF_PackageMgrQtModel::setProperty(const QModelIndex& index, const QVariant& value, int role)
 {
-    const KeyAndText property = keyAndText(value, role);
-    if (property.first.isEmpty())
+    const Property property = propertyOf(value, role);
+    if (property.key.isEmpty())
         return;
     const std::shared_ptr<IMF_Node> node = FromIndex(index);
     bool accepted = false;
-    const auto write = [&] { accepted = NodeAccess::setProperty(*node, property.first, property.second); };
-    if (property.first == QLatin1String(ImfDict::Name))
+    const auto write = [&] { accepted = NodeAccess::setProperty(*node, property.key, property.value); };
+    if (property.key == QLatin1String(ImfDict::Name))
         keepTrackGroups(node, write);
     else
         write();
@@ -127,7 +133,7 @@ void IMF_PackageMgrQtModel::setProperty(const QModelIndex& index, const QVariant
 
 void IMF_PackageMgrQtModel::setContentTitle(const QModelIndex& index, const QVariant& value)
 {
-    const QString title = keyAndText(value, ContentTitleRole).second;
+    const QString title = propertyOf(value, ContentTitleRole).value.toString();
     IMF_CPL* payload = cpl(*FromIndex(index));
     if (payload && title != payload->contentTitle() && payload->setContentTitle(title))
         emitRowChanged(index, {MetadataRole, Qt::DisplayRole});

@@ -1,6 +1,7 @@
 #include "ModelFixture.h"
 
 #include "StratacutUI/IMF_Node.h"
+#include "support/Assertions.h"
 #include "support/ModalAnswer.h"
 #include "support/TestMain.h"
 
@@ -74,6 +75,16 @@ private slots:
         QCOMPARE(changed[0][0].toModelIndex(), index);
         QCOMPARE(changed[0][1].toModelIndex(), index.siblingAtColumn(lastColumn));
         QCOMPARE(changed[0][2].value<QVector<int>>(), roles);
+    }
+
+    void aValueThatIsNoTextClearsNothing()
+    {
+        Tree tree;
+        support::Assertions assertions;
+        QVERIFY(tree.f.model->setData(tree.imp, "x", Model::IssuerRole));
+        QVERIFY(tree.f.model->setData(tree.imp, QVariant(), Model::IssuerRole));
+        QCOMPARE(assertions.take(), QStringList{"IMF_IMP: false"});
+        QCOMPARE(tree.imp.data(Model::IssuerRole).toString(), QString("x"));
     }
 
     void aDeliverableIsRenamedByTheHostFirst()
