@@ -149,9 +149,8 @@ void IMF_PackageMgrQtModel::onMobStatusChanged(const QString& mobID)
     std::vector<std::shared_ptr<IMF_Node>> made;
     for (const std::shared_ptr<IMF_Node>& delivery : *m_root) {
         for (const std::shared_ptr<IMF_Node>& imp : *delivery) {
-            std::copy_if(imp->begin(), imp->end(), std::back_inserter(made), [&mobID](const auto& node) {
-                return NodeAccess::property(*node, ImfDict::CPLMobID) == mobID;
-            });
+            std::copy_if(imp->begin(), imp->end(), std::back_inserter(made),
+                         [&mobID](const auto& node) { return isMadeFrom(*node, mobID); });
         }
     }
     // Whoever hears of one may remove others.

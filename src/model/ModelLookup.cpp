@@ -4,8 +4,6 @@
 
 #include "NodeAccess.h"
 
-#include "StratacutUI/ImfDict.h"
-
 #include <algorithm>
 
 using namespace NodeAccess;
@@ -79,9 +77,8 @@ QModelIndex IMF_PackageMgrQtModel::mobToIndex(const QString& mobId) const
 {
     for (const std::shared_ptr<IMF_Node>& delivery : *m_root) {
         for (const std::shared_ptr<IMF_Node>& imp : *delivery) {
-            const auto found = std::find_if(imp->begin(), imp->end(), [&mobId](const auto& cpl) {
-                return NodeAccess::property(*cpl, ImfDict::CPLMobID) == mobId;
-            });
+            const auto found =
+                std::find_if(imp->begin(), imp->end(), [&mobId](const auto& cpl) { return isMadeFrom(*cpl, mobId); });
             if (found != imp->end())
                 return indexOf(found->get());
         }

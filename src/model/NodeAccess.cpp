@@ -1,6 +1,7 @@
 #include "NodeAccess.h"
 
 #include "StratacutUI/IMF_DataUtils.h"
+#include "StratacutUI/ImfDict.h"
 
 #include <QVariant>
 
@@ -55,6 +56,11 @@ bool NodeAccess::setProperty(IMF_Node& node, const QString& key, const QVariant&
 bool NodeAccess::isValid(const IMF_Node& node)
 {
     return visit(node.value(), [](const auto& payload) { return payload.isValid(); });
+}
+
+bool NodeAccess::isMadeFrom(const IMF_Node& cpl, const QString& mobId)
+{
+    return !mobId.isEmpty() && property(cpl, QString::fromLatin1(ImfDict::CPLMobID)) == mobId;
 }
 
 bool NodeAccess::hasUncommitted(const IMF_Node& node)

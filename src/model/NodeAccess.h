@@ -24,6 +24,8 @@ const QJsonObject& document(const IMF_Node& node);
 QString property(const IMF_Node& node, const QString& key);
 bool setProperty(IMF_Node& node, const QString& key, const QVariant& value);
 bool isValid(const IMF_Node& node);
+/// Whether a CPL was made from the sequence. One without a sequence was made from none, not from the empty identifier.
+bool isMadeFrom(const IMF_Node& cpl, const QString& mobId);
 /// Whether the node or something below it is uncommitted.
 bool hasUncommitted(const IMF_Node& node);
 

@@ -154,8 +154,11 @@ private slots:
         Tree tree;
         const QModelIndex second = tree.f.newCpl(tree.imp, "m1");
         const QModelIndex other = tree.f.newCpl(tree.imp, "m2");
+        tree.f.load("/d", "d", documents::delivery("D", "/d", {documents::imp("I", {documents::cpl("C")})}));
         QSignalSpy changed(tree.f.model.get(), &Model::dataChanged);
         tree.f.engine.sequences.remove("m1");
+        // What was read from disk is made from no sequence.
+        tree.f.model->onMobStatusChanged("");
         tree.f.model->onMobStatusChanged("m1");
         QVERIFY(!tree.cpl.data(Model::ValidRole).toBool() && !second.data(Model::ValidRole).toBool());
         QVERIFY(other.data(Model::ValidRole).toBool());
