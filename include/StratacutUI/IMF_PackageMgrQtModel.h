@@ -168,7 +168,8 @@ public:
     void addTrackModel(const QModelIndex& cpl, const QString& key);
     /// Forgets the track data model of a sequence; its CPLs have none from then on.
     void unregisterTrackDataModel(const QString& key);
-    /// Forgets the track groups of every CPL in the subtree, and its use of a track data model.
+    /// Forgets the track groups of every CPL in the subtree, and its use of a track data model. Groups that a CPL
+    /// shares by its identifier with one outside the subtree stay.
     void removeTracksData(const QModelIndex& index);
     /// Runs a change that may alter identifiers in the subtree and carries the track groups over to the new ones.
     void keepTrackGroups(const std::shared_ptr<IMF_Node>& subtree, const std::function<void()>& change);
@@ -208,7 +209,7 @@ private:
     void setContentTitle(const QModelIndex& index, const QVariant& value);
     void emitRowChanged(const QModelIndex& index, const QVector<int>& roles);
     QModelIndex childByName(const QModelIndex& parent, const QString& name, IMF_PackageMgr::NodeType parentType) const;
-    std::shared_ptr<IMF_Node> nodeByComponentId(const QByteArray& componentId) const;
+    std::shared_ptr<IMF_Node> nodeByComponentId(const QByteArray& componentId, const IMF_Node* except = nullptr) const;
     bool isIdentifierShared(const std::shared_ptr<IMF_Node>& node) const;
     void append(const std::shared_ptr<IMF_Node>& parent, const std::shared_ptr<IMF_Node>& node);
     void registerTrackModel(const std::shared_ptr<IMF_Node>& node, const QString& key);

@@ -108,32 +108,33 @@ void IMF_PackageMgrQtModel::deliveriesVisitor(const std::function<void(const IMF
 namespace
 {
 /// Searches from the back: where items share an identifier, the newest is meant.
-std::shared_ptr<IMF_Node> byComponentId(const IMF_PackageMgrQtModel& model, const IMF_Node& parent,
-                                        const QByteArray& componentId)
+/// @param rest the identifier behind the parent's. @param except is passed over with all that is below it.
+std::shared_ptr<IMF_Node> byComponentId(const IMF_Node& parent, const QByteArray& rest, const IMF_Node* except)
 {
     for (int row = parent.childCount() - 1; row >= 0; --row) {
         const std::shared_ptr<IMF_Node> child = parent.getChild(row);
-        const QByteArray own = model.getComponendID(child);
-        if (own == componentId)
-            return child;
-        if (!componentId.startsWith(own + '/'))
+        if (child.get() == except)
             continue;
-        if (std::shared_ptr<IMF_Node> found = byComponentId(model, *child, componentId))
+        const IMF_Deliverable* top = deliverable(std::as_const(*child));
+        const QByteArray own = top ? top->compID() : name(*child).toUtf8();
+        if (own == rest)
+            return child;
+        if (!rest.startsWith(own + '/'))
+            continue;
+        if (std::shared_ptr<IMF_Node> found = byComponentId(*child, rest.mid(own.size() + 1), except))
             return found;
     }
     return nullptr;
 }
 } // namespace
 
-std::shared_ptr<IMF_Node> IMF_PackageMgrQtModel::nodeByComponentId(const QByteArray& componentId) const
+std::shared_ptr<IMF_Node> IMF_PackageMgrQtModel::nodeByComponentId(const QByteArray& componentId,
+                                                                   const IMF_Node* except) const
 {
-    return byComponentId(*this, *m_root, componentId);
+    return byComponentId(*m_root, componentId, except);
 }
 
 bool IMF_PackageMgrQtModel::isIdentifierShared(const std::shared_ptr<IMF_Node>& node) const
 {
-    const std::shared_ptr<IMF_Node> parent = node->getParent();
-    const QString own = name(*node);
-    return parent && std::any_of(parent->begin(), parent->end(),
-                                 [&](const auto& sibling) { return sibling != node && name(*sibling) == own; });
+    return nodeByComponentId(getComponendID(node), node.get()) != nullptr;
 }

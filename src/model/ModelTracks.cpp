@@ -93,12 +93,12 @@ void IMF_PackageMgrQtModel::removeTracksData(const QModelIndex& index)
         return;
     const std::shared_ptr<IMF_Node> subtree = FromIndex(index);
     releaseTrackModels(subtree);
-    // A namesake beside a single CPL keeps the groups that both share.
-    if (type(*subtree) == IMF_PackageMgr::CPL && isIdentifierShared(subtree))
-        return;
-    forEachNode(subtree, [this](const std::shared_ptr<IMF_Node>& node) {
-        if (type(*node) == IMF_PackageMgr::CPL)
-            m_trackGroups.remove(getComponendID(node));
+    // A namesake that stays keeps the groups that both share.
+    const bool hasNamesake = isIdentifierShared(subtree);
+    forEachNode(subtree, [&](const std::shared_ptr<IMF_Node>& node) {
+        const QByteArray id = getComponendID(node);
+        if (type(*node) == IMF_PackageMgr::CPL && !(hasNamesake && nodeByComponentId(id, subtree.get())))
+            m_trackGroups.remove(id);
     });
 }
 

@@ -127,6 +127,11 @@ private slots:
         QCOMPARE(second.data(Model::TrackGroupsRole).toJsonArray(), groups());
         tree.f.controller().onRemoveIMFItem(second);
         QCOMPARE(tree.cpl.data(Model::TrackGroupsRole).toJsonArray(), groups());
+        const QModelIndex namesake = tree.f.newImp(tree.delivery);
+        tree.f.model->setData(namesake, tree.imp.data().toString());
+        tree.f.newCpl(namesake, "m1");
+        tree.f.controller().onRemoveIMFItem(namesake);
+        QCOMPARE(tree.cpl.data(Model::TrackGroupsRole).toJsonArray(), groups());
         tree.f.controller().onRemoveIMFItem(tree.cpl);
         QCOMPARE(tree.f.newCpl(tree.imp, "m1").data(Model::TrackGroupsRole).toJsonArray(), QJsonArray());
     }
