@@ -31,7 +31,7 @@ private:
     QJsonObject impIndexToJson(const QModelIndex& imp) const;
     bool isNew(const QJsonObject& element, const IMF_Node& node) const;
     bool loadNewDelivery(const std::shared_ptr<IMF_Node>& node);
-    QModelIndex committedDelivery(const QJsonObject& element) const;
+    QModelIndex existingDelivery(const QJsonObject& element) const;
     void loadUnCommitedImps(const QModelIndex& delivery, const std::shared_ptr<IMF_Node>& deliveryNode,
                             const QJsonArray& imps);
     void loadUnCommitedCpls(const QModelIndex& imp, const QJsonArray& cpls);

@@ -85,7 +85,7 @@ void IMF_DataModelSerializer::loadUnCommitedState(const QJsonArray& array)
             IMF_PackageDeliveryReader::deliveryFromJson(withoutSavedKeys(element), {});
         QModelIndex delivery;
         if (!isNew(element, *node)) {
-            delivery = committedDelivery(element);
+            delivery = existingDelivery(element);
         } else {
             if (!loadNewDelivery(node))
                 return;
@@ -101,7 +101,7 @@ bool IMF_DataModelSerializer::isNew(const QJsonObject& element, const IMF_Node& 
         return false;
     // One that was committed without IMPs counts as new by its IMPs, but it was read from its folder.
     const bool isCommitted = boost::get<IMF_Deliverable>(node.value()).status() == IMF_PackageMgr::Committed;
-    return !isCommitted || !committedDelivery(element).isValid();
+    return !isCommitted || !existingDelivery(element).isValid();
 }
 
 bool IMF_DataModelSerializer::loadNewDelivery(const std::shared_ptr<IMF_Node>& node)
@@ -123,15 +123,22 @@ bool IMF_DataModelSerializer::loadNewDelivery(const std::shared_ptr<IMF_Node>& n
     return true;
 }
 
-QModelIndex IMF_DataModelSerializer::committedDelivery(const QJsonObject& element) const
+QModelIndex IMF_DataModelSerializer::existingDelivery(const QJsonObject& element) const
 {
     const QString path = element.value(ImfDict::Path).toString();
-    const QModelIndex found = m_model->getCommittedDeliveryModelIndex(path);
-    if (found.isValid() || !element.value(ImfDict::Mutable).toBool())
-        return found;
-    // One of its IMPs was committed before the deliverable itself: its folder exists by now.
-    return m_model->getCommittedDeliveryModelIndex((path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/')) +
-                                                   element.value(ImfDict::Name).toString());
+    const QString name = element.value(ImfDict::Name).toString();
+    QStringList folders{path};
+    // Where one of its IMPs was committed before the deliverable itself, its own folder exists by now.
+    if (element.value(ImfDict::Mutable).toBool())
+        folders.prepend((path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/')) + name);
+    for (const QString& folder : std::as_const(folders)) {
+        const QModelIndex committed = m_model->getCommittedDeliveryModelIndex(folder);
+        if (committed.isValid())
+            return committed;
+    }
+    // Uncommitted deliverables can share a folder: the name tells which one is meant.
+    const QModelIndex found = m_model->getDeliveryModelIndex(path);
+    return found.data(IMF_PackageMgrQtModel::NameRole).toString() == name ? found : QModelIndex();
 }
 
 void IMF_DataModelSerializer::loadUnCommitedImps(const QModelIndex& delivery,

@@ -85,6 +85,7 @@ private slots:
     void aCommittedImpOfANewDeliverableIsFoundAgain()
     {
         ModelFixture f;
+        f.load("/out", "o", documents::delivery("Around", "/out"));
         const QModelIndex delivery = f.newDelivery("Film");
         const QModelIndex imp = f.newImp(delivery);
         f.newImp(delivery);
@@ -92,9 +93,18 @@ private slots:
         f.controller().onCommitComplete(imp, {});
         f.controller().onSaveSettings();
         f.restart();
-        QCOMPARE(outline(*f.model), QString("Film(Untitled IMP,Untitled IMP.1)"));
-        const QModelIndex second = f.model->index(1, 0, f.model->index(0, 0));
+        QCOMPARE(outline(*f.model), QString("Around,Film(Untitled IMP,Untitled IMP.1)"));
+        const QModelIndex second = f.model->index(1, 0, f.model->index(1, 0));
         QCOMPARE(int(Model::StatusFromIndex(second)), int(IMF_PackageMgr::Uncommitted));
+    }
+
+    void impsReturnToTheUncommittedDeliverableThatTheyName()
+    {
+        ModelFixture f;
+        f.newImp(f.newDelivery("Film"));
+        const QJsonValue film = damagedAt(saved(f).first(), {"NewDelivery"}, false);
+        restore(f, {film, damagedAt(film, {"Name"}, "Away")});
+        QCOMPARE(outline(*f.model), QString("Film(Untitled IMP,Untitled IMP)"));
     }
 
     void namesakesComeBackApart()
