@@ -57,7 +57,7 @@ struct STT_MissingTranscript {
     /// Where the clip starts in the shown material, in milliseconds.
     int startMs = 0;
     STT_Transcription state = STT_Transcription::Missing;
-    /// 0 to 100, while the transcription runs.
+    /// 0 to 100, while the transcription runs; below 0 while it is under way, but has not come to the words.
     int percent = 0;
     /// Why it failed and what to do, one sentence; empty otherwise.
     std::string failure{};

@@ -97,6 +97,8 @@ QString STT_MissingTranscriptWidget::sentence() const
     case STT_Transcription::Waiting:
         return stx_func("Waiting to be transcribed");
     case STT_Transcription::Running:
+        if (m_clip.percent < 0)
+            return stx_func("Getting ready to transcribe");
         return stx_func("Transcribing, %1 %").toQString().arg(QLocale().toString(m_clip.percent));
     case STT_Transcription::Failed:
         return QString::fromStdString(m_clip.failure);

@@ -60,7 +60,10 @@ std::size_t fingerprintOf(const std::vector<STT_TranscriptSegment>& segments, co
 {
     constexpr std::size_t oddBits = 0x9e3779b97f4a7c15;
     std::size_t print = isReadable;
-    const auto take = [&print](std::size_t value) { print = (print ^ value) * oddBits + (print >> 29); };
+    // No value, not even nought, leaves a print as it is.
+    const auto take = [&print](std::size_t value) { print = ((print ^ value) + oddBits) * oddBits + (print >> 29); };
+    take(segments.size());
+    take(clipBlocks.size());
     for (const STT_TranscriptSegment& segment : segments) {
         take(std::hash<std::string>()(segment.text));
         take(segment.wordStarts.empty() ? segments.size() : std::size_t(segment.wordStarts.front()));

@@ -238,12 +238,15 @@ private slots:
         RecordingTranscriptInfo::Material material = conversation();
         material.missing = {{"guid-a", "A.mov", 0, STT_Transcription::Missing, 0, {}},
                             {"guid-b", "B.mov", 3000, STT_Transcription::Running, 40, {}},
-                            {"guid-c", "C.mov", 9000, STT_Transcription::Failed, 0, "C.mov is gone."}};
+                            {"guid-c", "C.mov", 9000, STT_Transcription::Failed, 0, "C.mov is gone."},
+                            {"guid-d", "D.mov", 9000, STT_Transcription::Running, -1, {}}};
         const ShownTranscript shown(std::move(material));
         const QList<STT_MissingTranscriptWidget*> lines = shown.window->missingWidgets();
-        QCOMPARE(lines.size(), 3);
-        const QVector<QPair<QString, bool>> expected{
-            {"Not transcribed yet", true}, {"Transcribing, 40 %", false}, {"C.mov is gone.", true}};
+        QCOMPARE(lines.size(), 4);
+        const QVector<QPair<QString, bool>> expected{{"Not transcribed yet", true},
+                                                     {"Transcribing, 40 %", false},
+                                                     {"C.mov is gone.", true},
+                                                     {"Getting ready to transcribe", false}};
         for (int line = 0; line < lines.size(); ++line) {
             const QStringList texts = labelsIn(*lines[line]);
             QVERIFY2(texts.contains(expected[line].first), qPrintable(texts.join('|')));
@@ -293,6 +296,11 @@ private slots:
         QCOMPARE(shown.window->missingWidgets().size(), 1);
         QVERIFY(shown.window->missingWidgets().constFirst()->y() < 20);
         QVERIFY(!labelsIn(*shown.window).contains(QStringLiteral("Empty transcript")));
+        for (const bool online : {false, true}) {
+            shown.info->databaseOnline = online;
+            shown.window->TranscriptInfoChangedSlot(true);
+            QCOMPARE(shown.window->missingWidgets().size(), int(online));
+        }
         trigger(shown, QStringLiteral("Show Not Transcribed"));
         QTRY_VERIFY(shown.window->missingWidgets().isEmpty());
         QVERIFY(labelsIn(*shown.window).contains(QStringLiteral("Empty transcript")));
