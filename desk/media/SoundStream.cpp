@@ -311,6 +311,14 @@ Result<SoundStream::Step> SoundStream::decodeNext()
             av_packet_unref(m_packet.get());
             m_draining = av_read_frame(m_file.get(), m_packet.get()) < 0;
         } while (!m_draining && m_packet->stream_index != m_stream);
+        // A disk that fails looks like the end of the file.
+        const int broken = m_file->pb != nullptr ? m_file->pb->error : 0;
+        if (m_draining && broken < 0 && broken != AVERROR_EOF)
+            return Error{m_path,
+                         QStringLiteral("sound, stream %1").arg(m_stream),
+                         {},
+                         QStringLiteral("the file cannot be read any further (%1)").arg(ffText(broken)),
+                         QStringLiteral("check its drive, and copy the file again")};
         if (!m_draining && takePacket()) {
             keep();
             return Step::Decoded;
