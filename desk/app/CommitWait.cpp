@@ -1,36 +1,13 @@
 #include "desk/app/CommitWait.h"
 
 #include "desk/app/Console.h"
+#include "desk/app/Interrupt.h"
 #include "desk/app/ProgressText.h"
 
 #include <QTimer>
 
-#include <atomic>
-#include <csignal>
-
 namespace desk::app
 {
-
-namespace
-{
-std::atomic<bool> interrupted{false};
-
-void onInterrupt(int)
-{
-    interrupted = true;
-}
-
-/// Whatever ends the terminal ends the commit in order, unless the user has asked for more (nohup). Nobody listening to
-/// the progress is no reason to end.
-void catchSignals()
-{
-    std::signal(SIGINT, onInterrupt);
-    std::signal(SIGTERM, onInterrupt);
-    if (std::signal(SIGHUP, onInterrupt) == SIG_IGN)
-        std::signal(SIGHUP, SIG_IGN);
-    std::signal(SIGPIPE, SIG_IGN);
-}
-} // namespace
 
 CommitWait::CommitWait(services::PackageOutput* output, const QByteArray& deliveryId)
     : m_output(output), m_deliveryId(deliveryId)
@@ -51,7 +28,7 @@ CommitWait::CommitWait(services::PackageOutput* output, const QByteArray& delive
         m_code = code;
         m_loop.quit();
     });
-    catchSignals();
+    catchInterrupts();
 }
 
 CommitWait::End CommitWait::wait()
@@ -61,7 +38,7 @@ CommitWait::End CommitWait::wait()
         return End::Refused;
     QTimer watch;
     connect(&watch, &QTimer::timeout, this, [this] {
-        if (interrupted && !std::exchange(m_cancelled, true))
+        if (isInterrupted() && !std::exchange(m_cancelled, true))
             m_output->cancel(m_deliveryId);
     });
     watch.start(glance);

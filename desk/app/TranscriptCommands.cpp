@@ -2,6 +2,7 @@
 
 #include "desk/app/Command.h"
 #include "desk/app/Console.h"
+#include "desk/app/Interrupt.h"
 #include "desk/app/ItemSession.h"
 #include "desk/services/SpeechSound.h"
 #include "desk/services/TranscriptExport.h"
@@ -10,6 +11,8 @@
 #include <QCommandLineParser>
 #include <QEventLoop>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace desk::app
 {
@@ -21,6 +24,10 @@ namespace
 {
 /// How long another process may hold the database, in milliseconds.
 constexpr int patience = 10000;
+/// How often to look whether the command was interrupted, in milliseconds.
+constexpr int glance = 50;
+
+const QString cancelText = QStringLiteral("%1: cancelled; what was heard so far is kept");
 
 int wrong(const QString& text, const QString& command)
 {
@@ -78,6 +85,69 @@ Result<media::Sequence> openClip(ItemSession& session, const QString& name)
     return media::openSequence(session.host().library().find(*id)->path);
 }
 
+/// "2", "A2", "1,3" or "all": numbers that count from 0; empty for all.
+Result<QVector<int>> tracksFrom(const QString& text, const media::Sequence& sequence)
+{
+    if (text == QLatin1String("all"))
+        return QVector<int>();
+    const QVector<services::SpeechTrack> tracks = services::speechTracks(sequence);
+    QStringList names;
+    for (const services::SpeechTrack& track : tracks)
+        names += track.name.simplified();
+    QVector<int> chosen;
+    const QStringList parts = text.split(QLatin1Char(','));
+    for (const QString& part : parts) {
+        const QString number = part.trimmed();
+        const int place = (number.startsWith(QLatin1Char('A')) ? number.mid(1) : number).toInt() - 1;
+        if (place < 0 || place >= tracks.size())
+            return Error{sequence.path,
+                         QStringLiteral("track \"%1\"").arg(number),
+                         {},
+                         QStringLiteral("there is no such track"),
+                         names.isEmpty() ? QStringLiteral("name a clip with sound")
+                                         : QStringLiteral("name tracks by their numbers: %1, or say \"all\"")
+                                               .arg(names.join(QStringLiteral("; ")))};
+        if (!chosen.contains(tracks[place].number))
+            chosen += tracks[place].number;
+    }
+    std::sort(chosen.begin(), chosen.end());
+    return chosen.size() == tracks.size() ? QVector<int>() : chosen;
+}
+
+QCommandLineOption tracksOption()
+{
+    return {"tracks",
+            "Takes these sound tracks, by number, from now on: \"1,3\"; \"all\" takes every one. Of a clip those that "
+            "are listened to and shown, of a timeline those whose clips are transcribed and shown.",
+            "TRACKS"};
+}
+
+Status chooseTracks(TranscriptService& service, const QCommandLineParser& parser, const media::Sequence& sequence)
+{
+    const QString option = QStringLiteral("tracks");
+    if (!parser.isSet(option))
+        return {};
+    const auto tracks = tracksFrom(parser.value(option), sequence);
+    return tracks ? service.chooseTracks(sequence.id, *tracks) : tracks.error();
+}
+
+/// Says what the chosen tracks leave to be wished for; the transcript is read.
+void noteOnTracks(TranscriptService& service, const media::Sequence& sequence)
+{
+    switch (service.hasWordsOf(sequence, service.chosenTracks(sequence.id))) {
+    case TranscriptService::Heard::No:
+        return console::note(QStringLiteral("%1: the transcript has no words of the chosen tracks; \"stratacut-desk "
+                                            "transcribe --again\" listens to them")
+                                 .arg(sequence.name));
+    case TranscriptService::Heard::Unknown:
+        return console::note(QStringLiteral("%1: the transcript does not say which track its words are from, so all "
+                                            "are shown")
+                                 .arg(sequence.name));
+    case TranscriptService::Heard::Yes:
+        return;
+    }
+}
+
 /// How a transcription begins.
 using Start = void (TranscriptService::*)(const TranscriptService::Clip&);
 
@@ -91,15 +161,24 @@ Status recognise(TranscriptService& service, const TranscriptService::Clip& clip
     QObject context;
     QObject::connect(&service, &TranscriptService::progressed, &context, [&](const QString&, int percent) {
         if (console::isTerminal())
-            console::statusLine(QStringLiteral("%1: %2 %").arg(clip.name).arg(percent));
+            console::statusLine(percent < 0 ? QStringLiteral("%1: getting ready").arg(clip.name)
+                                            : QStringLiteral("%1: %2 %").arg(clip.name).arg(percent));
     });
     QObject::connect(&service, &TranscriptService::ended, &context,
                      [&](const QString&, TranscriptService::Outcome end, const QString& text) {
                          isOver = true;
                          words = text;
-                         if (end != TranscriptService::Outcome::Done)
+                         if (end == TranscriptService::Outcome::Cancelled)
+                             outcome = Error{{}, {}, {}, cancelText.arg(clip.name), {}};
+                         else if (end == TranscriptService::Outcome::Failed)
                              outcome = Error{{}, {}, {}, text, {}};
                      });
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, &context, [&] {
+        if (isInterrupted())
+            service.cancel(clip.id);
+    });
+    watch.start(glance);
     (service.*start)(clip);
     waitUntil(store, [&] { return isOver || service.active() == 0; });
     console::endStatusLine();
@@ -124,25 +203,51 @@ QVector<TranscriptService::Clip> clipsOf(const media::Sequence& sequence, const 
     return clips;
 }
 
-Status transcribeAll(ItemSession& session, const QStringList& names, Start start)
+/// A clip that fails does not keep the others from being transcribed. Answers the last failure; those before it are
+/// told.
+Status transcribeEach(TranscriptService& service, const QVector<TranscriptService::Clip>& clips, Start start)
 {
+    Status outcome;
+    for (const TranscriptService::Clip& clip : clips) {
+        const Status done = recognise(service, clip, start);
+        if (!done && !outcome)
+            console::error(outcome.error().what);
+        if (!done)
+            outcome = done;
+        if (isInterrupted())
+            break;
+    }
+    return outcome;
+}
+
+Status transcribeAll(ItemSession& session, const QCommandLineParser& parser, const QStringList& names)
+{
+    const Start start =
+        parser.isSet(QStringLiteral("again")) ? &TranscriptService::transcribeAgain : &TranscriptService::transcribe;
     const auto service = openTranscripts(session);
     if (!service)
         return service.error();
+    QVector<media::Sequence> sequences;
+    QVector<TranscriptService::Clip> clips;
     for (const QString& name : names) {
         const auto sequence = openClip(session, name);
         if (!sequence)
             return sequence.error();
-        const auto clips = clipsOf(*sequence, (*service)->chosenTracks(sequence->id));
-        if (clips.isEmpty())
+        if (Status chosen = chooseTracks(**service, parser, *sequence); !chosen)
+            return chosen;
+        const auto found = clipsOf(*sequence, (*service)->chosenTracks(sequence->id));
+        if (found.isEmpty())
             return Error{
                 sequence->path, {}, {}, QStringLiteral("it has no sound"), QStringLiteral("name a clip with sound")};
-        for (const TranscriptService::Clip& clip : clips) {
-            if (Status done = recognise(**service, clip, start); !done)
-                return done;
-        }
+        clips += found;
+        sequences += *sequence;
     }
-    return flush(**service);
+    catchInterrupts();
+    const Status outcome = transcribeEach(**service, clips, start);
+    const Status stored = flush(**service);
+    for (const media::Sequence& sequence : qAsConst(sequences))
+        noteOnTracks(**service, sequence);
+    return outcome ? stored : outcome;
 }
 
 Status import(TranscriptService& service, const media::Sequence& clip, const QString& file)
@@ -200,6 +305,8 @@ Status showTranscript(ItemSession& session, const QCommandLineParser& parser, co
     const auto service = openTranscripts(session);
     if (!service)
         return service.error();
+    if (Status chosen = chooseTracks(**service, parser, *clip); !chosen)
+        return chosen;
     if (parser.isSet(QStringLiteral("remove"))) {
         (*service)->store().removeClip(clip->id);
         return flush(**service);
@@ -211,6 +318,8 @@ Status showTranscript(ItemSession& session, const QCommandLineParser& parser, co
             return {};
     }
     const speech::Transcript transcript = readTranscript(**service, *clip);
+    if (parser.isSet(QStringLiteral("tracks")))
+        noteOnTracks(**service, *clip);
     if (transcript.segments.isEmpty())
         return Error{clip->path,
                      {},
@@ -247,6 +356,7 @@ Status workOnSpeakers(ItemSession& session, const QStringList& arguments)
 QList<QCommandLineOption> transcribeOptions()
 {
     return {profileOption(),
+            tracksOption(),
             {"again",
              "Also where there is a transcript, which stays until the new one is complete. Names and corrections of "
              "speakers are kept."}};
@@ -256,15 +366,15 @@ int runTranscribe(const QCommandLineParser& parser, const QStringList& clips)
 {
     if (clips.isEmpty())
         return wrong(QStringLiteral("name at least one clip of the bin, or its file"), QStringLiteral("transcribe"));
-    const Start start =
-        parser.isSet(QStringLiteral("again")) ? &TranscriptService::transcribeAgain : &TranscriptService::transcribe;
-    return ItemSession(parser).run([&](ItemSession& session) { return transcribeAll(session, clips, start); },
-                                   ItemSession::Keeping::Nothing);
+    const int code = ItemSession(parser).run(
+        [&](ItemSession& session) { return transcribeAll(session, parser, clips); }, ItemSession::Keeping::Nothing);
+    return isInterrupted() ? exitCode::cancelled : code;
 }
 
 QList<QCommandLineOption> transcriptOptions()
 {
     return {profileOption(),
+            tracksOption(),
             {"export",
              "Writes the transcript as .srt, .vtt, .ttml (IMSC 1.1), .txt, .csv or .json. May be given several "
              "times.",
@@ -286,29 +396,37 @@ QList<QCommandLineOption> recogniserOptions()
     return {profileOption(),
             {"program", "The command-line program of whisper.cpp; with an empty one PocketSphinx is used.", "FILE"},
             {"model", "Its model.", "FILE"},
-            {"language", "Two letters, or auto.", "LANGUAGE"}};
+            {"language", "Two letters, or auto.", "LANGUAGE"},
+            {"patience",
+             "Seconds after which whisper.cpp is ended where it shows no sign of life; 0 for the default, 300.",
+             "SECONDS"}};
 }
 
 int runRecogniser(const QCommandLineParser& parser, const QStringList&)
 {
+    const QString patienceName = QStringLiteral("patience");
+    bool isNumber = true;
+    const int seconds = parser.isSet(patienceName) ? parser.value(patienceName).toInt(&isNumber) : 0;
+    if (!isNumber || seconds < 0)
+        return wrong(QStringLiteral("--patience takes a whole number of seconds"), QStringLiteral("recogniser"));
     const auto work = [&](ItemSession& session) -> Status {
         const QString file = session.host().profile().transcriptSettingsFile();
         auto settings = services::TranscriptSettings::load(file);
+        const auto before = settings.recogniser;
         const std::pair<const char*, QString*> choices[] = {{"program", &settings.recogniser.whisperProgram},
                                                             {"model", &settings.recogniser.whisperModel},
                                                             {"language", &settings.recogniser.whisperLanguage}};
-        bool isChosen = false;
         for (const auto& [option, text] : choices) {
-            if (!parser.isSet(QLatin1String(option)))
-                continue;
-            *text = parser.value(QLatin1String(option));
-            isChosen = true;
+            if (parser.isSet(QLatin1String(option)))
+                *text = parser.value(QLatin1String(option));
         }
+        if (parser.isSet(patienceName))
+            settings.recogniser.whisperPatience = seconds;
         const auto name = services::recogniserName(settings.recogniser);
         if (!name)
             return name.error();
         console::out(*name);
-        return isChosen ? settings.save(file) : Status();
+        return settings.recogniser == before ? Status() : settings.save(file);
     };
     return ItemSession(parser).run(work, ItemSession::Keeping::Nothing);
 }

@@ -4,6 +4,8 @@
 #include "desk/media/MonoSound.h"
 #include "desk/services/FrameTime.h"
 
+#include <QFileInfo>
+
 #include <algorithm>
 
 namespace desk::services
@@ -11,28 +13,59 @@ namespace desk::services
 
 namespace
 {
+/// Whether the clip's file is there and still the one that was opened.
+Status checkMedia(const media::Sequence& clip)
+{
+    if (!QFileInfo::exists(clip.path))
+        return Error{clip.path,
+                     {},
+                     {},
+                     QStringLiteral("the file is not there any more, so its speech cannot be recognised to the end"),
+                     QStringLiteral("put it back or connect its drive, and transcribe it again")};
+    if (media::checkUnchanged(clip, {}))
+        return {};
+    return Error{clip.path,
+                 {},
+                 {},
+                 QStringLiteral("the file was replaced or changed before its speech was recognised to the end"),
+                 QStringLiteral("transcribe it again")};
+}
+
+/// Where a file ends early, readers go on with silence, so the file is looked at after each read: no word is missing
+/// without notice.
 class ClipSound : public speech::SoundSource
 {
 public:
-    explicit ClipSound(std::unique_ptr<media::MonoSound> sound) : m_sound(std::move(sound)) {}
+    ClipSound(media::Sequence clip, std::unique_ptr<media::MonoSound> sound)
+        : m_clip(std::move(clip)), m_sound(std::move(sound))
+    {
+    }
 
     qint64 length() const override { return m_sound->length(); }
 
-    Result<QVector<qint16>> read(qint64 first, qint64 count) override { return m_sound->read(first, count); }
+    Result<QVector<qint16>> read(qint64 first, qint64 count) override
+    {
+        auto samples = m_sound->read(first, count);
+        // Why reading failed is best told by what became of the file.
+        if (const Status there = checkMedia(m_clip); !there)
+            return there.error();
+        return samples;
+    }
 
 private:
+    media::Sequence m_clip;
     std::unique_ptr<media::MonoSound> m_sound;
 };
 
 speech::SoundOpener opener(const media::Sequence& clip, const QVector<int>& tracks)
 {
     return [clip, tracks]() -> Result<std::unique_ptr<speech::SoundSource>> {
-        if (const Status unchanged = media::checkUnchanged(clip, {}); !unchanged)
-            return unchanged.error();
+        if (const Status there = checkMedia(clip); !there)
+            return there.error();
         auto sound = media::MonoSound::open(clip, tracks, speech::soundRate);
         if (!sound)
             return sound.error();
-        return std::unique_ptr<speech::SoundSource>(std::make_unique<ClipSound>(std::move(*sound)));
+        return std::unique_ptr<speech::SoundSource>(std::make_unique<ClipSound>(clip, std::move(*sound)));
     };
 }
 
@@ -83,6 +116,7 @@ speech::RecognitionJob recognitionJob(const media::Sequence& clip, const QVector
 {
     speech::RecognitionJob job;
     job.clipName = clip.name;
+    job.media = QStringLiteral("%1 bytes of %2").arg(clip.bytes).arg(clip.modified);
     job.lengthMs = lengthMs(clip);
     const QVector<QVector<int>> sounds = soundsOf(clip);
     for (QVector<int> tracks : sounds) {

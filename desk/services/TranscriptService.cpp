@@ -5,6 +5,9 @@
 #include "desk/services/TranscriptExport.h"
 
 #include <QDir>
+#include <QSet>
+
+#include <algorithm>
 
 namespace desk::services
 {
@@ -34,6 +37,7 @@ TranscriptService::TranscriptService(const Profile& profile, QObject* parent)
       m_settingsFile(profile.transcriptSettingsFile()),
       m_settings(TranscriptSettings::load(m_settingsFile))
 {
+    m_opening.setMaxThreadCount(1);
     QDir().mkpath(profile.folder());
     m_store = std::make_unique<TranscriptStore>(profile.transcriptFile());
     connect(m_store.get(), &TranscriptStore::conditionChanged, this,
@@ -45,6 +49,7 @@ TranscriptService::TranscriptService(const Profile& profile, QObject* parent)
 
 TranscriptService::~TranscriptService()
 {
+    m_opening.waitForDone();
     m_pool.waitForDone();
     m_transcriber.reset();
     m_store->disconnect(this);
@@ -75,10 +80,11 @@ void TranscriptService::start(const Clip& clip)
 {
     if (m_jobs.contains(clip.id))
         return;
+    const bool isNext = m_jobs.isEmpty();
     m_jobs[clip.id] = clip;
     emit queued(clip.id, clip.name);
-    m_store->setClipState(clip.id, {ClipState::Stage::Waiting, 0, {}});
-    m_pool.start([this, clip] {
+    m_store->setClipState(clip.id, isNext ? ClipState::preparing() : ClipState{ClipState::Stage::Waiting, 0, {}});
+    m_opening.start([this, clip] {
         auto sequence = media::openSequence(clip.path);
         QMetaObject::invokeMethod(
             this, [this, clip, sequence = std::move(sequence)] { begin(clip, sequence); }, Qt::QueuedConnection);
@@ -162,6 +168,21 @@ Status TranscriptService::chooseTracks(const QString& sequence, const QVector<in
     return m_settings.save(m_settingsFile);
 }
 
+TranscriptService::Heard TranscriptService::hasWordsOf(const media::Sequence& clip, const QVector<int>& tracks)
+{
+    const auto transcript = m_store->transcript(clip.id);
+    if (!transcript || clip.isTimeline() || tracks.isEmpty())
+        return Heard::Yes;
+    QSet<int> heard;
+    for (const speech::Segment& segment : transcript->segments)
+        heard.insert(segment.track);
+    if (heard == QSet<int>{-1})
+        return Heard::Unknown;
+    const QVector<int> shown = heardTogether(clip, tracks);
+    const bool isHeard = std::any_of(shown.begin(), shown.end(), [&](int track) { return heard.contains(track); });
+    return shown.isEmpty() || isHeard ? Heard::Yes : Heard::No;
+}
+
 void TranscriptService::importFile(const Clip& clip, const QString& file)
 {
     m_pool.start([this, clip, file] {
@@ -202,14 +223,11 @@ void TranscriptService::exportFiles(const media::Sequence& sequence, const QStri
 
 Status TranscriptService::change(const TranscriptSettings& settings)
 {
-    const auto& now = settings.recogniser;
-    const auto& was = m_settings.recogniser;
-    const bool isOther = now.whisperProgram != was.whisperProgram || now.whisperModel != was.whisperModel ||
-                         now.whisperLanguage != was.whisperLanguage || now.sphinxModel != was.sphinxModel;
+    const bool isSame = settings.recogniser == m_settings.recogniser;
     m_settings = settings;
-    if (isOther) {
+    if (!isSame) {
         const QHash<QString, Clip> former = std::exchange(m_jobs, {});
-        m_transcriber->use(makerOf(now));
+        m_transcriber->use(makerOf(settings.recogniser));
         for (const Clip& clip : former)
             start(clip);
     }

@@ -71,6 +71,12 @@ public:
     /// As spokenRanges() takes them.
     QVector<int> chosenTracks(const QString& sequence) const { return m_settings.tracks.value(sequence); }
 
+    enum class Heard { Yes, No, Unknown };
+
+    /// Whether a clip's transcript, as far as it is read, has words of the tracks; empty for all. Where there is none,
+    /// and of a timeline, there is nothing to say against it.
+    Heard hasWordsOf(const media::Sequence& clip, const QVector<int>& tracks);
+
     /// Reads a transcript file for a clip beside the user-interface thread and puts it in place of the one that is
     /// there. Answers with imported() or importFailed().
     void importFile(const Clip& clip, const QString& file);
@@ -86,6 +92,7 @@ public:
 
 Q_SIGNALS:
     void queued(const QString& clip, const QString& name);
+    /// @param percent -1 while media and model are being opened.
     void progressed(const QString& clip, int percent);
 
     /// @param text how many words, or why it failed, one sentence.
@@ -109,6 +116,8 @@ private:
     bool m_wasRead = false;
     /// By identifier: what was asked for and has not ended.
     QHash<QString, Clip> m_jobs;
+    /// One thread, so that clips are recognised in the order in which they were asked for.
+    QThreadPool m_opening;
     QThreadPool m_pool;
 };
 

@@ -15,6 +15,7 @@ namespace
 {
 const QString fontKey = QStringLiteral("font");
 const QString tracksKey = QStringLiteral("tracks");
+const QString patienceKey = QStringLiteral("whisperPatience");
 
 struct TextKey {
     const char* name;
@@ -61,6 +62,7 @@ TranscriptSettings TranscriptSettings::load(const QString& file)
         settings.recogniser.*key.text = json[QLatin1String(key.name)].toString();
     for (const FlagKey& key : flagKeys)
         settings.visibilities.*key.flag = json[QLatin1String(key.name)].toBool(true);
+    settings.recogniser.whisperPatience = json[patienceKey].toInt();
     settings.font = json[fontKey].toString();
     const QJsonObject tracks = json[tracksKey].toObject();
     for (auto sequence = tracks.begin(); sequence != tracks.end(); ++sequence) {
@@ -78,6 +80,8 @@ Status TranscriptSettings::save(const QString& file) const
         json[QLatin1String(key.name)] = recogniser.*key.text;
     for (const FlagKey& key : flagKeys)
         json[QLatin1String(key.name)] = visibilities.*key.flag;
+    if (recogniser.whisperPatience > 0)
+        json[patienceKey] = recogniser.whisperPatience;
     json[fontKey] = font;
     QJsonObject chosen;
     for (auto sequence = tracks.begin(); sequence != tracks.end(); ++sequence) {

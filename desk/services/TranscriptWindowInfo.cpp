@@ -2,7 +2,6 @@
 
 #include "desk/media/Timecode.h"
 #include "desk/services/FrameTime.h"
-#include "desk/services/SpeechSound.h"
 
 #include <QFont>
 #include <QScopedValueRollback>
@@ -101,21 +100,16 @@ QString TranscriptWindowInfo::chooseTracks(const QVector<int>& tracks)
     if (const Status kept = m_service.chooseTracks(sequence->id, tracks); !kept)
         emit refused(kept.error().sentence());
     emit changed();
-    const auto whole = m_service.store().transcript(sequence->id);
-    if (!whole || sequence->isTimeline())
-        return {};
-    QSet<int> heard;
-    for (const speech::Segment& segment : whole->segments)
-        heard.insert(segment.track);
-    if (heard == QSet<int>{-1})
-        return tracks.isEmpty()
-                   ? QString()
-                   : QStringLiteral("This transcript does not say which track its words are from: all are shown");
-    const QVector<int> shown = heardTogether(*sequence, tracks);
-    if (shown.isEmpty() || std::any_of(shown.begin(), shown.end(), [&](int track) { return heard.contains(track); }))
-        return {};
-    return QStringLiteral(
-        "The transcript has no words of these tracks: Transcribe Selected Clip Again listens to them");
+    switch (m_service.hasWordsOf(*sequence, tracks)) {
+    case TranscriptService::Heard::No:
+        return QStringLiteral(
+            "The transcript has no words of these tracks: Transcribe Selected Clip Again listens to them");
+    case TranscriptService::Heard::Unknown:
+        return QStringLiteral("This transcript does not say which track its words are from: all are shown");
+    case TranscriptService::Heard::Yes:
+        break;
+    }
+    return {};
 }
 
 void TranscriptWindowInfo::forget()

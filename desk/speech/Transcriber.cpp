@@ -28,8 +28,8 @@ void Transcriber::post(const std::shared_ptr<Task>& task, Function function)
 class Transcriber::TaskEvents : public RecognitionEvents
 {
 public:
-    TaskEvents(Transcriber& owner, std::shared_ptr<Task> task, QString recogniser)
-        : m_owner(owner), m_task(std::move(task)), m_recogniser(std::move(recogniser))
+    TaskEvents(Transcriber& owner, std::shared_ptr<Task> task, QString origin)
+        : m_owner(owner), m_task(std::move(task)), m_origin(std::move(origin))
     {
     }
 
@@ -42,15 +42,15 @@ public:
 
     void recognised(int track, const Batch& batch) override
     {
-        m_owner.post(m_task, [store = &m_owner.m_store, clip = m_task->clip, name = m_recogniser, track, batch] {
-            store->addRecognised(clip, track, name, batch);
+        m_owner.post(m_task, [store = &m_owner.m_store, clip = m_task->clip, origin = m_origin, track, batch] {
+            store->addRecognised(clip, track, origin, batch);
         });
     }
 
 private:
     Transcriber& m_owner;
     std::shared_ptr<Task> m_task;
-    QString m_recogniser;
+    QString m_origin;
 };
 
 Transcriber::Transcriber(TranscriptStore& store, RecogniserMaker maker, QObject* parent)
@@ -78,7 +78,7 @@ void Transcriber::add(const QString& clip, const RecognitionJob& job)
     task->clip = clip;
     task->job = job;
     task->former = m_store.recognised(clip);
-    m_store.setClipState(clip, {ClipState::Stage::Waiting, 0, QString()});
+    m_store.setClipState(clip, isIdle() ? ClipState::preparing() : ClipState{ClipState::Stage::Waiting, 0, QString()});
     const std::lock_guard lock(m_mutex);
     m_tasks.push_back(std::move(task));
     m_wake.notify_all();
@@ -113,6 +113,12 @@ bool Transcriber::isBusy(const QString& clip) const
     return std::any_of(m_tasks.begin(), m_tasks.end(), [&](const auto& task) { return task->clip == clip; });
 }
 
+bool Transcriber::isIdle() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_tasks.empty();
+}
+
 void Transcriber::loop()
 {
     std::unique_lock lock(m_mutex);
@@ -131,6 +137,8 @@ void Transcriber::loop()
 
 Result<RecognitionResult> Transcriber::run(const std::shared_ptr<Task>& task)
 {
+    // Loading a model and opening the media take a while.
+    post(task, [this, task] { m_store.setClipState(task->clip, ClipState::preparing()); });
     std::unique_lock lock(m_mutex);
     if (std::exchange(m_isOutdated, false))
         m_recogniser.reset();
@@ -142,12 +150,13 @@ Result<RecognitionResult> Transcriber::run(const std::shared_ptr<Task>& task)
             return made.error();
         m_recogniser = std::move(*made);
     }
+    const QString origin = m_recogniser->name() + QStringLiteral(", ") + task->job.media;
     QHash<int, RecognisedPart> former;
     for (auto track = task->former.cbegin(); track != task->former.cend(); ++track) {
-        if (track->recogniser == m_recogniser->name())
+        if (track->origin == origin)
             former[track.key()] = {track->utterances, track->resumeAt};
     }
-    TaskEvents events(*this, task, m_recogniser->name());
+    TaskEvents events(*this, task, origin);
     return recogniseClip(task->job, *m_recogniser, former, events, task->isCancelled);
 }
 

@@ -13,7 +13,7 @@ namespace desk::speech
 
 /// Transcribes clips one after the other on a thread of its own and keeps the store told: state and percent of each
 /// clip, every utterance with its position, at last the transcript. What a cancelled or crashed run recognised is there
-/// when the clip is added again with the same recogniser.
+/// when the clip is added again with the same recogniser and unchanged media.
 ///
 /// Lives on the store's thread, which outlives it.
 class Transcriber : public QObject
@@ -46,6 +46,7 @@ private:
     struct Task;
     class TaskEvents;
 
+    bool isIdle() const;
     void loop();
     Result<RecognitionResult> run(const std::shared_ptr<Task>& task);
     void end(const std::shared_ptr<Task>& task, const Result<RecognitionResult>& result);

@@ -260,8 +260,9 @@ private slots:
         answer = run({"transcript", m_maker.path("said.wav")});
         QCOMPARE(answer.exitCode, 1);
         QVERIFY2(answer.errors.contains("said.wav: it has no transcript"), qPrintable(answer.errors));
-        answer = run({"transcribe", "said"});
-        QVERIFY2(answer.exitCode == 0, qPrintable(answer.errors));
+        // A clip that fails does not keep the next one.
+        answer = run({"transcribe", m_maker.path("lone.wav"), "said"});
+        QVERIFY2(answer.exitCode == 1 && answer.errors.contains("no speech"), qPrintable(answer.errors));
         QVERIFY2(run({"transcript", "said"}).output.contains("mr john"), "what was said is not in the transcript");
         QCOMPARE(run({"speakers", "rename", "1", "Elinor"}).exitCode, 0);
         QVERIFY(run({"transcribe", "said"}).output.contains("has a transcript"));
@@ -271,6 +272,15 @@ private slots:
         QVERIFY(m_maker.bytes("said.csv").contains("Elinor"));
         QCOMPARE(run({"transcript", "said", "--import", m_maker.path("clip.json")}).exitCode, 0);
         QVERIFY(run({"transcript", "said"}).output.contains("w1 w2"));
+        QVERIFY(m_maker.ffmpeg("-i @lone.wav -i @said.wav -map 0 -map 1 -c:a pcm_s16le @pair.mov"));
+        answer = run({"transcribe", m_maker.path("pair.mov"), "--tracks", "1,3"});
+        QVERIFY2(answer.exitCode == 1 && answer.errors.contains("track \"3\": there is no such track; name tracks by "
+                                                                "their numbers: A1 Mono; A2 Mono"),
+                 qPrintable(answer.errors));
+        QCOMPARE(run({"transcribe", "pair", "--tracks", "A2"}).exitCode, 0);
+        QVERIFY(run({"transcript", "pair"}).output.contains("mr john"));
+        answer = run({"transcript", "pair", "--tracks", "1"});
+        QVERIFY2(answer.exitCode == 1 && answer.errors.contains("no words of the chosen"), qPrintable(answer.errors));
     }
 };
 

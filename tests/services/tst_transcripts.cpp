@@ -1,3 +1,4 @@
+#include "services/Clip.h"
 #include "support/Files.h"
 #include "support/TestMain.h"
 
@@ -71,6 +72,21 @@ class TestTranscripts : public QObject
     Q_OBJECT
 
     QTemporaryDir m_dir;
+
+    /// In which a shell script takes the place of whisper.cpp.
+    static Profile whisperProfile(const QString& folder, const QByteArray& script)
+    {
+        QDir().mkpath(folder);
+        const QString program = folder + "/whisper";
+        support::writeFile(program, "#!/bin/sh\n" + script);
+        QFile::setPermissions(program, QFile::ReadOwner | QFile::ExeOwner);
+        Profile profile(folder + "/profile");
+        TranscriptSettings settings;
+        settings.recogniser = {program, program, "en", {}};
+        if (!settings.save(profile.transcriptSettingsFile()))
+            qFatal("the settings of the test cannot be kept");
+        return profile;
+    }
 
 private slots:
 
@@ -180,6 +196,67 @@ private slots:
         QVERIFY(!service.isReadable());
         other.reset();
         QTRY_VERIFY(service.isReadable());
+    }
+
+    void mediaThatGoesAwayMeanwhileLosesNoWord_data()
+    {
+        QTest::addColumn<QString>("hand");
+        QTest::addColumn<QString>("why");
+        QTest::addColumn<int>("calls");
+        QTest::addColumn<int>("words");
+        // The program hears three parts. What it heard of the same media is gone on with.
+        QTest::newRow("moved and put back") << "mv $clip $clip.away"
+                                            << "not there any more" << 3 << 3;
+        QTest::newRow("cut") << "head -c 2000000 $clip.other > $clip"
+                             << "replaced or changed" << 3 << 2;
+        QTest::newRow("replaced") << "mv $clip.other $clip"
+                                  << "replaced or changed" << 4 << 3;
+    }
+
+    void mediaThatGoesAwayMeanwhileLosesNoWord()
+    {
+        QFETCH(QString, hand);
+        QFETCH(QString, why);
+        QFETCH(int, calls);
+        QFETCH(int, words);
+        const QString folder = m_dir.filePath(QTest::currentDataTag()).replace(' ', '-');
+        const QString reel = folder + "/reel.wav";
+        const Profile profile = whisperProfile(
+            folder, "for a; do [ \"$last\" = -of ] && out=$a; last=$a; done\nclip=" + QFile::encodeName(reel) +
+                        "\nprintf . >> $clip.calls\n[ -e $clip.done ] || { " + hand.toLatin1() +
+                        "; touch $clip.done; }\necho '{\"transcription\":[{\"offsets\":{\"from\":1000,\"to\":2000},"
+                        "\"text\":\" Hello\"}]}' > $out.json\n");
+        support::run("ffmpeg", {"-v", "error", "-f", "lavfi", "-i", "anoisesrc=r=8000:d=400", "-c:a", "pcm_u8", reel});
+        QVERIFY(QFile::copy(reel, reel + ".other"));
+        TranscriptService service(profile);
+        service.transcribe({"reel", "Reel", reel});
+        QTRY_COMPARE_WITH_TIMEOUT(service.active(), 0, 30000);
+        const QString failure = service.store().clipState("reel").failure;
+        QVERIFY2(failure.startsWith(reel) && failure.contains(why), qPrintable(failure));
+        QFile::rename(reel + ".away", reel);
+        service.transcribe({"reel", "Reel", reel});
+        QTRY_COMPARE_WITH_TIMEOUT(service.active(), 0, 30000);
+        QCOMPARE(service.store().clipState("reel").failure, QString());
+        QCOMPARE(support::fileBytes(reel + ".calls").size(), calls);
+        QCOMPARE(service.store().transcript("reel")->countOfWords(), words);
+    }
+
+    void onlyClipsBehindOthersWait()
+    {
+        const QString folder = m_dir.filePath("queue");
+        TranscriptService service(whisperProfile(folder, "exec sleep 600\n"));
+        const QString reel = folder + "/reel.wav";
+        support::run("ffmpeg", {"-v", "error", "-f", "lavfi", "-i", "anoisesrc=r=8000:d=1", reel});
+        QSignalSpy progressed(&service, &TranscriptService::progressed);
+        for (const char* id : {"first", "second"})
+            service.transcribe({id, id, reel});
+        const auto stage = [&](const char* id) { return int(service.store().clipState(id).stage); };
+        QTRY_COMPARE(progressed.size(), 2);
+        QCOMPARE(progressed[0], QVariantList({"first", -1}));
+        QCOMPARE(progressed[1], QVariantList({"first", 0}));
+        QCOMPARE(stage("second"), int(speech::ClipState::Stage::Waiting));
+        service.cancel("first");
+        QTRY_COMPARE(stage("second"), int(speech::ClipState::Stage::Running));
     }
 
     void aClipWhoseFileIsGoneFailsByName()

@@ -73,14 +73,14 @@ private:
     QTemporaryDir m_dir;
 
     /// A program in the place of whisper.cpp's, which runs a shell script.
-    std::unique_ptr<Recogniser> whisper(const QByteArray& script)
+    std::unique_ptr<Recogniser> whisper(const QByteArray& script, int patience = 0)
     {
         const QString program = m_dir.filePath("whisper-cli");
         const QString model = m_dir.filePath("ggml-base.en.bin");
         support::writeFile(program, "#!/bin/sh\n" + script);
         support::writeFile(model, "model");
         QFile::setPermissions(program, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        return support::valueOf(makeRecogniser({program, model, "en", QString()}));
+        return support::valueOf(makeRecogniser({program, model, "en", QString(), patience}));
     }
 
 private slots:
@@ -212,19 +212,54 @@ private slots:
         row("killed", "kill -9 $$",
             "the speech recognition program failed: it crashed; run it by hand to see why, or remove it from "
             "the settings.");
+        row("half a result",
+            "for a; do [ \"$last\" = -of ] && out=$a; last=$a; done; echo '{\"transcription' > $out.json",
+            "the result of the speech recognition program cannot be read: the JSON is not valid: unterminated string; "
+            "run it by "
+            "hand to see what it writes.");
         row("nothing written", "exit 0",
             "the speech recognition program wrote no result; check that it knows the options -ojf and -of.");
+        row("crash after words", "echo loading; kill -SEGV $$",
+            "the speech recognition program failed: it crashed after: loading; run it by hand to see why, or remove it "
+            "from the settings.");
+        row("prints without end", "exec yes",
+            "the speech recognition program wrote more than 64 MB and was ended; run it by hand to see what it "
+            "writes.");
+        // Waking up now and then is no sign of life.
+        row("hangs", "trap '' TERM; while sleep 1; do :; done",
+            "the speech recognition program gave no sign of life for 2 s and was ended; transcribe the clip again, or "
+            "run the program by hand to see where it hangs.");
     }
 
     void whisperWhoFailsIsAFailure()
     {
         const auto [script, sentence] = support::fetched<QByteArray, QString>();
+        const auto recogniser = whisper("(trap '' TERM; exec sleep 600) & echo $! > $0.child\n" + script, 2);
+        RecognitionJob job;
+        job.clipName = "reel";
+        job.tracks = {recordings::opener(noise(1, 100, 5))};
+        Keeper keeper;
+        const auto result = recogniseClip(job, *recogniser, {}, keeper, std::atomic<bool>{false});
+        QVERIFY(!result);
+        QCOMPARE(result.error().sentence(), "reel, " + m_dir.filePath("whisper-cli: ") + sentence);
+        QVERIFY(keeper.batches.isEmpty());
+        const QString child = support::fileBytes(m_dir.filePath("whisper-cli.child")).trimmed();
+        QVERIFY(!child.isEmpty());
+        QTRY_VERIFY(support::fileBytes("/proc/" + child + "/cmdline").isEmpty());
+    }
+
+    /// Neither printing nor a processor that is busy is a hang.
+    void whisperAtWorkIsLeftAlone()
+    {
+        const auto recogniser = whisper("for a; do [ \"$last\" = -of ] && out=$a; last=$a; done\n"
+                                        "for i in 1 2 3 4 5 6; do sleep .5; echo; done\n"
+                                        "end=$(($(date +%s) + 4)); while [ $(date +%s) -lt $end ]; do :; done\n"
+                                        "echo '{\"transcription\":[]}' > $out.json\n",
+                                        2);
         recordings::Memory sound(noise(1, 100, 5));
         Keeper keeper;
-        const Status status = whisper(script)->recognise(sound, 0, keeper);
-        QVERIFY(!status.ok());
-        QCOMPARE(status.error().sentence(), m_dir.filePath("whisper-cli: ") + sentence);
-        QVERIFY(keeper.batches.isEmpty());
+        const Status status = recogniser->recognise(sound, 0, keeper);
+        QVERIFY2(status.ok(), qPrintable(status.error().sentence()));
     }
 
     /// The word of the first part claims nearly all of the clip; silence is no word.

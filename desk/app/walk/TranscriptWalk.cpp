@@ -89,7 +89,10 @@ Status Walk::transcribeClip()
     auto& store = m_host->transcripts().store();
     const auto count = [&](speech::ClipState::Stage stage) { return store.clips(stage).size(); };
     Hand::click(transcribeButton(transcript()));
-    Hand::waitFor([&] { return count(speech::ClipState::Stage::Running) == 1; });
+    Hand::waitFor([&] {
+        const QStringList running = store.clips(speech::ClipState::Stage::Running);
+        return !running.isEmpty() && store.clipState(running.first()).percent > 0;
+    });
     Status running = m_hand->shoot(QStringLiteral("transcribing"));
     const bool done = Hand::waitFor([this] { return transcript().entryWidgets().size() > 1; }, recognitionAtMost);
     Status recognised =

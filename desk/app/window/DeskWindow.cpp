@@ -198,7 +198,9 @@ void DeskWindow::connectTranscript()
         updateActions();
     });
     connect(&service.store(), &TranscriptStore::clipChanged, this, [this, &service](const QString& clip) {
-        if (service.store().clipState(clip).stage != speech::ClipState::Stage::Running)
+        // Not at every percent.
+        const speech::ClipState state = service.store().clipState(clip);
+        if (state.stage != speech::ClipState::Stage::Running || state.percent <= 0)
             updateActions();
     });
     connect(m_work, &QTabWidget::currentChanged, this, &DeskWindow::scheduleLook);

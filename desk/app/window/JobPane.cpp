@@ -140,8 +140,9 @@ double JobRow::share() const
 
 void JobRow::showPercent(int percent)
 {
-    m_bar->setValue(percent);
-    setState(State::Running, QStringLiteral("Recognising speech, %1 %").arg(percent));
+    m_bar->setValue(std::max(0, percent));
+    setState(State::Running, percent < 0 ? QStringLiteral("Getting ready: opening the media and the recogniser's model")
+                                         : QStringLiteral("Recognising speech, %1 %").arg(percent));
 }
 
 void JobRow::end(State state, const QString& text)

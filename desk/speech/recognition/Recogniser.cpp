@@ -25,14 +25,26 @@ Error notThere(const QString& file, const QString& what)
     return {file, QString(), QString(), what, QStringLiteral("correct the path in the settings of the recogniser")};
 }
 
-Result<std::unique_ptr<Recogniser>> makeWhisper(const QString& program, const QString& model, const QString& language)
+std::chrono::seconds patienceOf(const RecogniserSettings& settings)
 {
-    const QString found = QStandardPaths::findExecutable(program);
+    const int fromOutside = qEnvironmentVariableIntValue("STRATACUT_WHISPER_PATIENCE");
+    for (const int seconds : {settings.whisperPatience, fromOutside}) {
+        if (seconds > 0)
+            return std::chrono::seconds(seconds);
+    }
+    return std::chrono::seconds(RecogniserSettings::defaultPatience);
+}
+
+Result<std::unique_ptr<Recogniser>> makeWhisper(WhisperCommand command)
+{
+    const QString found = QStandardPaths::findExecutable(command.program);
     if (found.isEmpty())
-        return notThere(program, QStringLiteral("the speech recognition program is not there or cannot be run"));
-    if (!QFileInfo(model).isFile())
-        return notThere(model, QStringLiteral("the speech recognition model is not there"));
-    return std::unique_ptr<Recogniser>(std::make_unique<WhisperRecogniser>(WhisperCommand{found, model, language}));
+        return notThere(command.program,
+                        QStringLiteral("the speech recognition program is not there or cannot be run"));
+    if (!QFileInfo(command.model).isFile())
+        return notThere(command.model, QStringLiteral("the speech recognition model is not there"));
+    command.program = found;
+    return std::unique_ptr<Recogniser>(std::make_unique<WhisperRecogniser>(std::move(command)));
 }
 
 } // namespace
@@ -42,8 +54,9 @@ Result<std::unique_ptr<Recogniser>> makeRecogniser(const RecogniserSettings& set
     const QString program = setting(settings.whisperProgram, "STRATACUT_WHISPER");
     const QString model = setting(settings.whisperModel, "STRATACUT_WHISPER_MODEL");
     if (!program.isEmpty() && !model.isEmpty()) {
-        return makeWhisper(program, model,
-                           setting(settings.whisperLanguage, "STRATACUT_WHISPER_LANGUAGE", QStringLiteral("auto")));
+        return makeWhisper({program, model,
+                            setting(settings.whisperLanguage, "STRATACUT_WHISPER_LANGUAGE", QStringLiteral("auto")),
+                            patienceOf(settings)});
     }
     const QString folder =
         setting(settings.sphinxModel, "STRATACUT_SPEECH_MODEL", QStringLiteral(STRATACUT_SPHINX_MODELS "/en-us"));

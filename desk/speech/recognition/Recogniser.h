@@ -50,6 +50,19 @@ struct RecogniserSettings {
     /// Folder with the acoustic model "en-us", "en-us.lm.bin" and "cmudict-en-us.dict"; STRATACUT_SPEECH_MODEL, else
     /// where PocketSphinx was installed with it.
     QString sphinxModel;
+    /// Seconds that whisper.cpp may show no sign of life before it is ended; 0 for STRATACUT_WHISPER_PATIENCE, else
+    /// `defaultPatience`.
+    int whisperPatience = 0;
+
+    /// A program at work gives a sign every few seconds, also on a slow machine; only a model on a network may not.
+    static constexpr int defaultPatience = 300;
+
+    friend bool operator==(const RecogniserSettings& a, const RecogniserSettings& b)
+    {
+        return a.whisperProgram == b.whisperProgram && a.whisperModel == b.whisperModel &&
+               a.whisperLanguage == b.whisperLanguage && a.sphinxModel == b.sphinxModel &&
+               a.whisperPatience == b.whisperPatience;
+    }
 };
 
 /// Fails where a configured program or model is not there: another recogniser's words would be a surprise.

@@ -23,6 +23,8 @@ enum class SpeakersBy {
 struct RecognitionJob {
     /// The clip's name, for messages.
     QString clipName;
+    /// Tells this state of the clip's media from any other; what was recognised of another is not gone on with.
+    QString media;
     int lengthMs = 0;
     QVector<SoundOpener> tracks;
     /// What Segment::track says of each; empty for their places in `tracks`.

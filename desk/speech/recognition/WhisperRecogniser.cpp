@@ -1,19 +1,16 @@
 #include "desk/speech/recognition/WhisperRecogniser.h"
 
 #include "desk/speech/formats/Readers.h"
+#include "desk/speech/recognition/WatchedProgram.h"
 
 #include <QDataStream>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <algorithm>
-#include <csignal>
-
-#include <sys/prctl.h>
 
 namespace desk::speech
 {
@@ -25,7 +22,6 @@ namespace
 constexpr qint64 partLength = 180 * soundRate;
 /// The last stretch of a part, in which the quietest instant becomes its end.
 constexpr int cutRange = 20 * soundRate;
-constexpr int pollMs = 100;
 
 /// A WAVE file of 16-bit mono sound.
 bool writeWave(const QString& path, const QVector<qint16>& samples)
@@ -77,23 +73,11 @@ Batch batchOf(const Transcript& transcript, qint64 first, qint64 end)
     return batch;
 }
 
-/// A program that ends with the desk, whatever ends that: it would go on for nobody for minutes.
-class Child : public QProcess
+QString spanText(std::chrono::seconds span)
 {
-protected:
-    void setupChildProcess() override { prctl(PR_SET_PDEATHSIG, SIGKILL); }
-};
-
-/// Keeps the end of what the program writes.
-void keepTail(QProcess& process, QByteArray& tail)
-{
-    tail = (tail + process.readAll()).right(4096);
-}
-
-void stop(QProcess& process)
-{
-    process.kill();
-    process.waitForFinished();
+    if (span.count() % 60 != 0)
+        return QStringLiteral("%1 s").arg(span.count());
+    return span.count() == 60 ? QStringLiteral("a minute") : QStringLiteral("%1 minutes").arg(span.count() / 60);
 }
 
 } // namespace
@@ -170,36 +154,48 @@ Result<std::unique_ptr<Batch>> WhisperRecogniser::recognisePart(const Part& part
 
 Status WhisperRecogniser::run(const Part& part, const QString& base, RecognitionSink& sink, Go& go) const
 {
-    Child process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.setStandardInputFile(QProcess::nullDevice());
-    process.start(m_command.program, {QStringLiteral("-m"), m_command.model, QStringLiteral("-l"), m_command.language,
-                                      QStringLiteral("-f"), base + QStringLiteral(".wav"), QStringLiteral("-ojf"),
-                                      QStringLiteral("-of"), base, QStringLiteral("-np")});
-    if (!process.waitForStarted()) {
-        return failure(QStringLiteral("the speech recognition program does not start: %1").arg(process.errorString()),
-                       QStringLiteral("correct its path in the settings of the recogniser"));
-    }
-    QByteArray output;
-    while (!process.waitForFinished(pollMs) && process.state() != QProcess::NotRunning) {
-        keepTail(process, output);
-        go = sink.progress(part.first);
-        if (go == Go::Stop)
-            return stop(process), Status();
-    }
-    if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
+    using End = WatchedProgram::End;
+    WatchedProgram program(
+        {m_command.program,
+         {QStringLiteral("-m"), m_command.model, QStringLiteral("-l"), m_command.language, QStringLiteral("-f"),
+          base + QStringLiteral(".wav"), QStringLiteral("-ojf"), QStringLiteral("-of"), base, QStringLiteral("-np")},
+         base + QStringLiteral(".json"),
+         m_command.patience});
+    const End end = program.run([&] { return go = sink.progress(part.first); });
+    const QString last = program.lastWords();
+    switch (end) {
+    case End::Done:
+    case End::Stopped:
         return {};
-    keepTail(process, output);
-    const QString last = QString::fromUtf8(output).trimmed().section(QLatin1Char('\n'), -1).left(200);
-    const QString silent = process.exitStatus() == QProcess::CrashExit ? QStringLiteral("it crashed")
-                                                                       : QStringLiteral("it gave no reason");
-    return failure(QStringLiteral("the speech recognition program failed: %1").arg(last.isEmpty() ? silent : last),
+    case End::NotStarted:
+        return failure(QStringLiteral("the speech recognition program does not start: %1").arg(last),
+                       QStringLiteral("correct its path in the settings of the recogniser"));
+    case End::Silent:
+        return failure(QStringLiteral("the speech recognition program gave no sign of life for %1 and was ended")
+                           .arg(spanText(m_command.patience)),
+                       QStringLiteral("transcribe the clip again, or run the program by hand to see where it hangs"));
+    case End::Flooding:
+        return failure(QStringLiteral("the speech recognition program wrote more than %1 MB and was ended")
+                           .arg(WatchedProgram::mostWritten >> 20),
+                       QStringLiteral("run it by hand to see what it writes"));
+    case End::Crashed:
+        return failed(last.isEmpty() ? QStringLiteral("it crashed") : QStringLiteral("it crashed after: %1").arg(last));
+    case End::Failed:
+        break;
+    }
+    return failed(last.isEmpty() ? QStringLiteral("it gave no reason") : last);
+}
+
+Status WhisperRecogniser::failed(const QString& why) const
+{
+    return failure(QStringLiteral("the speech recognition program failed: %1").arg(why),
                    QStringLiteral("run it by hand to see why, or remove it from the settings"));
 }
 
+/// The clip's name is put before it by who knows it.
 Status WhisperRecogniser::failure(const QString& what, const QString& next) const
 {
-    return Error{m_command.program, QString(), QString(), what, next};
+    return Error{QString(), m_command.program, QString(), what, next};
 }
 
 } // namespace desk::speech

@@ -2,8 +2,7 @@
 
 #include "desk/speech/recognition/Recogniser.h"
 
-class QProcess;
-class QTemporaryDir;
+#include <chrono>
 
 namespace desk::speech
 {
@@ -12,6 +11,8 @@ struct WhisperCommand {
     QString program;
     QString model;
     QString language;
+    /// How long the program may show no sign of life before it is ended.
+    std::chrono::seconds patience;
 };
 
 /// The command-line program of whisper.cpp, run over a few minutes of sound at a time, cut where it is quiet. What it
@@ -30,6 +31,7 @@ private:
     /// The batch is empty where the sink said stop.
     Result<std::unique_ptr<Batch>> recognisePart(const Part& part, RecognitionSink& sink) const;
     Status run(const Part& part, const QString& base, RecognitionSink& sink, Go& go) const;
+    Status failed(const QString& why) const;
     Status failure(const QString& what, const QString& next) const;
 
     WhisperCommand m_command;

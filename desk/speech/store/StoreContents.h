@@ -14,10 +14,12 @@ struct ClipState {
     enum class Stage { Missing, Waiting, Running, Failed, Done };
 
     Stage stage = Stage::Missing;
-    /// 0 to 100, while it runs.
+    /// 0 to 100, while it runs; -1 while the media and the recogniser's model are being opened.
     int percent = 0;
     /// Why it failed and what to do, one sentence. With Stage::Done: the transcript is that of before.
     QString failure;
+
+    static ClipState preparing() { return {Stage::Running, -1, QString()}; }
 
     friend bool operator==(const ClipState& a, const ClipState& b)
     {
@@ -27,8 +29,8 @@ struct ClipState {
 
 /// What a transcription that is not finished has recognised of one track.
 struct RecognisedTrack {
-    /// Recogniser::name() of whose words these are.
-    QString recogniser;
+    /// Which recogniser heard these words in which state of the media.
+    QString origin;
     QVector<QVector<Word>> utterances;
     /// As Batch::resumeAt.
     qint64 resumeAt = 0;

@@ -62,7 +62,7 @@ StoreContents StoreDatabase::contents()
         contents.transcribed.insert(row.value(0).toString());
     for (QSqlQuery row = m_sql->run("SELECT clip, track, recogniser, sample FROM position"); row.next();) {
         auto& track = contents.recognised[clips[row.value(0).toLongLong()]][row.value(1).toInt()];
-        track.recogniser = row.value(2).toString();
+        track.origin = row.value(2).toString();
         track.resumeAt = row.value(3).toLongLong();
     }
     for (QSqlQuery row = m_sql->run("SELECT clip, track, words FROM utterance ORDER BY number"); row.next();) {
@@ -151,16 +151,16 @@ void StoreDatabase::correct(const QString& clip, const Correction& correction)
     }
 }
 
-void StoreDatabase::addRecognised(const QString& clip, int track, const QString& recogniser, const Batch& batch)
+void StoreDatabase::addRecognised(const QString& clip, int track, const QString& origin, const Batch& batch)
 {
     const qint64 id = clipId(clip);
     m_sql->run("DELETE FROM utterance WHERE clip = ? AND track = ? AND EXISTS(SELECT * FROM position WHERE "
                "position.clip = utterance.clip AND position.track = utterance.track AND recogniser <> ?)",
-               {id, track, recogniser});
+               {id, track, origin});
     for (const QVector<Word>& words : batch.utterances)
         m_sql->run("INSERT INTO utterance(clip, track, words) VALUES(?, ?, ?)", {id, track, packed(words)});
     m_sql->run("INSERT OR REPLACE INTO position(clip, track, recogniser, sample) VALUES(?, ?, ?, ?)",
-               {id, track, recogniser, batch.resumeAt});
+               {id, track, origin, batch.resumeAt});
 }
 
 void StoreDatabase::forgetRecognised(const QString& clip)

@@ -37,7 +37,7 @@ public:
     void setSpeaker(const Speaker& speaker);
     /// Keeps the correction and applies it to the transcript that is there now.
     void correct(const QString& clip, const Correction& correction);
-    void addRecognised(const QString& clip, int track, const QString& recogniser, const Batch& batch);
+    void addRecognised(const QString& clip, int track, const QString& origin, const Batch& batch);
     void forgetRecognised(const QString& clip);
 
 private:

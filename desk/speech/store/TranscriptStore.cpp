@@ -211,16 +211,15 @@ void TranscriptStore::setClipState(const QString& clip, const ClipState& wanted)
     Q_EMIT clipChanged(clip);
 }
 
-void TranscriptStore::addRecognised(const QString& clip, int track, const QString& recogniser, const Batch& batch)
+void TranscriptStore::addRecognised(const QString& clip, int track, const QString& origin, const Batch& batch)
 {
     RecognisedTrack& known = m_contents.recognised[clip][track];
-    if (known.recogniser != recogniser)
-        known = {recogniser, {}, 0};
+    if (known.origin != origin)
+        known = {origin, {}, 0};
     known.utterances += batch.utterances;
     known.resumeAt = batch.resumeAt;
-    m_thread->add({Sql::Access::Write,
-                   [=](StoreDatabase& database) { database.addRecognised(clip, track, recogniser, batch); },
-                   {}});
+    m_thread->add(
+        {Sql::Access::Write, [=](StoreDatabase& database) { database.addRecognised(clip, track, origin, batch); }, {}});
 }
 
 void TranscriptStore::forgetRecognised(const QString& clip)

@@ -80,8 +80,8 @@ public:
     /// What an unfinished transcription has so far, also of a process that crashed.
     Recognised recognised(const QString& clip) const { return m_contents.recognised.value(clip); }
 
-    /// Adds to it; words of another recogniser for the same track are dropped.
-    void addRecognised(const QString& clip, int track, const QString& recogniser, const Batch& batch);
+    /// Adds to it; words of another origin for the same track are dropped.
+    void addRecognised(const QString& clip, int track, const QString& origin, const Batch& batch);
     void forgetRecognised(const QString& clip);
 
     /// Waits, for command lines and tests, until everything is in the file. @return whether it is.
