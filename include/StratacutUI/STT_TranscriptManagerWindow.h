@@ -224,6 +224,7 @@ private:
     QString speakerText(int segment);
     QString timecodeText(int segment);
     void useFont(const QFont& font);
+    void fitWindowFont();
 
     // Speakers
     void openSpeakerMenu(STT_EntryWidget* entry, const QPoint& position);

@@ -58,10 +58,10 @@ EntryColumn::EntryColumn(QTextEdit* edit, Texts texts) : QObject(edit), m_edit(e
         connect(bar, &QScrollBar::valueChanged, this, &EntryColumn::sync);
 }
 
-void EntryColumn::layClipLine(QTextCursor& cursor)
+void EntryColumn::layClipLine(QTextCursor& cursor) const
 {
     QTextBlockFormat room;
-    room.setLineHeight(LineParts::clipHeight(QApplication::font()), QTextBlockFormat::MinimumHeight);
+    room.setLineHeight(LineParts::clipHeight(m_edit->font()), QTextBlockFormat::MinimumHeight);
     cursor.mergeBlockFormat(room);
 }
 

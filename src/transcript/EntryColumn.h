@@ -38,7 +38,7 @@ public:
     EntryColumn(QTextEdit* edit, Texts texts);
 
     /// Makes room for a clip's widget in the cursor's empty block, which becomes its line with setClip.
-    static void layClipLine(QTextCursor& cursor);
+    void layClipLine(QTextCursor& cursor) const;
     /// What the line of a clip shows from the next refreshTexts on, or when it comes into view.
     static void setClip(QTextBlock block, const STT_MissingTranscript& clip, const QString& timecode);
 

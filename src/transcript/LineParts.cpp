@@ -58,10 +58,16 @@ QLabel* timecodeLabel(QWidget* parent)
 {
     auto* label = new QLabel(parent);
     setTextColor(label, dim(parent->palette()));
-    label->setFont(timecodeFont(parent->font()));
-    label->setFixedWidth(timecodeWidth(parent->font()));
+    fitTimecode(label);
     label->setAttribute(Qt::WA_TransparentForMouseEvents);
     return label;
+}
+
+void fitTimecode(QLabel* label)
+{
+    const QFont& font = label->parentWidget()->font();
+    label->setFont(timecodeFont(font));
+    label->setFixedWidth(timecodeWidth(font));
 }
 
 int gutterWidth(const STT_Visibilities& visibilities, const QFont& font)

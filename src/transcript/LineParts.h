@@ -34,6 +34,9 @@ void setTextColor(QLabel* label, const QColor& color);
 /// A label for a timecode: dim, with the same width in every line.
 QLabel* timecodeLabel(QWidget* parent);
 
+/// Gives the label the size that goes with its parent's font.
+void fitTimecode(QLabel* label);
+
 /// How much room the parts that are shown need left of the text.
 int gutterWidth(const STT_Visibilities& visibilities, const QFont& font);
 } // namespace LineParts

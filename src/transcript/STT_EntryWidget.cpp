@@ -87,4 +87,6 @@ void STT_EntryWidget::changeEvent(QEvent* event)
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange && m_timecode)
         LineParts::setTextColor(m_timecode, LineParts::dim(palette()));
+    if (event->type() == QEvent::FontChange && m_timecode)
+        LineParts::fitTimecode(m_timecode);
 }

@@ -159,6 +159,8 @@ void STT_MissingTranscriptWidget::resizeEvent(QResizeEvent* event)
 void STT_MissingTranscriptWidget::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange && m_sentence)
+    if (event->type() == QEvent::FontChange && m_sentence)
+        LineParts::fitTimecode(m_timecode);
+    if ((event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange) && m_sentence)
         showState();
 }

@@ -294,6 +294,15 @@ bool STT_TranscriptTextEdit::event(QEvent* event)
     return QTextEdit::event(event);
 }
 
+/// The transcript has a font of its own: a text edit would give it the window's.
+void STT_TranscriptTextEdit::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::ApplicationFontChange)
+        QAbstractScrollArea::changeEvent(event); // NOLINT(bugprone-parent-virtual-call)
+    else
+        QTextEdit::changeEvent(event);
+}
+
 void STT_TranscriptTextEdit::keyPressEvent(QKeyEvent* event)
 {
     if (!isOwnKey(*event)) {

@@ -167,6 +167,8 @@ void Window::setMarksFromSelection()
 
 bool Window::event(QEvent* event)
 {
+    if (event->type() == QEvent::FontChange)
+        fitWindowFont();
     const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride;
     return (isKey && handleKey(event)) || QWidget::event(event);
 }

@@ -132,6 +132,16 @@ void Window::rebuild(Showing first)
     finishRefresh();
 }
 
+/// What stands beside the text is as wide as the window's font makes it, and the lines of clips as high.
+void Window::fitWindowFont()
+{
+    if (m_blocks.empty() && m_missingBlocks.empty())
+        return;
+    const STT_TranscriptTextEdit::View view = m_textEdit->view();
+    rebuild(Showing::WholeText);
+    m_textEdit->restoreView(view);
+}
+
 /// What stands beside the text and on the lines of clips, while the text is the same.
 void Window::refreshLines(const std::vector<STT_MissingTranscript>& clips)
 {
@@ -242,7 +252,7 @@ void Window::paintFirstLines()
 void Window::addMissingTranscript(const STT_MissingTranscript& clip, int block)
 {
     QTextCursor cursor(m_textEdit->document()->findBlockByNumber(block));
-    EntryColumn::layClipLine(cursor);
+    m_entryColumn->layClipLine(cursor);
     EntryColumn::setClip(cursor.block(), clip, QString::fromStdString(info->timecodeText(clip.startMs)));
 }
 

@@ -256,6 +256,22 @@ private slots:
         QCOMPARE(shown.info->calls.filter(QStringLiteral("transcribe(")), QStringList{"transcribe(guid-c)"});
     }
 
+    void aLargerFontOfTheWindowLeavesTheTextItsOwn()
+    {
+        RecordingTranscriptInfo::Material material = conversation();
+        material.missing = {{"guid-a", "A.mov", 0, STT_Transcription::Missing, 0, {}}};
+        const ShownTranscript shown(std::move(material));
+        const QFont own = shown.text().document()->defaultFont();
+        shown.window->setFont(QFont(QStringLiteral("DejaVu Sans"), 28));
+        QCOMPARE(shown.text().document()->defaultFont(), own);
+        const STT_EntryWidget* entry = shown.window->entryWidgets().constFirst();
+        const auto* timecode = entry->findChild<QLabel*>();
+        QVERIFY(timecode->width() >= timecode->sizeHint().width());
+        QVERIFY(entry->sizeHint().width() <= entry->width() + entry->contentsMargins().right() + 20);
+        const STT_MissingTranscriptWidget* clip = shown.window->missingWidgets().constFirst();
+        QVERIFY2(clip->height() >= clip->sizeHint().height(), qPrintable(QString::number(clip->height())));
+    }
+
     void progressIsShownWithoutANewText()
     {
         RecordingTranscriptInfo::Material material = conversation();
