@@ -8,6 +8,8 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+
 namespace desk::services
 {
 
@@ -96,18 +98,50 @@ QString applicationOf(const imf::Composition& composition)
     return QLatin1String(words::unknown);
 }
 
+struct Parameter {
+    const char* key;
+    QString DescriptorFacts::*fact;
+};
+
+constexpr Parameter pictureParameters[] = {
+    {ImfDict::Compression, &DescriptorFacts::compression}, {ImfDict::CompressionProfile, &DescriptorFacts::profile},
+    {ImfDict::Resolution, &DescriptorFacts::resolution},   {ImfDict::FrameRate, &DescriptorFacts::frameRate},
+    {ImfDict::Colorimetry, &DescriptorFacts::colour},      {ImfDict::ColorDepth, &DescriptorFacts::depth},
+};
+
+constexpr Parameter soundParameters[] = {
+    {ImfDict::Format, &DescriptorFacts::format},
+    {ImfDict::SampleRate, &DescriptorFacts::sampleRate},
+    {ImfDict::BitDepth, &DescriptorFacts::bits},
+    {ImfDict::AudioMix, &DescriptorFacts::mix},
+};
+
+QString wordWithoutFacts(const imf::Composition& composition, imf::SequenceKind kind)
+{
+    if (composition.segments.isEmpty())
+        return QLatin1String(words::none);
+    const QVector<imf::Sequence>& sequences = composition.segments.first().sequences;
+    const bool hasTrack = std::any_of(sequences.begin(), sequences.end(),
+                                      [kind](const imf::Sequence& sequence) { return sequence.kind == kind; });
+    return QLatin1String(hasTrack ? words::unknown : words::none);
+}
+
+/// States every parameter: one that is left open would be shown with what a new composition gets.
+template <std::size_t Count>
+void state(QJsonObject& section, const Parameter (&parameters)[Count], const DescriptorFacts& facts,
+           const QString& otherwise)
+{
+    for (const Parameter& parameter : parameters) {
+        const QString& fact = facts.*parameter.fact;
+        section[QLatin1String(parameter.key)] = choice(fact.isEmpty() ? otherwise : fact);
+    }
+}
+
 QJsonObject videoOf(const imf::Composition& composition, const DescriptorFacts& picture)
 {
-    QJsonObject video{{ImfDict::ApplicationPattern, choice(applicationOf(composition))}};
-    if (picture.kind != DescriptorFacts::Kind::Picture)
-        return video;
-    video[QLatin1String(ImfDict::Compression)] = choice(picture.compression);
-    video[QLatin1String(ImfDict::CompressionProfile)] = choice(picture.profile);
-    video[QLatin1String(ImfDict::Resolution)] = choice(picture.resolution);
-    video[QLatin1String(ImfDict::FrameRate)] = choice(picture.frameRate);
-    video[QLatin1String(ImfDict::Colorimetry)] = choice(picture.colour);
-    video[QLatin1String(ImfDict::ColorDepth)] = choice(picture.depth);
-    video[QLatin1String(ImfDict::StereoscopicSettings)] = choice(QLatin1String(words::monoscopic));
+    QJsonObject video{{ImfDict::ApplicationPattern, choice(applicationOf(composition))},
+                      {ImfDict::StereoscopicSettings, choice(QLatin1String(words::monoscopic))}};
+    state(video, pictureParameters, picture, wordWithoutFacts(composition, imf::SequenceKind::MainImage));
     return video;
 }
 
@@ -120,18 +154,13 @@ QJsonObject mappingEntry(const DescriptorFacts& sound, int number)
              QJsonObject{{ImfDict::AudioContentKind, kind}, {ImfDict::RFC5646SpokenLanguage, sound.language}}}};
 }
 
-QJsonObject audioOf(const QVector<DescriptorFacts>& sounds)
+QJsonObject audioOf(const imf::Composition& composition, const QVector<DescriptorFacts>& sounds)
 {
     QJsonArray mapping;
     for (const DescriptorFacts& sound : sounds)
         mapping += mappingEntry(sound, mapping.size() + 1);
     QJsonObject audio{{ImfDict::MultipleAudioMix, QJsonObject{{ImfDict::AudioMapping, mapping}}}};
-    if (sounds.isEmpty())
-        return audio;
-    audio[QLatin1String(ImfDict::Format)] = choice(sounds.first().format);
-    audio[QLatin1String(ImfDict::SampleRate)] = choice(sounds.first().sampleRate);
-    audio[QLatin1String(ImfDict::BitDepth)] = choice(sounds.first().bits);
-    audio[QLatin1String(ImfDict::AudioMix)] = choice(sounds.first().mix);
+    state(audio, soundParameters, sounds.value(0), wordWithoutFacts(composition, imf::SequenceKind::MainAudio));
     return audio;
 }
 
@@ -151,7 +180,7 @@ QJsonObject documentOf(const imf::Delivery& delivery, const imf::DeliveredCompos
     const TrackFacts facts = factsOf(delivery, composition);
     QJsonObject document = itemDocument("CPL", delivered.name);
     document[QLatin1String(ImfDict::Video)] = videoOf(composition, facts.picture);
-    document[QLatin1String(ImfDict::Audio)] = audioOf(facts.sounds);
+    document[QLatin1String(ImfDict::Audio)] = audioOf(composition, facts.sounds);
     document[QLatin1String(ImfDict::DescriptiveMetadata)] = compositionMetadata(composition);
     if (!delivered.missingAssets.isEmpty()) {
         QJsonArray missing;

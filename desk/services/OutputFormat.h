@@ -18,6 +18,8 @@ namespace desk::services
 namespace words
 {
 inline constexpr char unknown[] = "Unknown";
+/// For the parameters of a track that the composition does not have.
+inline constexpr char none[] = "None";
 inline constexpr char application[] = "App #2E";
 inline constexpr char pcm[] = "PCM";
 inline constexpr char monoscopic[] = "None";

@@ -146,7 +146,8 @@ public:
     /// Slot 15. Describes the tracks and parameters of a committed CPL. A failure is not shown; the CPL's document then
     /// stays as slot 1 gave it.
     /// @param tracks out: one entry a parameter, keyed by the document keys of the "Video" and "Audio" sections,
-    ///        "ContentKind" and "Multiple Audio Mix".
+    ///        "ContentKind" and "Multiple Audio Mix". A parameter that neither this nor the document names is shown
+    ///        with the value of the CPL's target-format builder.
     /// @param cplId the CPL's identifier in UTF-8.
     virtual void getCPLTrackInfo(IMFO_Error_t& error, QMap<QString, IMFO_TrackInfo>& tracks,
                                  const QByteArray& cplId) = 0;

@@ -83,6 +83,16 @@ class TestPackageOutput : public QObject
         return imps[0][ImfDict::Children][0];
     }
 
+    static void alterComposition(const QDir& folder, const QByteArray& from, const QByteArray& to)
+    {
+        QFile composition(folder.filePath(folder.entryList({"CPL_*.xml"}).value(0)));
+        QVERIFY(composition.open(QIODevice::ReadWrite));
+        QByteArray text = composition.readAll();
+        QVERIFY(text.contains(from));
+        composition.resize(0);
+        composition.write(text.replace(from, to));
+    }
+
     void refusedWith(const QString& part, const std::function<void()>& action) const
     {
         support::ModalAnswer answer(QMessageBox::Ok);
@@ -307,13 +317,7 @@ private slots:
         addImp(delivery, QStringLiteral("First"));
         QVERIFY(commit(delivery));
         const QDir folder(delivery.data(Model::PathRole).toString());
-        QFile composition(folder.filePath(folder.entryList({"CPL_*.xml"}).value(0)));
-        QVERIFY(composition.open(QIODevice::ReadWrite));
-        QByteArray text = composition.readAll();
-        QVERIFY(text.contains("AudioContentKind>PRM<"));
-        composition.seek(0);
-        composition.write(text.replace("AudioContentKind>PRM<", "AudioContentKind>MEC<"));
-        composition.close();
+        alterComposition(folder, "AudioContentKind>PRM<", "AudioContentKind>MEC<");
         const auto kind = [&] {
             QJsonObject document;
             read(folder.path(), document);
@@ -325,6 +329,28 @@ private slots:
         for (const QString& file : trackFiles)
             QVERIFY(QFile::resize(folder.filePath(file), 100));
         QCOMPARE(kind(), QStringLiteral("MEC"));
+    }
+
+    /// No parameter of the output stands in for what a composition does not have.
+    void aCompositionWithoutSoundShowsNone()
+    {
+        const QModelIndex delivery = add(QStringLiteral("Feature"));
+        addImp(delivery, QStringLiteral("First"));
+        QVERIFY(commit(delivery));
+        const QDir folder(delivery.data(Model::PathRole).toString());
+        const QPersistentModelIndex row = delivery;
+        const auto sampleRate = [&] {
+            const QModelIndex read = controller().onRefreshIMFItem(row);
+            const QModelIndex cpl = m_model->index(0, 0, m_model->index(0, 0, read));
+            const QJsonValue document = Model::MetadataJsonFromIndex(cpl);
+            const QJsonValue rate = document[ImfDict::Audio][ImfDict::SampleRate];
+            return rate[ImfDict::values][rate[ImfDict::currentIndex].toInt()].toString();
+        };
+        QCOMPARE(sampleRate(), QStringLiteral("48 kHz"));
+        alterComposition(folder, "WAVEPCMDescriptor", "StrangeDescriptor");
+        QCOMPARE(sampleRate(), QStringLiteral("Unknown"));
+        alterComposition(folder, "MainAudioSequence", "StrangeSequence");
+        QCOMPARE(sampleRate(), QStringLiteral("None"));
     }
 
     void strangersDeliveriesShowWhatTheyHold()
