@@ -136,7 +136,13 @@ QVariant IMF_PackageMgrQtModel::decoration(const IMF_Node& node, int column) con
     const std::optional<IMF_PackageMgr::Status> known = status(node);
     if (!known)
         return m_statusImages[UnsetImage];
-    return m_statusImages[*known == IMF_PackageMgr::Committed ? CommittedImage : UncommittedImage];
+    switch (*known) {
+    case IMF_PackageMgr::Committed:
+        return m_statusImages[CommittedImage];
+    case IMF_PackageMgr::Uncommitted:
+        return m_statusImages[UncommittedImage];
+    }
+    return QPixmap();
 }
 
 void IMF_PackageMgrQtModel::updateIcons()

@@ -92,6 +92,8 @@ private slots:
             const QVariant shown = item.siblingAtColumn(1).data(Qt::DecorationRole);
             QCOMPARE(shown.value<QPixmap>().toImage(), expected.toImage());
         }
+        boost::get<IMF_Deliverable>(f.model->FromIndex(fresh)->value()).setStatus(IMF_PackageMgr::Status(2));
+        QVERIFY(fresh.siblingAtColumn(1).data(Qt::DecorationRole).value<QPixmap>().isNull());
     }
 
     void onlyUncommittedDeliverablesAndImpsAreBurnable()
