@@ -47,15 +47,16 @@ Result<QJsonObject> parseObject(const QString& text, const IMFO_ItemInfo& item)
                        QStringLiteral("remove the item and make it anew")};
 }
 
-/// The folder may hold what a crashed commit has left; whether something else is there afterwards.
+/// Whether something is there once what a crashed commit has left is gone. An empty folder has nothing to lose, and
+/// a crash may leave one.
 bool isOccupied(const QString& folder)
 {
     if (!QFileInfo::exists(folder))
         return false;
-    const auto removed = imf::recoverFolder(folder);
-    if (removed && !removed->isEmpty())
-        QDir().rmdir(folder);
-    return QFileInfo::exists(folder);
+    (void)imf::recoverFolder(folder);
+    if (!QFileInfo(folder).isDir())
+        return QFileInfo::exists(folder);
+    return !QDir(folder).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
 }
 
 Error occupied(const QString& folder)

@@ -304,7 +304,10 @@ private slots:
             if (!process.waitForFinished(random.bounded(whole / 4, whole + whole / 4)))
                 process.kill();
             process.waitForFinished();
-            finished += process.exitStatus() == QProcess::NormalExit ? 1 : 0;
+            if (process.exitStatus() == QProcess::NormalExit) {
+                QVERIFY2(process.exitCode() == 0, process.readAllStandardError().constData());
+                ++finished;
+            }
             if (!::desk::imf::isDelivery(folder))
                 continue;
             // Whole, though the commit's own traces may still lie about until the next start.

@@ -231,13 +231,14 @@ private slots:
         m_model->addIMPNode(m_model->FromIndex(empty));
         refusedWith(QStringLiteral("no composition"), [&] { controller().onCommit({empty}); });
         m_model->createCPLFromMobs({m_sequence}, m_model->index(0, 0, empty));
-        QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("Empty")));
+        // An empty folder is taken, one that holds anything is not.
+        QVERIFY(QDir(m_folder->path()).mkpath(QStringLiteral("Empty/.hidden")));
         refusedWith(QStringLiteral("already exists"), [&] { controller().onCommit({empty}); });
-        QVERIFY(QDir(m_folder->path()).rmdir(QStringLiteral("Empty")));
+        QVERIFY(QDir(m_folder->path()).rmdir(QStringLiteral("Empty/.hidden")));
         QVERIFY(QFile::rename(m_media.filePath("clip.mov"), m_media.filePath("away.mov")));
         refusedWith(QStringLiteral("clip.mov"), [&] { controller().onCommit({empty}); });
         QVERIFY(QFile::rename(m_media.filePath("away.mov"), m_media.filePath("clip.mov")));
-        QVERIFY(QDir(m_folder->path()).isEmpty());
+        QVERIFY(commit(empty));
     }
 
     void namesAndFoldersAreRefusedWhereTheyAreGiven()
@@ -249,7 +250,7 @@ private slots:
         const QModelIndex delivery = add(QStringLiteral("Good"));
         refusedWith(QStringLiteral(".."), [&] { m_model->setData(delivery, QStringLiteral("..")); });
         QCOMPARE(names({}), QStringList{"Good"});
-        QVERIFY(QDir(m_folder->path()).mkpath(QStringLiteral("other/Good")));
+        QVERIFY(QDir(m_folder->path()).mkpath(QStringLiteral("other/Good/held")));
         IMFO_Bridge::Error error;
         QString actual;
         const IMFO_ItemInfo info = IMF_Controller::itemInfo(delivery);
