@@ -44,6 +44,11 @@ Status Host::save()
     return Error{{}, {}, {}, notices.join(QLatin1Char(' ')), {}};
 }
 
+QStringList Host::absentFolders() const
+{
+    return services::absentFolders(*m_settings);
+}
+
 bool Host::forget(const QString& folder)
 {
     return services::forgetAbsentWork(*m_settings, folder);

@@ -43,8 +43,11 @@ public:
     /// Keeps the packages as they are now; the bin keeps itself. Only after load().
     Status save();
 
+    /// The folders of deliveries that could not be loaded and are kept though they are not in the tree.
+    QStringList absentFolders() const;
+
     /// Forgets a delivery that could not be loaded, with what was begun in it, from the next save() on; false when
-    /// there is none in that folder. Such deliveries are kept though they are not in the tree.
+    /// there is none in that folder.
     bool forget(const QString& folder);
 
     const services::Profile& profile() const { return m_profile; }

@@ -72,6 +72,15 @@ void keepAbsentWork(SettingsStorage& settings, const IMF_PackageMgrQtModel& mode
     }
 }
 
+QStringList absentFolders(const SettingsStorage& settings)
+{
+    QStringList folders;
+    const QJsonArray kept = settings.kept(foldersKey);
+    for (const QJsonValue& folder : kept)
+        folders += folder.toString();
+    return folders;
+}
+
 bool forgetAbsentWork(SettingsStorage& settings, const QString& folder)
 {
     const QString wanted = imf::canonicalFolder(folder);

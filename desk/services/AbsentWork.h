@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include <QStringList>
 
 class IMF_PackageMgrQtModel;
 
@@ -14,6 +14,9 @@ class SettingsStorage;
 /// package manager saves what is in its tree. A delivery that was removed, and in which nothing was begun, is
 /// forgotten. To be called once, after the model has been loaded from `settings`.
 void keepAbsentWork(SettingsStorage& settings, const IMF_PackageMgrQtModel& model);
+
+/// The folders of which something is kept, in the order in which they were visited.
+QStringList absentFolders(const SettingsStorage& settings);
 
 /// Lets go of what is kept of the delivery in `folder`; false when nothing is.
 bool forgetAbsentWork(SettingsStorage& settings, const QString& folder);

@@ -11,10 +11,12 @@
 #include "desk/app/window/BinPane.h"
 #include "desk/app/window/DeskWindow.h"
 #include "desk/app/window/JobPane.h"
+#include "desk/services/SettingsStorage.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QDesktopServices>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QLabel>
@@ -188,10 +190,16 @@ private slots:
         const auto made = support::desk({"new", "original", "From the shell", "--profile", profile()});
         QCOMPARE(made.exitCode, 0);
         QCOMPARE(support::desk({"add", "1.1", m_clip, "--profile", profile()}).exitCode, 0);
+        desk::services::SettingsStorage(profile() + QStringLiteral("/packages.json"))
+            .set("VISITED_IMF_SETTINGS_KEY", {path(QStringLiteral("no disk/Harbour"))});
         m_host = std::make_unique<Host>(profile());
         QVERIFY(m_host->claim().ok());
         DeskWindow::prepareLook(m_host->profile());
-        m_host->load();
+        {
+            ModalAnswer told(QMessageBox::Ok);
+            m_host->load();
+            QVERIFY2(told.text.contains(path("no disk/Harbour")), qPrintable(told.text));
+        }
         m_host->output().setDefaultFolder(m_folder.path());
     }
 
@@ -435,7 +443,7 @@ private slots:
         const QPersistentModelIndex written = delivery(QStringLiteral("There"));
         trigger("export");
         QTRY_COMPARE_WITH_TIMEOUT(Model::StatusFromIndex(written), IMF_PackageMgr::Committed, 60000);
-        QVERIFY(QDir(m_folder.path()).mkpath(QStringLiteral("elsewhere")) && QDir(path("elsewhere")).mkdir("Second"));
+        QVERIFY(QDir(m_folder.path()).mkpath(QStringLiteral("elsewhere/Second/held")));
         const QPersistentModelIndex made = delivery(QStringLiteral("Second"));
         support::FolderAnswer inside(path(QStringLiteral("There")));
         ModalAnswer refused(QMessageBox::Ok);
@@ -474,6 +482,20 @@ private slots:
         trigger("remove");
         QCOMPARE(model().rowCount(), rows - 1);
         QVERIFY(m_window->close());
+    }
+
+    void anAbsentDeliveryIsForgottenOnceTheUserSaysSo()
+    {
+        for (const QString& answer : {QStringLiteral("Keep"), QStringLiteral("Forget")}) {
+            QVERIFY(m_window->action(QStringLiteral("forgetAbsent"))->isEnabled());
+            Choice choice(answer);
+            trigger("forgetAbsent");
+            QVERIFY2(choice.text.contains(path("no disk/Harbour")), qPrintable(choice.text));
+        }
+        QVERIFY(!m_window->action(QStringLiteral("forgetAbsent"))->isEnabled());
+        QVERIFY(m_host->save().ok());
+        QFile saved(profile() + QStringLiteral("/packages.json"));
+        QVERIFY(saved.open(QIODevice::ReadOnly) && !saved.readAll().contains("Harbour"));
     }
 
     void soundIsMappedUnlessTheUserTurnsItOff()

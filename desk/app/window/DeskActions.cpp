@@ -52,6 +52,7 @@ const DeskWindow::ActionRow DeskWindow::actionRows[] = {
     {nullptr, "refresh", "Refres&h", "F5", &DeskWindow::refreshSelected},
     {"", "refreshAll", "Refresh A&ll", "Shift+F5", &DeskWindow::refreshAll},
     {"", "resolveMissing", "Find &What Is Missing...", "", &DeskWindow::resolveMissing},
+    {"", "forgetAbsent", "Forge&t Absent Deliveries...", "", &DeskWindow::forgetAbsent},
     {nullptr, "export", "&Export", "Ctrl+E", &DeskWindow::exportSelected},
     {"&Monitor", "loadMonitor", "&Load Selected Sequence", "Ctrl+L", &DeskWindow::loadSelectedSequence},
     {"", "playStop", "&Play or Stop", "Ctrl+Space", &DeskWindow::togglePlayback},
@@ -167,6 +168,7 @@ void DeskWindow::updateActions()
         {"remove", open || isDelivery},
         {"refresh", written},
         {"resolveMissing", written},
+        {"forgetAbsent", !m_host->absentFolders().isEmpty()},
         {"export", item.isValid() && item.data(Model::BurnableRole).toBool() && (isDelivery || written)},
     };
 

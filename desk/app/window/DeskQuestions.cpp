@@ -177,6 +177,21 @@ void DeskWindow::resolveMissing()
     m_asking = false;
 }
 
+void DeskWindow::forgetAbsent()
+{
+    const QStringList folders = m_host->absentFolders();
+    for (const QString& folder : folders) {
+        const QString text = QStringLiteral("%1 could not be read when the program started, say because its disk is "
+                                            "not connected. What was begun in it is kept until it is back.\n\nForget "
+                                            "the delivery and what was begun in it? Its files stay.")
+                                 .arg(folder);
+        if (ask(this, text, {{"Forget", QMessageBox::DestructiveRole}, {"Keep", QMessageBox::RejectRole}}) == 0)
+            m_host->forget(folder);
+    }
+    updateActions();
+    scheduleSave();
+}
+
 void DeskWindow::updateHint()
 {
     const QModelIndexList items = m_host->unkept();

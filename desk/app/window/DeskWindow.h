@@ -110,6 +110,8 @@ private:
     void refreshSelected();
     void refreshAll();
     void resolveMissing();
+    /// Asks first.
+    void forgetAbsent();
     void removeSelected();
     void focusBin();
     void focusPackages();
