@@ -415,6 +415,23 @@ private slots:
         QCOMPARE(int(store.condition()), int(Condition::Online));
     }
 
+    void aDatabaseThatIsMovedAwayTakesNothingUntilItIsBack()
+    {
+        TranscriptStore store(m_path);
+        QTRY_COMPARE(int(store.condition()), int(Condition::Online));
+        QVERIFY(QFile::rename(m_path, m_path + ".away"));
+        store.putTranscript(clip, texts::transcriptOf({{1, "0-1000 a"}}, 1));
+        QTRY_COMPARE(int(store.condition()), int(Condition::Offline));
+        QVERIFY2(store.problem().what.contains("moved or replaced"), qPrintable(store.problem().sentence()));
+        QVERIFY(QFile::copy(m_path + ".away", m_path));
+        store.retry();
+        QVERIFY(!store.waitUntilStored(100));
+        QVERIFY(QFile::remove(m_path) && QFile::rename(m_path + ".away", m_path));
+        store.retry();
+        QCOMPARE(stored(store), QString("Speaker 1: 0-1000 a"));
+        QTRY_COMPARE(int(store.condition()), int(Condition::Online));
+    }
+
     void aDiskThatTakesNoMoreDelaysChanges()
     {
         TranscriptStore store(m_path);

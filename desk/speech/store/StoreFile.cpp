@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QtEndian>
 
+#include <sys/stat.h>
+
 namespace desk::speech
 {
 
@@ -140,6 +142,20 @@ void bringUpToDate(Sql& sql)
 }
 
 } // namespace
+
+quint64 fileNumber(const QString& path)
+{
+    struct stat facts = {};
+    return stat(QFile::encodeName(path).constData(), &facts) == 0 ? quint64(facts.st_ino) : 0;
+}
+
+StoreProblem movedAway(const QString& path)
+{
+    return {
+        failure(path, QStringLiteral("the transcript database was moved or replaced while it was open"),
+                QStringLiteral("put it back and load the clip again, or start the desk again to use what is there")),
+        false};
+}
 
 StoreProblem storeProblem(const QString& path, const Sql& sql)
 {

@@ -16,4 +16,10 @@ std::unique_ptr<Sql> openStoreFile(const QString& path, StoreProblem& problem);
 /// What a failed statement means for the user.
 StoreProblem storeProblem(const QString& path, const Sql& sql);
 
+/// Tells a file from any other that has or gets its name; 0 where there is none.
+quint64 fileNumber(const QString& path);
+
+/// That the open file is not the one of this name any more. Does not pass by itself.
+StoreProblem movedAway(const QString& path);
+
 } // namespace desk::speech

@@ -85,6 +85,9 @@ std::optional<StoreProblem> StoreThread::tryNext()
 {
     if (!m_database)
         return tryOpen();
+    // What is written into a file without a name is lost, and nobody would hear of it.
+    if (fileNumber(m_path) != m_fileNumber)
+        return movedAway(m_path);
     std::unique_lock lock(m_mutex);
     if (m_works.empty())
         return std::nullopt;
@@ -112,6 +115,7 @@ std::optional<StoreProblem> StoreThread::tryOpen()
     if (!database->sql().commit())
         return storeProblem(m_path, database->sql());
     m_database = std::move(database);
+    m_fileNumber = fileNumber(m_path);
     m_events.opened(contents);
     const std::lock_guard lock(m_mutex);
     m_isOpen = true;

@@ -54,6 +54,8 @@ private:
     const QString m_path;
     const Events m_events;
     std::unique_ptr<StoreDatabase> m_database;
+    /// Tells the open file from another of its name.
+    quint64 m_fileNumber = 0;
     std::mutex m_mutex;
     std::condition_variable m_wake;
     std::condition_variable m_idle;
