@@ -17,7 +17,12 @@ namespace
 struct Keeper : RecognitionSink, RecognitionEvents {
     void take(const Batch& batch) override { batches.append(batch); }
 
-    Go progress(qint64) override { return batches.size() >= most ? Go::Stop : Go::On; }
+    Go progress(qint64 sample) override
+    {
+        if (reached.isEmpty() || reached.last() != sample)
+            reached += sample;
+        return batches.size() >= most ? Go::Stop : Go::On;
+    }
 
     void progress(int percent) override { percents.append(percent); }
 
@@ -38,6 +43,7 @@ struct Keeper : RecognitionSink, RecognitionEvents {
     int most = INT_MAX;
     QVector<Batch> batches;
     QVector<int> percents;
+    QVector<qint64> reached;
 };
 
 /// Sound as loud as given.
@@ -187,6 +193,7 @@ private slots:
     void whisperIsRunOverPartsCutInPauses()
     {
         const auto recogniser = whisper("for a; do [ \"$last\" = -of ] && out=$a; last=$a; done\n"
+                                        "echo 'whisper_print_progress_callback: progress =  50%' >&2; sleep 1\n"
                                         "echo '{\"transcription\":[{\"offsets\":{\"from\":1000,\"to\":2000},"
                                         "\"text\":\" Hello there\"}]}' > $out.json\n");
         QCOMPARE(recogniser->name(), QString("whisper.cpp, ggml-base.en, en"));
@@ -201,6 +208,7 @@ private slots:
         QVERIFY2(cut > 170000 && cut < 171000, qPrintable(QString::number(cut)));
         QCOMPARE(keeper.batches[1].utterances[0][0].startMs, cut + 1000);
         QCOMPARE(keeper.batches[2].resumeAt, qint64(samples.size()));
+        QVERIFY(keeper.reached.contains(keeper.batches[0].resumeAt / 2));
     }
 
     void whisperWhoFailsIsAFailure_data()
@@ -218,8 +226,8 @@ private slots:
             "run it by "
             "hand to see what it writes.");
         row("nothing written", "exit 0",
-            "the speech recognition program wrote no result; check that it knows the options -ojf and -of.");
-        row("crash after words", "echo loading; kill -SEGV $$",
+            "the speech recognition program wrote no result; check that it knows the options -ojf, -of, -np and -pp.");
+        row("crash after words", "echo loading; echo 'progress = 5%'; kill -SEGV $$",
             "the speech recognition program failed: it crashed after: loading; run it by hand to see why, or remove it "
             "from the settings.");
         row("prints without end", "exec yes",

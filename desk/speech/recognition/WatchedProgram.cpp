@@ -195,11 +195,4 @@ void WatchedProgram::end()
     m_process.waitForFinished(int(grace.count()));
 }
 
-QString WatchedProgram::lastWords() const
-{
-    if (m_group == 0)
-        return m_process.errorString();
-    return QString::fromUtf8(m_tail).trimmed().section(QLatin1Char('\n'), -1).left(200);
-}
-
 } // namespace desk::speech

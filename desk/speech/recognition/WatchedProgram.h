@@ -33,8 +33,11 @@ public:
     /// @param goOn asked several times a second.
     End run(const std::function<Go()>& goOn);
 
-    /// After End::NotStarted why; else the last line of the output, which may be empty.
-    QString lastWords() const;
+    /// The end of what it has printed so far, on both of its streams.
+    const QByteArray& tail() const { return m_tail; }
+
+    /// Why it did not start; after End::NotStarted.
+    QString problem() const { return m_process.errorString(); }
 
     /// What output and file may have in bytes; far above what minutes of sound make.
     static constexpr qint64 mostWritten = 64 * 1024 * 1024;

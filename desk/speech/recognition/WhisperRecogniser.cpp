@@ -73,6 +73,26 @@ Batch batchOf(const Transcript& transcript, qint64 first, qint64 end)
     return batch;
 }
 
+const QByteArray progressMark = QByteArrayLiteral("progress =");
+
+/// How much of the part is done, from the program's last "... progress =  35%".
+int percentIn(const QByteArray& printed)
+{
+    const int mark = printed.lastIndexOf(progressMark);
+    const int from = mark + progressMark.size();
+    const int end = mark < 0 ? -1 : printed.indexOf('%', from);
+    return end < 0 ? 0 : std::clamp(printed.mid(from, end - from).trimmed().toInt(), 0, 100);
+}
+
+/// The last line that says more than how far it is; mostly why the program failed.
+QString lastWords(const QByteArray& printed)
+{
+    QList<QByteArray> lines = printed.trimmed().split('\n');
+    while (!lines.isEmpty() && lines.last().contains(progressMark))
+        lines.removeLast();
+    return lines.isEmpty() ? QString() : QString::fromUtf8(lines.last()).trimmed().left(200);
+}
+
 QString spanText(std::chrono::seconds span)
 {
     if (span.count() % 60 != 0)
@@ -139,7 +159,7 @@ Result<std::unique_ptr<Batch>> WhisperRecogniser::recognisePart(const Part& part
     QFile written(base + QStringLiteral(".json"));
     if (!written.open(QIODevice::ReadOnly)) {
         return failure(QStringLiteral("the speech recognition program wrote no result"),
-                       QStringLiteral("check that it knows the options -ojf and -of"))
+                       QStringLiteral("check that it knows the options -ojf, -of, -np and -pp"))
             .error();
     }
     const auto transcript = readWhisperJson(written.readAll(), m_command.program);
@@ -155,20 +175,21 @@ Result<std::unique_ptr<Batch>> WhisperRecogniser::recognisePart(const Part& part
 Status WhisperRecogniser::run(const Part& part, const QString& base, RecognitionSink& sink, Go& go) const
 {
     using End = WatchedProgram::End;
-    WatchedProgram program(
-        {m_command.program,
-         {QStringLiteral("-m"), m_command.model, QStringLiteral("-l"), m_command.language, QStringLiteral("-f"),
-          base + QStringLiteral(".wav"), QStringLiteral("-ojf"), QStringLiteral("-of"), base, QStringLiteral("-np")},
-         base + QStringLiteral(".json"),
-         m_command.patience});
-    const End end = program.run([&] { return go = sink.progress(part.first); });
-    const QString last = program.lastWords();
+    WatchedProgram program({m_command.program,
+                            {QStringLiteral("-m"), m_command.model, QStringLiteral("-l"), m_command.language,
+                             QStringLiteral("-f"), base + QStringLiteral(".wav"), QStringLiteral("-ojf"),
+                             QStringLiteral("-of"), base, QStringLiteral("-np"), QStringLiteral("-pp")},
+                            base + QStringLiteral(".json"),
+                            m_command.patience});
+    const End end = program.run(
+        [&] { return go = sink.progress(part.first + part.samples.size() * percentIn(program.tail()) / 100); });
+    const QString last = lastWords(program.tail());
     switch (end) {
     case End::Done:
     case End::Stopped:
         return {};
     case End::NotStarted:
-        return failure(QStringLiteral("the speech recognition program does not start: %1").arg(last),
+        return failure(QStringLiteral("the speech recognition program does not start: %1").arg(program.problem()),
                        QStringLiteral("correct its path in the settings of the recogniser"));
     case End::Silent:
         return failure(QStringLiteral("the speech recognition program gave no sign of life for %1 and was ended")
