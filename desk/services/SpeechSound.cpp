@@ -16,12 +16,8 @@ namespace
 /// Whether the clip's file is there and still the one that was opened.
 Status checkMedia(const media::Sequence& clip)
 {
-    if (!QFileInfo::exists(clip.path))
-        return Error{clip.path,
-                     {},
-                     {},
-                     QStringLiteral("the file is not there any more, so its speech cannot be recognised to the end"),
-                     QStringLiteral("put it back or connect its drive, and transcribe it again")};
+    if (Status there = checkThere(clip.path); !there)
+        return there;
     if (media::checkUnchanged(clip, {}))
         return {};
     return Error{clip.path,
@@ -91,6 +87,17 @@ QVector<QVector<int>> soundsOf(const media::Sequence& clip)
     return sounds;
 }
 } // namespace
+
+Status checkThere(const QString& path)
+{
+    if (QFileInfo::exists(path))
+        return {};
+    return Error{path,
+                 {},
+                 {},
+                 QStringLiteral("the file is not there any more, so its speech cannot be recognised"),
+                 QStringLiteral("put it back or connect its drive, and transcribe it again")};
+}
 
 int lengthMs(const media::Sequence& sequence)
 {

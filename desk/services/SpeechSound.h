@@ -12,6 +12,9 @@ namespace desk::services
 /// @param chosen the tracks to listen to, by their places in Sequence::audio; empty for all.
 speech::RecognitionJob recognitionJob(const media::Sequence& clip, const QVector<int>& chosen = {});
 
+/// Whether a media file is there; the failure is that of a transcription.
+Status checkThere(const QString& path);
+
 /// The tracks given and those that are one sound with them: what Segment::track says of their words is one of these.
 QVector<int> heardTogether(const media::Sequence& clip, const QVector<int>& tracks);
 

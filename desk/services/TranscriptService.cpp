@@ -85,7 +85,8 @@ void TranscriptService::start(const Clip& clip)
     emit queued(clip.id, clip.name);
     m_store->setClipState(clip.id, isNext ? ClipState::preparing() : ClipState{ClipState::Stage::Waiting, 0, {}});
     m_opening.start([this, clip] {
-        auto sequence = media::openSequence(clip.path);
+        const Status there = checkThere(clip.path);
+        auto sequence = there ? media::openSequence(clip.path) : there.error();
         QMetaObject::invokeMethod(
             this, [this, clip, sequence = std::move(sequence)] { begin(clip, sequence); }, Qt::QueuedConnection);
     });

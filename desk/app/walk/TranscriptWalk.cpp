@@ -91,7 +91,8 @@ Status Walk::transcribeClip()
     Hand::click(transcribeButton(transcript()));
     Hand::waitFor([&] {
         const QStringList running = store.clips(speech::ClipState::Stage::Running);
-        return !running.isEmpty() && store.clipState(running.first()).percent > 0;
+        return count(speech::ClipState::Stage::Done) == 1 ||
+               (!running.isEmpty() && store.clipState(running.first()).percent > 0);
     });
     Status running = m_hand->shoot(QStringLiteral("transcribing"));
     const bool done = Hand::waitFor([this] { return transcript().entryWidgets().size() > 1; }, recognitionAtMost);
