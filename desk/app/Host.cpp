@@ -11,6 +11,16 @@
 namespace desk::app
 {
 
+namespace
+{
+Status statusOf(const QStringList& notices)
+{
+    if (notices.isEmpty())
+        return {};
+    return Error{{}, {}, {}, notices.join(QLatin1Char(' ')), {}};
+}
+} // namespace
+
 Host::Host(const QString& profileFolder)
     : m_profile(profileFolder), m_lock(m_profile), m_library(m_profile.binFile()), m_output(&m_library)
 {
@@ -38,10 +48,14 @@ void Host::load()
 Status Host::save()
 {
     controller().onSaveSettings();
-    const QStringList notices = m_settings->takeNotices();
-    if (notices.isEmpty())
-        return {};
-    return Error{{}, {}, {}, notices.join(QLatin1Char(' ')), {}};
+    m_library.keep();
+    return statusOf(m_settings->takeNotices() + m_library.takeNotices());
+}
+
+Status Host::saveBin()
+{
+    m_library.keep();
+    return statusOf(m_library.takeNotices());
 }
 
 QStringList Host::absentFolders() const

@@ -40,8 +40,10 @@ public:
     /// Installs the services and loads saved work. What cannot be loaded is told by the package manager's message
     /// boxes.
     void load();
-    /// Keeps the packages as they are now; the bin keeps itself. Only after load().
+    /// Keeps the packages as they are now, and the bin. Only after load().
     Status save();
+    /// The bin keeps itself at each change; this tells where it could not, and tries again.
+    Status saveBin();
 
     /// The folders of deliveries that could not be loaded and are kept though they are not in the tree.
     QStringList absentFolders() const;

@@ -81,8 +81,8 @@ int ItemSession::run(const std::function<Status(ItemSession&)>& work, Keeping ke
         done = work(*this);
     if (done)
         done = said();
-    if (done && keeping == Keeping::Work)
-        done = m_host->save();
+    if (done)
+        done = keeping == Keeping::Work ? m_host->save() : m_host->saveBin();
     if (done)
         return exitCode::success;
     const Error& error = done.error();

@@ -1,12 +1,13 @@
 #include "desk/services/MediaLibrary.h"
 
+#include "desk/base/WholeFile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 namespace desk::services
 {
@@ -120,6 +121,12 @@ bool MediaLibrary::exists(const QString& id) const
     return found != m_items.constEnd() && QFileInfo(found->path).isFile();
 }
 
+void MediaLibrary::keep()
+{
+    if (!m_isWritten)
+        save();
+}
+
 QStringList MediaLibrary::takeNotices()
 {
     return std::exchange(m_notices, {});
@@ -158,16 +165,11 @@ void MediaLibrary::save()
     for (const BinItem& item : qAsConst(m_items))
         sequences += toJson(item);
     const QByteArray text = QJsonDocument(QJsonObject{{bin::sequences, sequences}}).toJson();
-    QSaveFile file(m_file);
-    if (QDir().mkpath(QFileInfo(m_file).path()) && file.open(QIODevice::WriteOnly) && file.write(text) == text.size() &&
-        file.commit())
-        return;
-    m_notices += Error{m_file,
-                       {},
-                       {},
-                       QStringLiteral("the bin cannot be saved (%1)").arg(file.errorString()),
-                       QStringLiteral("check the rights and the space of the folder")}
-                     .sentence();
+    QDir().mkpath(QFileInfo(m_file).path());
+    const Status saved = writeWhole(m_file, text, QStringLiteral("the bin cannot be saved"));
+    m_isWritten = saved.ok();
+    if (!saved)
+        m_notices += saved.error().sentence();
 }
 
 } // namespace desk::services

@@ -65,6 +65,8 @@ public:
     std::optional<BinItem> find(const QString& id) const;
     /// True when the bin holds the sequence and its file is there.
     bool exists(const QString& id) const;
+    /// Writes the file once more where the last change could not be written.
+    void keep();
     QStringList takeNotices();
 
 signals:
@@ -78,6 +80,8 @@ private:
     QString m_file;
     QMap<QString, BinItem> m_items;
     QStringList m_notices;
+    /// The file holds the items.
+    bool m_isWritten = true;
 };
 
 } // namespace desk::services

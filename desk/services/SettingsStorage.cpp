@@ -1,11 +1,12 @@
 #include "desk/services/SettingsStorage.h"
 
+#include "desk/base/WholeFile.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
-#include <QSaveFile>
 
 namespace desk::services
 {
@@ -43,11 +44,14 @@ void SettingsStorage::set(const char* key, const QJsonArray& value)
         else
             stored.append(entry);
     }
-    if (m_values.value(name) == QJsonValue(stored))
+    if (m_isWritten && m_values.value(name) == QJsonValue(stored))
         return;
     keepPrevious();
     m_values.insert(name, stored);
     const Status saved = save();
+    m_isWritten = saved.ok();
+    // Once it is overwritten, the file tells nothing of the former run.
+    m_previousKept = m_previousKept || m_isWritten;
     if (!saved)
         m_notices += saved.error().sentence();
 }
@@ -113,34 +117,24 @@ void SettingsStorage::setAside(const QString& reason)
 
 void SettingsStorage::keepPrevious()
 {
-    if (std::exchange(m_previousKept, true) || !QFile::exists(m_file))
+    if (m_previousKept || !QFile::exists(m_file))
         return;
     const QString previous = m_file + QStringLiteral(".previous");
     QFile source(m_file);
-    QSaveFile copy(previous);
-    const bool kept = source.open(QIODevice::ReadOnly) && copy.open(QIODevice::WriteOnly) &&
-                      copy.write(source.readAll()) == source.size() && copy.commit();
+    const QByteArray text = source.open(QIODevice::ReadOnly) ? source.readAll() : QByteArray();
+    const QString failure = QStringLiteral("the former saved state cannot be kept");
+    const Status kept = source.error() == QFileDevice::NoError
+                            ? writeWhole(previous, text, failure)
+                            : Error{m_file, {}, {}, failure, QStringLiteral("check the rights of the file")};
+    m_previousKept = kept.ok();
     if (!kept)
-        m_notices += Error{previous,
-                           {},
-                           {},
-                           QStringLiteral("the former saved state cannot be kept"),
-                           QStringLiteral("check the rights and the space of the folder")}
-                         .sentence();
+        m_notices += kept.error().sentence();
 }
 
 Status SettingsStorage::save() const
 {
-    const QByteArray text = QJsonDocument(m_values).toJson();
-    QSaveFile file(m_file);
-    if (QDir().mkpath(QFileInfo(m_file).path()) && file.open(QIODevice::WriteOnly) && file.write(text) == text.size() &&
-        file.commit())
-        return {};
-    return Error{m_file,
-                 {},
-                 {},
-                 QStringLiteral("the packages cannot be saved (%1)").arg(file.errorString()),
-                 QStringLiteral("check the rights and the space of the folder")};
+    QDir().mkpath(QFileInfo(m_file).path());
+    return writeWhole(m_file, QJsonDocument(m_values).toJson(), QStringLiteral("the packages cannot be saved"));
 }
 
 } // namespace desk::services

@@ -28,7 +28,7 @@ public:
     void reserved1() override;
     boost::optional<QJsonArray> get(const char* key) override;
     void reserved3() override;
-    /// A failure to write becomes a notice; the value then lives for this run only.
+    /// A failure to write becomes a notice; the value then lives for this run only, unless a later call can write it.
     void set(const char* key, const QJsonArray& value) override;
 
     /// Entries of this key that are not to be lost though the next set() does not know of them: it stores them behind
@@ -51,6 +51,8 @@ private:
     QHash<QString, QJsonArray> m_kept;
     QStringList m_notices;
     bool m_previousKept = false;
+    /// The file holds the values.
+    bool m_isWritten = true;
 };
 
 } // namespace desk::services

@@ -1,12 +1,13 @@
 #include "desk/services/TranscriptSettings.h"
 
+#include "desk/base/WholeFile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 namespace desk::services
 {
@@ -92,16 +93,8 @@ Status TranscriptSettings::save(const QString& file) const
     }
     if (!chosen.isEmpty())
         json[tracksKey] = chosen;
-    const QByteArray text = QJsonDocument(json).toJson();
     QDir().mkpath(QFileInfo(file).path());
-    QSaveFile target(file);
-    if (target.open(QIODevice::WriteOnly) && target.write(text) == text.size() && target.commit())
-        return {};
-    return Error{file,
-                 {},
-                 {},
-                 QStringLiteral("the transcript settings cannot be kept (%1)").arg(target.errorString()),
-                 QStringLiteral("check the rights and the space of the folder")};
+    return writeWhole(file, QJsonDocument(json).toJson(), QStringLiteral("the transcript settings cannot be kept"));
 }
 
 } // namespace desk::services

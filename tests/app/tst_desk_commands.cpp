@@ -238,6 +238,21 @@ private slots:
         QCOMPARE(run({"list", "--json"}).output, before);
     }
 
+    void aFullDiskLeavesWhatWasSaved()
+    {
+        done({"bin", m_clip});
+        const QString file = path(QStringLiteral("profile/bin.json"));
+        const QByteArray before = support::fileBytes(file);
+        const QString second = path(QStringLiteral("second.mov"));
+        QVERIFY(QFile::copy(m_clip, second));
+        // No file may become larger than 512 bytes: the lock fits, the bin does not.
+        const QStringList full{"sh", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$@\"", "sh"};
+        const auto added = support::desk({"bin", second, "--profile", path(QStringLiteral("profile"))}, full);
+        QCOMPARE(added.exitCode, 1);
+        QVERIFY2(added.errors.contains(file + QLatin1String(": the bin cannot be saved")), qPrintable(added.errors));
+        QCOMPARE(support::fileBytes(file), before);
+    }
+
     void aProfileInUseIsLeftAlone()
     {
         done({"new", "original", "Harbour"});

@@ -498,6 +498,22 @@ private slots:
         QVERIFY(saved.open(QIODevice::ReadOnly) && !saved.readAll().contains("Harbour"));
     }
 
+    void workThatCannotBeSavedIsNotLetGoInSilence()
+    {
+        delivery(QStringLiteral("Unsaved"));
+        const QString file = profile() + QStringLiteral("/packages.json");
+        QVERIFY(!QFile::exists(file) || QFile::remove(file));
+        QVERIFY(QDir().mkpath(file));
+        {
+            Choice stay(QStringLiteral("Do Not Quit"));
+            QVERIFY(!m_window->close());
+            QVERIFY2(stay.text.contains(file), qPrintable(stay.text));
+        }
+        QVERIFY(QDir().rmdir(file));
+        QVERIFY(m_window->close());
+        QVERIFY(support::fileBytes(file).contains("\"Unsaved\""));
+    }
+
     void soundIsMappedUnlessTheUserTurnsItOff()
     {
         const char variable[] = "TGL_Stratacut_IMFMultipleAudioMix";

@@ -80,12 +80,17 @@ private slots:
         QCOMPARE(support::fileBytes(file() + QStringLiteral(".previous")), before);
     }
 
-    void aFolderThatCannotBeWrittenIsToldAndTheValueKept()
+    void whatCouldNotBeWrittenIsToldAndWrittenLater()
     {
-        SettingsStorage storage(QStringLiteral("/proc/none/packages.json"));
+        support::writeFile(m_folder.filePath(QStringLiteral("profile")), "in the way");
+        const QString wanted = m_folder.filePath(QStringLiteral("profile/packages.json"));
+        SettingsStorage storage(wanted);
         storage.set("KEY", {1});
         QCOMPARE(*storage.get("KEY"), QJsonArray{1});
-        QVERIFY(storage.takeNotices().join(QString()).contains(QStringLiteral("/proc/none/packages.json")));
+        QVERIFY(storage.takeNotices().join(QString()).contains(wanted));
+        QVERIFY(QFile::remove(m_folder.filePath(QStringLiteral("profile"))));
+        storage.set("KEY", {1});
+        QCOMPARE(*SettingsStorage(wanted).get("KEY"), QJsonArray{1});
     }
 };
 

@@ -230,6 +230,15 @@ bool DeskWindow::mayLoseDeliveries()
     return ask(this, text, {{"Quit", QMessageBox::DestructiveRole}, {"Do Not Quit", QMessageBox::RejectRole}}) == 0;
 }
 
+bool DeskWindow::mayLoseWork()
+{
+    const Status kept = save();
+    if (kept)
+        return true;
+    const QString text = kept.error().what + QStringLiteral("\n\nQuit and lose what could not be saved?");
+    return ask(this, text, {{"Quit", QMessageBox::DestructiveRole}, {"Do Not Quit", QMessageBox::RejectRole}}) == 0;
+}
+
 void DeskWindow::transcribeAgain()
 {
     const QVector<services::BinItem> clips = selectedClips(speech::ClipState::Stage::Done);

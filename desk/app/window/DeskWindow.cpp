@@ -317,34 +317,33 @@ void DeskWindow::saveWhenDue()
     if (!m_hasNewWork && media::Playing::isGoingOn())
         scheduleLook();
     else
-        save();
+        static_cast<void>(save());
 }
 
-void DeskWindow::save()
+Status DeskWindow::save()
 {
     m_saveTimer.stop();
     m_hasNewWork = false;
-    const Status packages = m_host->save();
+    Status work = m_host->save();
     const Status window = look().save(m_host->profile().windowFile());
-    for (const Status* status : {&packages, &window}) {
-        if (!*status)
-            statusBar()->showMessage(status->error().sentence());
-    }
-    emit saved();
+    if (!window)
+        statusBar()->showMessage(window.error().sentence());
+    if (work)
+        emit saved();
+    else
+        statusBar()->showMessage(work.error().what);
+    return work;
 }
 
 void DeskWindow::closeEvent(QCloseEvent* event)
 {
-    if (!mayClose())
+    if (!mayCloseWithJobs())
         return event->ignore();
+    // Whoever stays now is not to be sent away by the end of a later export.
     m_quitWhenIdle = false;
-    save();
+    if (!mayLoseDeliveries() || !mayLoseWork())
+        return event->ignore();
     event->accept();
-}
-
-bool DeskWindow::mayClose()
-{
-    return mayCloseWithJobs() && mayLoseDeliveries();
 }
 
 void DeskWindow::closeWhenIdle()

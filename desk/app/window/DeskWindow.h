@@ -152,10 +152,12 @@ private:
     void scheduleSave();
     void scheduleLook();
     void saveWhenDue();
-    void save();
-    bool mayClose();
+    /// Whether the work could be kept, which the status bar tells, too.
+    Status save();
     bool mayCloseWithJobs();
     bool mayLoseDeliveries();
+    /// Keeps it, and asks where that fails.
+    bool mayLoseWork();
     void closeWhenIdle();
 
     Host* m_host;

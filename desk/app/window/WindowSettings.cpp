@@ -1,10 +1,11 @@
 #include "desk/app/window/WindowSettings.h"
 
+#include "desk/base/WholeFile.h"
+
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 namespace desk::app
 {
@@ -77,15 +78,7 @@ Status WindowSettings::save(const QString& file) const
                            {key::work, work == Work::Transcript ? transcript : packages},
                            {key::splitters, states},
                            {key::dialogs, sizes}};
-    const QByteArray text = QJsonDocument(json).toJson();
-    QSaveFile target(file);
-    if (target.open(QIODevice::WriteOnly) && target.write(text) == text.size() && target.commit())
-        return {};
-    return Error{file,
-                 {},
-                 {},
-                 QStringLiteral("the window's look cannot be kept (%1)").arg(target.errorString()),
-                 QStringLiteral("check the rights and the space of the folder")};
+    return writeWhole(file, QJsonDocument(json).toJson(), QStringLiteral("the window's look cannot be kept"));
 }
 
 } // namespace desk::app

@@ -1,8 +1,7 @@
 #include "desk/speech/formats/Export.h"
 
+#include "desk/base/WholeFile.h"
 #include "desk/speech/formats/Writers.h"
-
-#include <QSaveFile>
 
 #include <algorithm>
 
@@ -74,12 +73,9 @@ QString exportNote(const Transcript& transcript, ExportFormat format, const Expo
 Status exportTranscriptFile(const QString& path, const Transcript& transcript, ExportFormat format,
                             const ExportSettings& settings)
 {
-    QSaveFile file(path);
-    const QByteArray bytes = exportTranscript(transcript, format, settings);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
-        return {};
-    return Error{path, QString(), QString(), QStringLiteral("the file cannot be written (%1)").arg(file.errorString()),
-                 QStringLiteral("check the folder's permissions and the free space, then export again")};
+    return writeWhole(path, exportTranscript(transcript, format, settings),
+                      QStringLiteral("the file cannot be written"),
+                      QStringLiteral("check the folder's permissions and the free space, then export again"));
 }
 
 } // namespace desk::speech
