@@ -7,7 +7,6 @@
 
 #include <QElapsedTimer>
 #include <QLockFile>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <csignal>
@@ -283,9 +282,7 @@ private slots:
 
     void aKilledExportLeavesAWholeDeliveryOrNone()
     {
-        const quint32 seed = QRandomGenerator::global()->generate();
-        qInfo("seed %u", seed);
-        QRandomGenerator random(seed);
+        QRandomGenerator random(support::seed());
         const int rounds = qEnvironmentVariableIsSet("STRATACUT_SOAK") ? 1000 : 36;
         Clip tiny;
         tiny.frames = 1;

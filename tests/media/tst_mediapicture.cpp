@@ -300,9 +300,7 @@ private:
     void readAll(const Sequence& sequence, PictureReaderOptions options, int firstNumber)
     {
         auto reader = support::valueOf(PictureReader::open(sequence, small, options));
-        const unsigned seed = QRandomGenerator::global()->generate();
-        qInfo("seed %u", seed);
-        QRandomGenerator random(seed);
+        QRandomGenerator random(support::seed());
         std::vector<int> order;
         for (int n = 0; n < sequence.frames; ++n)
             order.push_back(n);

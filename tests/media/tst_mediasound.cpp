@@ -45,9 +45,7 @@ private slots:
                 .arg(file)));
         const auto sequence = support::valueOf(openSequence(m_maker.path(file)));
         auto reader = support::valueOf(SoundReader::open(sequence, {0}));
-        const unsigned seed = QRandomGenerator::global()->generate();
-        qInfo("seed %u", seed);
-        QRandomGenerator random(seed);
+        QRandomGenerator random(support::seed());
         for (qint64 n = 0; n < sequence.frames + 20; ++n) {
             const qint64 frame = n < sequence.frames ? n : random.bounded(int(sequence.frames));
             const qint64 first = firstSampleOfFrame(frame, sequence.frameRate, soundRate);

@@ -24,9 +24,7 @@ private slots:
 
     void everyWalkThroughTheChoicesStaysConsistent()
     {
-        const quint32 seed = QRandomGenerator::global()->generate();
-        qInfo("seed %u", seed);
-        QRandomGenerator random(seed);
+        QRandomGenerator random(support::seed());
         FormatBuilder builder{OutputFormat()};
         for (int step = 0; step < 3000; ++step) {
             const QString key = builder.keys().at(random.bounded(builder.keys().size()));

@@ -140,9 +140,7 @@ private slots:
 
     void whateverTimesComeWordsEndInOrder()
     {
-        const unsigned seed = QRandomGenerator::global()->generate();
-        qInfo("seed %u", seed);
-        QRandomGenerator random(seed);
+        QRandomGenerator random(support::seed());
         for (int round = 0; round < 2000; ++round) {
             QVector<Word> words;
             for (int i = random.bounded(20); i > 0; --i)
@@ -246,9 +244,7 @@ private slots:
 
     void damagedFilesNeverDoHarm()
     {
-        const unsigned seed = QRandomGenerator::global()->generate();
-        qInfo("seed %u", seed);
-        QRandomGenerator random(seed);
+        QRandomGenerator random(support::seed());
         for (int round = 0; round < 3000; ++round) {
             QByteArray bytes = QList<QByteArray>{goodSrt, goodVtt, goodWhisper, goodOwn}[round % 4];
             for (int i = random.bounded(1, 6); i > 0; --i) {
@@ -267,9 +263,7 @@ private slots:
 
     void captionsKeepTheLimitsAndEveryWord()
     {
-        const unsigned seed = QRandomGenerator::global()->generate();
-        qInfo("seed %u", seed);
-        QRandomGenerator random(seed);
+        QRandomGenerator random(support::seed());
         const QVector<Rational> rates{{24000, 1001}, {24, 1}, {25, 1}, {30000, 1001}, {60, 1}};
         for (int round = 0; round < 300; ++round) {
             const Transcript transcript = texts::randomTranscript(random);

@@ -238,9 +238,7 @@ private slots:
     void anyChangedByteIsFound()
     {
         const bool isSoak = qEnvironmentVariableIsSet("STRATACUT_SOAK");
-        const quint32 seed = QRandomGenerator::global()->generate();
-        qInfo("seed %u", seed);
-        QRandomGenerator random(seed);
+        QRandomGenerator random(support::seed());
         const QString folder = freshCopy();
         const auto good = deliveries::contents(folder);
         for (auto file = good.cbegin(); file != good.cend(); ++file) {
