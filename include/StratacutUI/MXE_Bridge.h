@@ -69,9 +69,8 @@ public:
     /// @param token out: text of the host's own, UTF-8; empty for an unknown identifier.
     virtual void sequenceToken(std::string& token, const QString& mobId) = 0;
     /// Slot 8. The sequence's frame rate, in the spelling of the target-format builder's choices for "Frame Rate".
-    /// @param frameRate out: frames a second, UTF-8; "Unknown" where the output offers no such rate or the identifier
-    /// is
-    ///        unknown.
+    /// @param frameRate out: frames a second, UTF-8; "Unknown" where the output offers no such rate or there is no such
+    ///        sequence.
     virtual void sequenceFrameRate(std::string& frameRate, const QString& mobId) = 0;
     /// Slot 9. Whether the identifier denotes a sequence that exists at present.
     virtual bool isSequence(const QString& mobId) = 0;

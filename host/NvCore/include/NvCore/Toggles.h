@@ -10,9 +10,8 @@
 ///  1. a value set by the host in this process (TGL_SetToggle);
 ///  2. the environment variable of the path: "TGL" and the path, every character but letters and digits replaced by an
 ///     underscore, as in TGL_Stratacut_IMFMultipleAudioMix;
-///  3. the toggle file (TGL_ToggleFile): UTF-8, a line for each toggle, `path = value`, lines that start with #
-///  ignored;
-///     a later line wins;
+///  3. the toggle file (TGL_ToggleFile): UTF-8, a line for each toggle, `path = value`; lines that start with # are
+///     ignored, and a later line wins;
 ///  4. the host's own default (TGL_SetDefault);
 ///  5. the default below; a path that is not listed is off.
 ///
