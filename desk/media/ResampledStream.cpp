@@ -45,7 +45,7 @@ Status ResampledStream::read(qint64 first, qint64 count, const Planes<std::int32
 qint64 ResampledStream::held(qint64 first, qint64 count) const
 {
     const qint64 held = m_stream.held().within(floorDiv(first * m_in, m_out), floorDiv((first + count) * m_in, m_out));
-    return std::min(count, held * m_out / m_in + (m_in == m_out ? 0 : 1));
+    return std::min(count, held * m_out / m_in + (m_in == m_out || held == 0 ? 0 : 1));
 }
 
 Status ResampledStream::restart(qint64 first)

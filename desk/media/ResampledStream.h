@@ -15,7 +15,10 @@ class ResampledStream
 {
 public:
     /// As SoundStream has it.
-    ResampledStream(const QString& path, int stream, double zero) : m_stream(path, stream, zero) {}
+    ResampledStream(std::shared_ptr<SoundPackets> packets, int stream, double zero)
+        : m_stream(std::move(packets), stream, zero)
+    {
+    }
 
     Status open();
     /// As SoundStream has it.

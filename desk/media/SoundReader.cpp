@@ -46,7 +46,10 @@ private:
 class FileSound : public SoundSource
 {
 public:
-    FileSound(const QString& path, int stream, double zero) : m_stream(path, stream, zero) {}
+    FileSound(std::shared_ptr<SoundPackets> packets, int stream, double zero)
+        : m_stream(std::move(packets), stream, zero)
+    {
+    }
 
     Status open() override { return m_stream.open(); }
 
@@ -141,13 +144,15 @@ Status TimelineSound::read(const Stretch& stretch, SoundBlock& block)
     return {};
 }
 
-std::unique_ptr<SoundSource> sourceFor(const Sequence& sequence, int stream)
+/// `packets` are those of the sequence's file.
+std::unique_ptr<SoundSource> sourceFor(const Sequence& sequence, int stream,
+                                       const std::shared_ptr<SoundPackets>& packets)
 {
     if (sequence.edits)
         return std::make_unique<TimelineSound>(sequence.edits->sound[std::size_t(stream)]);
     const PictureIndex* index = sequence.index.get();
     const double zero = index != nullptr ? double(index->first) * av_q2d(index->timeBase) : 0.0;
-    return std::make_unique<FileSound>(sequence.path, stream, zero);
+    return std::make_unique<FileSound>(packets, stream, zero);
 }
 
 } // namespace
@@ -174,6 +179,7 @@ Result<std::unique_ptr<SoundReader>> SoundReader::open(const Sequence& sequence,
     d->path = sequence.path;
     d->tracks = tracks.size();
     d->edits = sequence.edits;
+    const auto packets = std::make_shared<SoundPackets>(sequence.path);
     for (int place = 0; place < tracks.size(); ++place) {
         if (tracks[place] < 0 || tracks[place] >= sequence.audio.size())
             return Error{sequence.path,
@@ -184,7 +190,7 @@ Result<std::unique_ptr<SoundReader>> SoundReader::open(const Sequence& sequence,
         const AudioTrackInfo& track = sequence.audio[tracks[place]];
         auto& source = d->sources[track.stream];
         if (!source) {
-            source = sourceFor(sequence, track.stream);
+            source = sourceFor(sequence, track.stream, packets);
             if (const Status status = source->open(); !status)
                 return status.error();
         }
@@ -213,11 +219,15 @@ Status SoundReader::read(qint64 first, qint64 count, SoundBlock& block)
         track.resize(std::size_t(count));
     block.padded.assign(std::size_t(d->tracks), 0);
     block.mayExceed = false;
-    for (const auto& source : d->sources) {
-        if (const Status status = source.second->read({first, count}, block); !status) {
-            Error error = status.error();
-            error.file = error.file.isEmpty() ? d->path : error.file;
-            return error;
+    // In portions, since what is met of one stream on the way through another's is kept in memory.
+    for (qint64 done = 0; done < count; done += soundPortion) {
+        const Stretch stretch{first + done, std::min(soundPortion, count - done), done};
+        for (const auto& source : d->sources) {
+            if (const Status status = source.second->read(stretch, block); !status) {
+                Error error = status.error();
+                error.file = error.file.isEmpty() ? d->path : error.file;
+                return error;
+            }
         }
     }
     return {};

@@ -185,8 +185,8 @@ qint64 Stretches::within(qint64 from, qint64 to) const
     return sum;
 }
 
-SoundStream::SoundStream(QString path, int stream, double zero)
-    : m_path(std::move(path)),
+SoundStream::SoundStream(std::shared_ptr<SoundPackets> packets, int stream, double zero)
+    : m_packets(std::move(packets)),
       m_stream(stream),
       m_zero(zero),
       m_frame(av_frame_alloc()),
@@ -197,35 +197,36 @@ SoundStream::SoundStream(QString path, int stream, double zero)
 
 Status SoundStream::open()
 {
-    Result<FormatPtr> file = openMediaFile(m_path);
-    if (!file)
-        return file.error();
-    if (unsigned(m_stream) >= (*file)->nb_streams)
-        return Error{m_path,
-                     QStringLiteral("sound"),
-                     {},
-                     QStringLiteral("the file has changed"),
-                     QStringLiteral("open it again")};
-    keepOnlyStream(**file, m_stream);
-    Result<CodecPtr> codec = openDecoder(**file, m_stream, {0, 1});
+    Status status = m_packets->pass() > 0 ? Status() : m_packets->start();
+    if (status)
+        status = m_packets->want(m_stream);
+    return status ? openCodec() : status;
+}
+
+/// The stream from the start of a pass that begins at the file's start.
+Status SoundStream::openCodec()
+{
+    const AVStream& stream = *m_packets->file().streams[m_stream];
+    const AVCodecParameters& par = *stream.codecpar;
+    const auto refuse = [this](const QString& what, const QString& next) {
+        return Error{m_packets->path(), QStringLiteral("sound, stream %1").arg(m_stream), {}, what, next};
+    };
+    if (m_channels > 0 && (par.ch_layout.nb_channels != m_channels || par.sample_rate != m_rate))
+        return refuse(QStringLiteral("the file has changed"), QStringLiteral("open it again"));
+    Result<CodecPtr> codec = openDecoder(m_packets->file(), m_stream, {0, 1});
     if (!codec)
         return codec.error();
-    // Only now: what was open before stays so where the file is another by now.
-    m_file = std::move(*file);
     m_codec = std::move(*codec);
-    const AVStream& stream = *m_file->streams[m_stream];
-    const AVCodecParameters& par = *stream.codecpar;
     m_channels = par.ch_layout.nb_channels;
     m_rate = par.sample_rate;
     if (m_channels <= 0 || m_rate <= 0)
-        return Error{m_path,
-                     QStringLiteral("sound, stream %1").arg(m_stream),
-                     {},
-                     QStringLiteral("the file does not tell its channels and its rate"),
-                     QStringLiteral("convert the sound to 48 kHz PCM")};
+        return refuse(QStringLiteral("the file does not tell its channels and its rate"),
+                      QStringLiteral("convert the sound to 48 kHz PCM"));
+    m_tick = stream.time_base;
     m_pcm = av_get_exact_bits_per_sample(par.codec_id) > 0;
-    m_exactTimes = namesSamples(*m_file->iformat, stream.time_base, m_rate, m_pcm);
+    m_exactTimes = namesSamples(*m_packets->file().iformat, m_tick, m_rate, m_pcm);
     m_packetFormat = formatInPacket(par.codec_id);
+    m_pass = m_packets->pass();
     m_draining = m_ended = false;
     m_unplaced = true;
     m_barrier = std::numeric_limits<qint64>::min();
@@ -235,25 +236,54 @@ Status SoundStream::open()
 
 qint64 SoundStream::positionOf(const AVFrame& frame) const
 {
-    const AVRational tick = m_file->streams[m_stream]->time_base;
-    const qint64 time = av_rescale_q(frame.pts, tick, {1, m_rate});
-    return time - qint64(std::llround(m_zero * m_rate));
+    return av_rescale_q(frame.pts, m_tick, {1, m_rate}) - qint64(std::llround(m_zero * m_rate));
 }
 
 Status SoundStream::seek(qint64 first)
 {
     // Codecs that look back are given half a second to settle.
     const qint64 from = first - m_rate / 2;
-    const AVRational tick = m_file->streams[m_stream]->time_base;
-    const qint64 time = av_rescale_q(from, {1, m_rate}, tick) + qint64(std::llround(m_zero / av_q2d(tick)));
-    if (!m_exactTimes || from <= 0 || av_seek_frame(m_file.get(), m_stream, time, AVSEEK_FLAG_BACKWARD) < 0)
-        return open();
+    const qint64 time = av_rescale_q(from, {1, m_rate}, m_tick) + qint64(std::llround(m_zero / av_q2d(m_tick)));
+    if (m_exactTimes && from > 0 && m_packets->startAt(m_stream, time))
+        return findPlace(first) ? Status() : startAlone();
+    const Status status = m_packets->start();
+    return status ? openCodec() : status;
+}
+
+/// In a pass that does not begin at the file's start.
+bool SoundStream::findPlace(qint64 first)
+{
     avcodec_flush_buffers(m_codec.get());
+    m_pass = m_packets->pass();
     m_draining = m_ended = false;
     m_unplaced = true;
     m_barrier = first - m_rate / 4;
     const Result<Step> step = decodeNext();
-    return step && *step == Step::Decoded && m_begin <= m_barrier ? Status() : open();
+    return step && *step == Step::Decoded && m_begin <= m_barrier;
+}
+
+/// From the file's start, without the others.
+Status SoundStream::startAlone()
+{
+    auto alone = std::make_shared<SoundPackets>(m_packets->path());
+    Status status = alone->start();
+    status = status ? alone->want(m_stream) : status;
+    if (!status)
+        return status;
+    m_packets->leave(m_stream);
+    m_packets = std::move(alone);
+    return openCodec();
+}
+
+/// In the pass that another stream has begun.
+Status SoundStream::follow(qint64 first)
+{
+    if (m_packets->isFromStart())
+        return openCodec();
+    if (m_exactTimes && findPlace(first))
+        return {};
+    const Status status = startAlone();
+    return status ? reach(first) : status;
 }
 
 /// Frames follow each other without a break. The time of a frame only counts where it clearly differs: a jump.
@@ -307,14 +337,15 @@ Result<SoundStream::Step> SoundStream::decodeNext()
         }
         if (got != AVERROR(EAGAIN) || m_draining)
             return Step::End;
-        do {
-            av_packet_unref(m_packet.get());
-            m_draining = av_read_frame(m_file.get(), m_packet.get()) < 0;
-        } while (!m_draining && m_packet->stream_index != m_stream);
+        const SoundPackets::Dealt dealt = m_packets->next(m_stream, *m_packet);
+        if (dealt == SoundPackets::Dealt::Apart)
+            return Step::Apart;
+        m_draining = dealt == SoundPackets::Dealt::End;
         // A disk that fails looks like the end of the file.
-        const int broken = m_file->pb != nullptr ? m_file->pb->error : 0;
+        const AVIOContext* io = m_packets->file().pb;
+        const int broken = io != nullptr ? io->error : 0;
         if (m_draining && broken < 0 && broken != AVERROR_EOF)
-            return Error{m_path,
+            return Error{m_packets->path(),
                          QStringLiteral("sound, stream %1").arg(m_stream),
                          {},
                          QStringLiteral("the file cannot be read any further (%1)").arg(ffText(broken)),
@@ -326,7 +357,7 @@ Result<SoundStream::Step> SoundStream::decodeNext()
         const int sent = avcodec_send_packet(m_codec.get(), m_draining ? nullptr : m_packet.get());
         if (sent < 0 && !m_unplaced && end() > m_barrier) {
             const double seconds = double(end()) / m_rate;
-            return Error{m_path, QStringLiteral("sound, stream %1").arg(m_stream),
+            return Error{m_packets->path(), QStringLiteral("sound, stream %1").arg(m_stream),
                          QStringLiteral("%1 s").arg(seconds, 0, 'f', 3),
                          QStringLiteral("the sound cannot be decoded (%1)").arg(ffText(sent)),
                          QStringLiteral("copy or render the file again")};
@@ -337,6 +368,8 @@ Result<SoundStream::Step> SoundStream::decodeNext()
 /// Sees to it that decoding goes on at or before `first`.
 Status SoundStream::reach(qint64 first)
 {
+    if (m_pass != m_packets->pass())
+        return follow(first);
     const bool passed = !m_unplaced && first < m_silentFrom;
     const bool far = m_exactTimes && !m_ended && first - (m_unplaced ? 0 : end()) > 2 * qint64(m_rate);
     return passed || far ? seek(first) : Status();
@@ -376,8 +409,13 @@ Status SoundStream::read(qint64 first, qint64 count, const Planes<Value>& out)
         if (!step)
             return step.error();
         m_ended = *step == Step::End;
-        if (!m_ended)
-            done = copyOut(first, done, count, out);
+        if (*step == Step::Apart) {
+            Status status = startAlone();
+            status = status ? reach(done) : status;
+            if (!status)
+                return status;
+        }
+        done = copyOut(first, done, count, out);
     }
     beSilent(done - first, count, out);
     return {};

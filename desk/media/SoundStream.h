@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desk/media/MediaFile.h"
+#include "desk/media/SoundPackets.h"
 
 #include <algorithm>
 #include <cmath>
@@ -42,8 +42,9 @@ inline std::int32_t toSample(float value)
 class SoundStream
 {
 public:
-    /// `zero` is the sequence's time 0 on the file's clock, in seconds.
-    SoundStream(QString path, int stream, double zero);
+    /// `zero` is the sequence's time 0 on the file's clock, in seconds. Streams that are read together share `packets`
+    /// and are all open before the first one is read.
+    SoundStream(std::shared_ptr<SoundPackets> packets, int stream, double zero);
 
     Status open();
 
@@ -64,10 +65,14 @@ public:
     const Stretches& held() const { return m_held; }
 
 private:
-    enum class Step { Decoded, End };
+    enum class Step { Decoded, End, Apart };
 
+    Status openCodec();
     Status reach(qint64 first);
+    Status follow(qint64 first);
     Status seek(qint64 first);
+    bool findPlace(qint64 first);
+    Status startAlone();
     Result<Step> decodeNext();
     bool takePacket();
     void keep();
@@ -77,10 +82,12 @@ private:
 
     qint64 end() const { return m_begin + m_kept; }
 
-    QString m_path;
+    std::shared_ptr<SoundPackets> m_packets;
+    /// The one that is read in.
+    int m_pass = 0;
     int m_stream;
     double m_zero;
-    FormatPtr m_file;
+    AVRational m_tick{1, 1};
     CodecPtr m_codec;
     /// The frame decoded last; it is what is buffered. Beside it the one that is decoded next.
     FramePtr m_frame;

@@ -1,5 +1,6 @@
 #include "desk/media/PictureReader.h"
 #include "desk/media/SoundReader.h"
+#include "desk/media/SoundStream.h"
 #include "media/MediaMaker.h"
 #include "support/Rows.h"
 #include "support/TestMain.h"
@@ -88,6 +89,64 @@ private slots:
         for (int i = 0; i < order.size(); ++i) {
             const auto from = channels[order[i]].begin() + 12345;
             QVERIFY(block.tracks[std::size_t(i)] == std::vector<std::int32_t>(from, from + 30000));
+        }
+    }
+
+    void streamsThatAreReadTogetherKeepTheirSamples_data()
+    {
+        const support::Rows<QString, qint64> row;
+        const QString mov = QStringLiteral("-c:a pcm_s24le @together.mov");
+        row("MOV", mov, SoundPackets::plenty);
+        row("MOV, no memory for others' packets", mov, 1);
+        row("MOV, fragments of each stream",
+            "-c:a pcm_s24le -movflags empty_moov+delay_moov+separate_moof -frag_duration 700000 @fragments.mov",
+            SoundPackets::plenty);
+        row("Matroska", "-c:a flac @together.mkv", SoundPackets::plenty);
+        row("Matroska, no memory for others' packets", "-c:a flac @together.mkv", 1);
+    }
+
+    /// Two that last, one that ends early and one that begins late: from the start, then in jumps of all lengths.
+    void streamsThatAreReadTogetherKeepTheirSamples()
+    {
+        const auto [made, memory] = support::fetched<QString, qint64>();
+        constexpr qint64 end = 48000 * 8;
+        const qint64 lengths[] = {end, 100000, end, end};
+        const qint64 delays[] = {0, 0, 0, 72000};
+        std::vector<std::vector<std::int32_t>> samples;
+        QString inputs = QStringLiteral("-f lavfi -i color=s=160x96:r=25:d=8");
+        QString maps = QStringLiteral(" -map 0:v");
+        for (unsigned i = 0; i < 4; ++i) {
+            samples.emplace_back(end + 48000, 0);
+            const auto written = noise(std::size_t(lengths[i] - delays[i]), 24, 40 + i);
+            std::copy(written.begin(), written.end(), samples[i].begin() + std::ptrdiff_t(delays[i]));
+            const QString name = QStringLiteral("together%1.wav").arg(i);
+            m_maker.writeWav(name, written, 24);
+            inputs += QStringLiteral(" -itsoffset %1 -i @%2").arg(double(delays[i]) / 48000).arg(name);
+            maps += QStringLiteral(" -map %1:a").arg(i + 1);
+        }
+        QVERIFY(m_maker.ffmpeg(inputs + maps + QStringLiteral(" -c:v mpeg2video -sample_fmt s32 ") + made));
+        const QString path = m_maker.path(made.section('@', -1));
+        const auto packets = std::make_shared<SoundPackets>(path, memory);
+        std::vector<std::unique_ptr<SoundStream>> streams;
+        for (int i = 0; i < 4; ++i) {
+            streams.push_back(std::make_unique<SoundStream>(packets, i + 1, 0.0));
+            QVERIFY(streams.back()->open());
+        }
+        const unsigned seed = QRandomGenerator::global()->generate();
+        qInfo("seed %u", seed);
+        QRandomGenerator random(seed);
+        qint64 at = 0;
+        for (int round = 0; round < 120; ++round) {
+            const qint64 count = random.bounded(12000);
+            for (std::size_t i = 0; i < 4; ++i) {
+                std::vector<std::int32_t> read(std::size_t(count), 1);
+                const Status status = streams[i]->read(at, count, Planes<std::int32_t>{read.data()});
+                QVERIFY2(status, status ? "" : qPrintable(status.error().sentence()));
+                const auto from = samples[i].begin() + std::ptrdiff_t(at);
+                QVERIFY2(std::equal(read.begin(), read.end(), from), qPrintable(QString("%1 at %2").arg(i).arg(at)));
+            }
+            at = round < 40 || random.bounded(3) > 0 ? at + count : random.bounded(int(end));
+            at = at < end ? at : random.bounded(int(end));
         }
     }
 
