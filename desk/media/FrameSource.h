@@ -3,6 +3,8 @@
 #include "desk/media/EditList.h"
 #include "desk/media/PictureDecoder.h"
 
+#include <list>
+
 namespace desk::media
 {
 
@@ -26,12 +28,42 @@ public:
     /// `number` is at least 0; frames past the last cut are black.
     Result<SourceFrame> frame(qint64 number);
 
+    /// A step towards a frame.
+    struct Step {
+        /// Frames that are left to be decoded; 0 where it is up to frame().
+        qint64 left = 0;
+        /// The one decoded last.
+        SourceFrame reached;
+    };
+
+    /// Decodes one picture on the way to frame `number`, for frame() to go on from there.
+    Result<Step> approach(qint64 number);
+
+    /// Decodes one picture on the way to the first frame of a cut that comes soon after `number`, so that it is there
+    /// when it is asked for. False when there is nothing left to do.
+    bool prepare(qint64 number);
+
 private:
-    Result<PictureDecoder*> decoderOf(const Cut& cut);
+    static constexpr qint64 nowhere = -1;
+
+    struct Open {
+        std::shared_ptr<const Sequence> media;
+        std::unique_ptr<PictureDecoder> decoder;
+        /// The start of the cut that it is made ready for.
+        qint64 heading = nowhere;
+        bool isReady = false;
+    };
+
+    using Opened = std::list<Open>;
+
+    Result<PictureDecoder*> decoderOf(const Cut& cut, qint64 mediaFrame);
+    Result<std::unique_ptr<PictureDecoder>> opened(const Cut& cut) const;
+    Opened::iterator headFor(const Cut& cut);
 
     Cuts m_cuts;
     DecoderThreads m_threads;
-    RecentlyUsed<PictureDecoder> m_decoders;
+    /// The one that was asked last is in front.
+    Opened m_opened;
 };
 
 } // namespace desk::media

@@ -1,5 +1,7 @@
 #include "desk/media/PictureDecoder.h"
 
+#include <algorithm>
+
 namespace desk::media
 {
 
@@ -8,6 +10,8 @@ namespace
 
 /// Decoding this many frames on costs less than seeking.
 constexpr qint64 nearby = 24;
+/// Groups of pictures are no longer than this, or it is better to seek anyway.
+constexpr qint64 longestGroup = 300;
 
 } // namespace
 
@@ -53,7 +57,7 @@ Status PictureDecoder::open()
     m_intra = descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_INTRA_ONLY) != 0;
     m_number = -1;
     m_count = 0;
-    m_barrier = -1;
+    m_barrier = m_sought = -1;
     m_awaitKey = m_draining = false;
     m_fromStart = true;
     return {};
@@ -134,7 +138,7 @@ Status PictureDecoder::seek(qint64 time)
         return rewind();
     avcodec_flush_buffers(m_codec.get());
     m_number = -1;
-    m_barrier = -1;
+    m_barrier = m_sought = -1;
     m_awaitKey = true;
     m_draining = m_fromStart = false;
     return {};
@@ -152,23 +156,65 @@ Result<const AVFrame*> PictureDecoder::search(qint64 number)
     }
 }
 
-/// As search(), without decoding pictures on the way that no other refers to. Trusts what packets say of their times.
+/// Pictures on the way that no other refers to need not be decoded. Trusts what packets say of their times.
+void PictureDecoder::aimAt(qint64 number)
+{
+    if (m_index.access != PictureIndex::Access::ByTime)
+        return;
+    // The second field of the picture before may come as a packet of its own.
+    const qint64 time = m_index.timeOf(number);
+    m_wantedFrom = time - (time - m_index.timeOf(number - 1)) / 4;
+}
+
+/// As search(), by the shortest way.
 Result<const AVFrame*> PictureDecoder::hurry(qint64 number)
 {
-    if (m_index.access == PictureIndex::Access::ByTime) {
-        // The second field of the picture before may come as a packet of its own.
-        const qint64 time = m_index.timeOf(number);
-        m_wantedFrom = time - (time - m_index.timeOf(number - 1)) / 4;
-    }
+    aimAt(number);
     Result<const AVFrame*> found = search(number);
     m_wantedFrom = AV_NOPTS_VALUE;
     return found;
 }
 
+/// The index has no random access point between here and there, so that a seek would lead back.
+bool PictureDecoder::isGroupOf(qint64 number) const
+{
+    const QByteArray format = m_file->iformat->name;
+    if (m_number < 0 || number > m_number + longestGroup ||
+        !(format.startsWith("mov") || format.startsWith("matroska")))
+        return false;
+    AVStream* stream = m_file->streams[m_index.stream];
+    const AVIndexEntry* entry =
+        avformat_index_get_entry_from_timestamp(stream, m_index.timeOf(number), AVSEEK_FLAG_BACKWARD);
+    return entry != nullptr && m_index.numberOf(entry->timestamp) <= m_number;
+}
+
+bool PictureDecoder::leadsTo(qint64 number) const
+{
+    return m_number == number ||
+           (m_number < number && (number <= m_number + nearby || number == m_sought ||
+                                  m_index.access == PictureIndex::Access::ByCount || isGroupOf(number)));
+}
+
+Result<qint64> PictureDecoder::approach(qint64 number)
+{
+    if (m_number == number || m_index.access == PictureIndex::Access::ByCount)
+        return 0;
+    if (!leadsTo(number)) {
+        if (const Status status = seek(m_index.timeOf(number)); !status)
+            return status.error();
+        m_sought = number;
+    }
+    aimAt(number);
+    const Result<const AVFrame*> decoded = next();
+    m_wantedFrom = AV_NOPTS_VALUE;
+    if (!decoded)
+        return decoded.error();
+    return *decoded == nullptr ? 0 : std::max<qint64>(0, number - m_number);
+}
+
 Result<const AVFrame*> PictureDecoder::frame(qint64 number)
 {
-    const bool ahead = m_number < number && number <= m_number + nearby;
-    const bool going = m_number < number && (ahead || m_index.access == PictureIndex::Access::ByCount);
+    const bool going = m_number != number && leadsTo(number);
     if (m_number == number && m_frame->buf[0] != nullptr)
         return isWhole(*m_frame) ? Result<const AVFrame*>(m_frame.get())
                                  : failure(number, QStringLiteral("the frame is damaged"));

@@ -19,6 +19,16 @@ public:
     /// damaged.
     Result<const AVFrame*> frame(qint64 number);
 
+    /// Decodes one picture on the way to frame `number`, for frame() to go on from there. The frames that are left; 0
+    /// where it is up to frame().
+    Result<qint64> approach(qint64 number);
+
+    /// Whether going on to frame `number` costs less than seeking, as far as is known.
+    bool leadsTo(qint64 number) const;
+
+    /// The one decoded last; null before the first and after a seek.
+    const AVFrame* picture() const { return m_number >= 0 && m_frame->buf[0] != nullptr ? m_frame.get() : nullptr; }
+
     /// The next picture in order of presentation, null at the end of the file.
     Result<const AVFrame*> next();
 
@@ -32,6 +42,8 @@ public:
 
 private:
     Status seek(qint64 time);
+    void aimAt(qint64 number);
+    bool isGroupOf(qint64 number) const;
     Result<const AVFrame*> search(qint64 number);
     Result<const AVFrame*> hurry(qint64 number);
     bool feed();
@@ -52,6 +64,8 @@ private:
     qint64 m_count = 0;
     /// Pictures before this number may lack what they refer to: they are shown before the point where reading began.
     qint64 m_barrier = -1;
+    /// The frame that the last seek was for, -1 where it was for none or the reading began at the start.
+    qint64 m_sought = -1;
     /// Pictures shown before this time (ticks) are on the way to another one and need not be decoded.
     qint64 m_wantedFrom = AV_NOPTS_VALUE;
     /// Each packet is a picture that refers to no other.

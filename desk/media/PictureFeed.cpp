@@ -17,6 +17,9 @@ constexpr std::size_t enough = 3;
 constexpr std::size_t fewest = 4;
 constexpr std::size_t most = 24;
 constexpr std::size_t mostBytes = 96 << 20;
+/// Pictures stand in for a frame that is further than this, and as often as this many milliseconds.
+constexpr qint64 nearby = 24;
+constexpr qint64 standInInterval = 50;
 /// A group takes this much less time than it lasts, or becomes longer.
 constexpr double reserve = 1.5;
 
@@ -47,34 +50,39 @@ void PictureFeed::setBox(QSize box)
     m_order.box = box;
 }
 
-void PictureFeed::show(qint64 frame)
+void PictureFeed::ask(Order order)
 {
     {
         const std::lock_guard lock(m_mutex);
-        m_order = {Order::Kind::Show, true, frame, 1, m_order.box, m_order.number + 1};
+        order.box = m_order.box;
+        order.number = m_order.number + 1;
+        m_order = order;
         m_queue.clear();
-    }
-    m_wake.notify_all();
-}
-
-void PictureFeed::rest()
-{
-    const std::lock_guard lock(m_mutex);
-    m_order = {Order::Kind::Show, false, 0, 1, m_order.box, m_order.number + 1};
-    m_queue.clear();
-}
-
-void PictureFeed::run(qint64 frame, int step)
-{
-    {
-        const std::lock_guard lock(m_mutex);
-        m_order = {Order::Kind::Run, true, frame, step, m_order.box, m_order.number + 1};
-        m_queue.clear();
-        m_due = frame;
+        m_due = order.frame;
         m_dropped = 0;
         m_told = false;
     }
     m_wake.notify_all();
+}
+
+void PictureFeed::show(qint64 frame)
+{
+    ask({Order::Kind::Show, true, frame});
+}
+
+void PictureFeed::scrub(qint64 frame)
+{
+    ask({Order::Kind::Scrub, true, frame});
+}
+
+void PictureFeed::rest()
+{
+    ask({});
+}
+
+void PictureFeed::run(qint64 frame, int step)
+{
+    ask({Order::Kind::Run, true, frame, step});
 }
 
 bool PictureFeed::isPrimed() const
@@ -90,7 +98,7 @@ PreviewPtr PictureFeed::take(qint64 due)
         const std::lock_guard lock(m_mutex);
         const int direction = m_order.step < 0 ? -1 : 1;
         m_due = due;
-        const bool shows = m_order.kind == Order::Kind::Show;
+        const bool shows = m_order.kind != Order::Kind::Run;
         while (!m_queue.empty() && (shows || (m_queue.front()->frame - due) * direction <= 0)) {
             m_dropped += taken ? 1 : 0;
             taken = std::move(m_queue.front());
@@ -116,14 +124,14 @@ std::size_t PictureFeed::room() const
 
 bool PictureFeed::mayWork() const
 {
-    return m_order.open && (m_order.kind == Order::Kind::Show || m_queue.size() < std::min(room(), most));
+    return m_order.open && (m_order.kind != Order::Kind::Run || m_queue.size() < std::min(room(), most));
 }
 
 /// The next picture or group; what is left of the order stays behind.
 PictureFeed::Order PictureFeed::nextOrder()
 {
     Order next = m_order;
-    if (next.kind == Order::Kind::Show) {
+    if (next.kind != Order::Kind::Run) {
         m_order.open = false;
         return next;
     }
@@ -146,7 +154,7 @@ PictureFeed::Order PictureFeed::nextOrder()
 
 bool PictureFeed::isWanted(const Order& order) const
 {
-    const bool shows = order.kind == Order::Kind::Show && m_order.kind == Order::Kind::Show;
+    const bool shows = order.kind != Order::Kind::Run && m_order.kind != Order::Kind::Run;
     return shows || m_order.number == order.number;
 }
 
@@ -154,6 +162,16 @@ bool PictureFeed::isCurrent(const Order& order) const
 {
     const std::lock_guard lock(m_mutex);
     return m_order.number == order.number;
+}
+
+Status PictureFeed::open()
+{
+    if (m_opened)
+        return {};
+    Status status = checkUnchanged(m_sequence, QStringLiteral("picture"));
+    status = status ? m_source.open() : status;
+    m_opened = status.ok();
+    return status;
 }
 
 PreviewPtr PictureFeed::decode(qint64 frame, QSize box)
@@ -164,13 +182,8 @@ PreviewPtr PictureFeed::decode(qint64 frame, QSize box)
         preview->problem = error.sentence();
         return preview;
     };
-    if (!m_opened) {
-        Status status = checkUnchanged(m_sequence, QStringLiteral("picture"));
-        status = status ? m_source.open() : status;
-        if (!status)
-            return failed(status.error());
-        m_opened = true;
-    }
+    if (const Status status = open(); !status)
+        return failed(status.error());
     const Result<SourceFrame> source = m_source.frame(frame);
     if (!source)
         return failed(source.error());
@@ -178,10 +191,52 @@ PreviewPtr PictureFeed::decode(qint64 frame, QSize box)
     return preview ? *preview : failed(preview.error());
 }
 
+void PictureFeed::standIn(const SourceFrame& reached, const Order& order)
+{
+    const Result<PreviewPtr> made = m_maker.make(reached, order.frame, order.box);
+    if (!made)
+        return;
+    auto preview = std::make_shared<Preview>(**made);
+    preview->isStandIn = true;
+    place(order, {preview});
+}
+
+/// Takes up a newer wish of the dragging hand; false where what is wanted now is no single frame.
+bool PictureFeed::turnTo(Order& order)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_ending || m_order.kind == Order::Kind::Run)
+        return false;
+    if (m_order.kind == Order::Kind::Scrub && m_order.open)
+        order = nextOrder();
+    return true;
+}
+
+/// Decodes towards the frame one picture at a time, so that the hand that drags need not wait for it.
+void PictureFeed::show(Order order)
+{
+    QElapsedTimer sinceStandIn;
+    while (open()) {
+        const Result<FrameSource::Step> step = m_source.approach(order.frame);
+        if (!step || step->left == 0)
+            break;
+        const bool mayStandIn = !sinceStandIn.isValid() || sinceStandIn.hasExpired(standInInterval);
+        if (order.kind == Order::Kind::Scrub && step->left > nearby && mayStandIn) {
+            standIn(step->reached, order);
+            sinceStandIn.start();
+        }
+        if (!turnTo(order))
+            return;
+    }
+    place(order, {decode(order.frame, order.box)});
+}
+
 void PictureFeed::work(const Order& order)
 {
+    if (order.kind != Order::Kind::Run)
+        return show(order);
     std::deque<PreviewPtr> pictures;
-    const bool backwards = order.kind == Order::Kind::Run && order.step < 0;
+    const bool backwards = order.step < 0;
     const qint64 stride = std::abs(order.step);
     const qint64 more = backwards ? std::min(order.count - 1, order.frame / stride) : 0;
     QElapsedTimer clock;
@@ -208,23 +263,37 @@ void PictureFeed::place(const Order& order, std::deque<PreviewPtr> pictures)
             m_queue.push_back(std::move(picture));
         const bool primed = order.kind == Order::Kind::Run && (m_queue.size() >= enough || !m_order.open) && !m_told;
         m_told = m_told || primed;
-        tell = primed || order.kind == Order::Kind::Show;
+        tell = primed || order.kind != Order::Kind::Run;
     }
     if (tell)
         m_ready();
 }
 
+/// What comes after the pictures that lie ready, of which there is room for no more; false when it needs nothing.
+bool PictureFeed::prepare()
+{
+    qint64 last = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_ending || m_order.kind != Order::Kind::Run || m_order.step < 0 || mayWork())
+            return false;
+        last = m_order.frame - m_order.step;
+    }
+    return m_source.prepare(last);
+}
+
 void PictureFeed::loop()
 {
-    std::unique_lock lock(m_mutex);
     for (;;) {
+        while (prepare()) {
+        }
+        std::unique_lock lock(m_mutex);
         m_wake.wait(lock, [this] { return m_ending || mayWork(); });
         if (m_ending)
             return;
         const Order order = nextOrder();
         lock.unlock();
         work(order);
-        lock.lock();
     }
 }
 

@@ -28,6 +28,8 @@ public:
     /// Asks for one frame; what was asked for before and is not begun is forgotten. One that is begun still comes, so
     /// that a hand that moves fast sees something.
     void show(qint64 frame);
+    /// As show(), for a hand that drags: where the frame takes long, pictures from the way to it stand in for it.
+    void scrub(qint64 frame);
     /// Nothing more is wanted.
     void rest();
     /// Asks for every `step`th frame (not 0; negative backwards) from `frame` on.
@@ -43,22 +45,28 @@ public:
 
 private:
     struct Order {
-        enum class Kind { Show, Run } kind = Kind::Show;
+        enum class Kind { Show, Scrub, Run } kind = Kind::Show;
         /// Something is left to be decoded.
         bool open = false;
         qint64 frame = 0;
         int step = 1;
-        QSize box;
+        QSize box = {};
         int number = 0;
         /// Pictures that are decoded in one go.
         qint64 count = 1;
     };
 
     void loop();
+    void ask(Order order);
     bool mayWork() const;
+    bool prepare();
     std::size_t room() const;
     Order nextOrder();
     void work(const Order& order);
+    void show(Order order);
+    bool turnTo(Order& order);
+    Status open();
+    void standIn(const SourceFrame& reached, const Order& order);
     PreviewPtr decode(qint64 frame, QSize box);
     bool isWanted(const Order& order) const;
     bool isCurrent(const Order& order) const;

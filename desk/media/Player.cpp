@@ -207,7 +207,7 @@ void Player::stop()
         return;
     halt();
     setState(State::Stopped);
-    if (m_picture && m_picture->frame == m_position)
+    if (m_picture && m_picture->frame == m_position && !m_picture->isStandIn)
         m_pictures->rest();
     else
         m_pictures->show(m_position);
@@ -305,6 +305,19 @@ void Player::seek(qint64 frame)
     if (target == m_position)
         return;
     m_pictures->show(target);
+    m_position = target;
+    emit positionChanged(target);
+}
+
+void Player::scrub(qint64 frame)
+{
+    if (m_state == State::Empty)
+        return;
+    stop();
+    const qint64 target = std::clamp<qint64>(frame, 0, m_frames - 1);
+    if (target == m_position)
+        return;
+    m_pictures->scrub(target);
     m_position = target;
     emit positionChanged(target);
 }

@@ -101,6 +101,8 @@ public slots:
     void step(int frames);
     /// Held within the sequence. While it plays, it goes on from there.
     void seek(qint64 frame);
+    /// Stops and seeks for a hand that drags: where the frame takes long to decode, other pictures stand in for it.
+    void scrub(qint64 frame);
     void markInHere();
     void markOutHere();
     void clearMarks();

@@ -14,6 +14,8 @@ namespace desk::media
 /// anything. Without pixels it is black.
 struct Preview {
     qint64 frame = 0;
+    /// The pixels are of another frame close by, until those of this one are there.
+    bool isStandIn = false;
     QSize size;
     /// Bytes from one row to the next.
     int stride = 0;

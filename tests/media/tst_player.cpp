@@ -1,4 +1,6 @@
 #include "desk/media/Player.h"
+
+#include "desk/media/PreviewMaker.h"
 #include "media/MediaMaker.h"
 #include "media/Otio.h"
 #include "support/Rows.h"
@@ -89,7 +91,8 @@ class TestPlayer : public QObject
 
     static bool shows(const Player& player, qint64 frame)
     {
-        return player.picture() && player.picture()->frame == frame && player.position() == frame;
+        return player.picture() && player.picture()->frame == frame && player.position() == frame &&
+               !player.picture()->isStandIn;
     }
 
 private slots:
@@ -129,7 +132,8 @@ private slots:
         for (int i = 0; i < 25; ++i) {
             // The last of some seeks in a row counts.
             for (int hasty = random.bounded(3); hasty >= 0; --hasty)
-                player.seek(random.bounded(int(player.frames())));
+                random.bounded(2) > 0 ? player.seek(random.bounded(int(player.frames())))
+                                      : player.scrub(random.bounded(int(player.frames())));
             QTRY_VERIFY(shows(player, player.position()));
             QCOMPARE(spelledNumber(*player.picture()), int(player.position()) + offset);
         }
@@ -137,6 +141,44 @@ private slots:
         QCOMPARE(player.position(), player.frames() - 1);
         player.step(-1);
         QTRY_VERIFY(shows(player, player.frames() - 2));
+    }
+
+    /// However far into a group of pictures a cut goes, its first picture has been decoded before it is due.
+    void cutsAreReadyBeforeTheyCome()
+    {
+        const int starts[] = {50, 110, 20, 26, 170, 115, 59, 3, 119, 90};
+        QJsonArray clips;
+        for (const int start : starts)
+            clips.append(otio::clip(start % 3 == 0 ? "prores.mov" : "h264.mov", otio::range(start, 6, 25)));
+        m_maker.write(QStringLiteral("short.otio"), otio::timeline({otio::track("Video", clips)}));
+        FrameSource source(open(QStringLiteral("short.otio")), {FF_THREAD_FRAME | FF_THREAD_SLICE, 0});
+        QVERIFY(source.open());
+        PreviewMaker maker;
+        for (qint64 n = 0; n < 60; ++n) {
+            QCOMPARE(n == 0 ? 0 : support::valueOf(source.approach(n)).left, 0);
+            const auto picture = support::valueOf(maker.make(support::valueOf(source.frame(n)), n, {320, 180}));
+            QCOMPARE(spelledNumber(*picture), starts[n / 6] + int(n % 6));
+            while (source.prepare(n)) {
+            }
+        }
+    }
+
+    /// On the way to a frame the source shows where it has come to.
+    void theWayToAFrameShowsPictures()
+    {
+        FrameSource source(open(QStringLiteral("h264.mov")), {FF_THREAD_FRAME | FF_THREAD_SLICE, 0});
+        QVERIFY(source.open());
+        PreviewMaker maker;
+        qint64 left = 50;
+        for (auto step = support::valueOf(source.approach(110)); step.left > 0;
+             step = support::valueOf(source.approach(110))) {
+            const auto picture = support::valueOf(maker.make(step.reached, 110, {320, 180}));
+            QCOMPARE(spelledNumber(*picture) + step.left, 110);
+            QVERIFY2(step.left <= std::exchange(left, step.left), "never back to the key frame");
+        }
+        QVERIFY(left < 50);
+        QCOMPARE(spelledNumber(*support::valueOf(maker.make(support::valueOf(source.frame(110)), 110, {320, 180}))),
+                 110);
     }
 
     /// Every picture comes with the sound of its own frame, and what sounds is the file's sound from there on.

@@ -180,7 +180,8 @@ void MonitorPane::layOut()
 void MonitorPane::connectAll()
 {
     connect(m_view, &MonitorView::boxChanged, &m_player, &Player::setBox);
-    connect(m_bar, &QAbstractSlider::sliderMoved, this, [this](int frame) { goTo(frame); });
+    connect(m_bar, &QAbstractSlider::sliderPressed, this, [this] { goTo(m_bar->sliderPosition()); });
+    connect(m_bar, &QAbstractSlider::sliderMoved, &m_player, &media::Player::scrub);
     connect(&m_player, &Player::loaded, this, &MonitorPane::showLoaded);
     connect(&m_player, &Player::stateChanged, this, &MonitorPane::showState);
     connect(&m_player, &Player::positionChanged, this, &MonitorPane::showPosition);

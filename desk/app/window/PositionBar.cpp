@@ -68,8 +68,8 @@ void PositionBar::mousePressEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton)
         return event->ignore();
-    setSliderDown(true);
     follow(*event);
+    setSliderDown(true);
 }
 
 void PositionBar::mouseMoveEvent(QMouseEvent* event)

@@ -6,7 +6,7 @@ namespace desk::app
 {
 
 /// The length of what a monitor shows, with the marked span and the position. Its value is the position in frames;
-/// sliderMoved() tells what a mouse asks for.
+/// sliderPressed() and sliderMoved() tell what a mouse asks for.
 class PositionBar : public QAbstractSlider
 {
     Q_OBJECT
