@@ -72,6 +72,6 @@ QString AudioGroups::defaultName()
 
 QStringList AudioGroups::reservedNames()
 {
-    return {defaultName(), stx_func("All Active Tracks"), QStringLiteral("All Active Tracks"),
-            QStringLiteral("----------")};
+    return {defaultName(), QStringLiteral("Untitled Group"), stx_func("All Active Tracks"),
+            QStringLiteral("All Active Tracks"), QStringLiteral("----------")};
 }

@@ -6,9 +6,12 @@
 #include "support/RecordingMediaEngine.h"
 #include "support/TestMain.h"
 
+#include "NvCore/NvText.h"
+
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QScopeGuard>
 #include <QStandardItemModel>
 
 using support::ModalAnswer;
@@ -206,8 +209,12 @@ private slots:
 
     void namesThatMeanSomethingElseAreRefused()
     {
+        NvTextTranslation::install(
+            [](const QByteArray& key) { return key == "Untitled Group" ? QStringLiteral("Neue Gruppe") : QString(); });
+        const auto restore = qScopeGuard([] { NvTextTranslation::install({}); });
         const Shown s;
-        for (const char* name : {"Untitled Group", "All Active Tracks", "----------", "A3 Mono2 %2 title"}) {
+        for (const char* name :
+             {"Untitled Group", "Neue Gruppe", "All Active Tracks", "----------", "A3 Mono2 %2 title"}) {
             s.saveAs(name, [name](QWidget& asks) {
                 {
                     const ModalAnswer answer(QMessageBox::Ok);
