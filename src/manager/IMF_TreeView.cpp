@@ -70,7 +70,8 @@ void IMF_TreeView::expandToCPL(const QModelIndex& parent, int row)
     if (Model::NodeTypeFromIndex(parent) != IMF_PackageMgr::Delivery)
         return select(child);
     expand(child);
-    select(model()->index(0, 0, child));
+    // The child may have gone behind a message of the host: below an invalid index stand the deliverables.
+    select(child.isValid() ? model()->index(0, 0, child) : child);
 }
 
 void IMF_TreeView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles)

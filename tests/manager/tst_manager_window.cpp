@@ -192,6 +192,14 @@ private slots:
         QCOMPARE(f.param<PWTextInput>("id_content_title")->getValue().toString(), QString("A"));
     }
 
+    void aDropWhoseItemHasGoneSelectsNothingElse()
+    {
+        ManagerFixture f;
+        f.newDelivery("First");
+        f.tree().expandToCPL(f.newDelivery("Film"), 0);
+        QVERIFY(!f.tree().currentIndex().isValid());
+    }
+
     void newImfOffersBothKinds()
     {
         ManagerFixture f;
