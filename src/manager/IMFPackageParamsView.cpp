@@ -66,6 +66,20 @@ bool isMutable(const QJsonObject& document)
     return document.value(QLatin1String(ImfDict::Mutable)).toBool();
 }
 
+/// Empty where a document tells none.
+QString typeText(IMF_PackageMgr::Version version)
+{
+    switch (version) {
+    case IMF_PackageMgr::Original:
+        return stx_func("Original");
+    case IMF_PackageMgr::Supplemental:
+        return stx_func("Supplemental");
+    case IMF_PackageMgr::None:
+        break;
+    }
+    return {};
+}
+
 /// The parameter widgets of a page, without their containers, in the order of their making. A dialog that belongs to
 /// one of them has fields of its own, which may go while the page is shown.
 QList<AbstractParamWidget*> paramsOf(const QWidget& page)
@@ -180,11 +194,7 @@ void IMF_PackageParamsView::showValue(AbstractParamWidget& widget, const QJsonOb
     if (id == QLatin1String(ParamIds::FileName)) {
         widget.setValue(isMutable(document) ? QString() : m_current.data(Model::NameRole).toString());
     } else if (id == QLatin1String(ParamIds::ImfType)) {
-        const int version = m_current.data(Model::VersionRole).toInt();
-        if (version == IMF_PackageMgr::Original)
-            widget.setValue(stx_func("Original").toQString());
-        else if (version == IMF_PackageMgr::Supplemental)
-            widget.setValue(stx_func("Supplemental").toQString());
+        widget.setValue(typeText(Model::VersionFromIndex(m_current)));
     } else if (auto* mapping = qobject_cast<AudioMappingWidget*>(&widget)) {
         showMapping(*mapping, document);
     } else {

@@ -200,6 +200,16 @@ private slots:
         QVERIFY(!pane.param("id_name"));
     }
 
+    void aKindThatIsNotToldIsNotThatOfTheItemBefore()
+    {
+        Film film(0);
+        QCOMPARE(film.value("id_imf_type"), QString("Original"));
+        QJsonObject document = documents::delivery("Other", "/d");
+        document.remove("Original");
+        film.f.click(film.f.load("/d", "d", document));
+        QCOMPARE(film.value("id_imf_type"), QString());
+    }
+
     void changesOfOtherItemsAreIgnored()
     {
         ManagerFixture f;
