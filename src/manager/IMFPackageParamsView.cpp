@@ -21,8 +21,8 @@
 #include <QItemSelection>
 #include <QJsonObject>
 #include <QPair>
+#include <QPointer>
 #include <QPushButton>
-#include <QScopedValueRollback>
 #include <QStackedWidget>
 #include <QTextEdit>
 #include <QVBoxLayout>
@@ -230,18 +230,22 @@ void IMF_PackageParamsView::onValueChanged(const QString& id, const QVariant& va
     if (m_updating)
         return;
     validateTextField(id);
-    {
-        const QScopedValueRollback<bool> updating(m_updating, true);
-        writeValue(id, value);
-    }
+    // The host's refusal is shown to the user: the view may go behind the message.
+    const QPointer<IMF_PackageParamsView> self(this);
+    m_updating = true;
+    writeValue(id, value);
+    if (!self)
+        return;
+    m_updating = false;
     emit valueChanged(m_current);
 }
 
 void IMF_PackageParamsView::writeValue(const QString& id, const QVariant& newValue)
 {
     if (id == QLatin1String(ParamIds::Name)) {
+        const QPointer<IMF_PackageParamsView> self(this);
         // A name that the host refuses does not stay in the field.
-        if (!m_model->setData(m_current, newValue, Qt::EditRole) && !newValue.toString().isEmpty())
+        if (!m_model->setData(m_current, newValue, Qt::EditRole) && self && !newValue.toString().isEmpty())
             reload();
     } else if (id == QLatin1String(ParamIds::SetDirectory)) {
         setPathOf(m_current, newValue);

@@ -132,6 +132,18 @@ private slots:
         QCOMPARE(film.delivery.data().toString(), QString("Film"));
     }
 
+    void aViewMayGoBehindTheHostsRefusal()
+    {
+        Film film(1);
+        auto view = std::make_unique<IMF_PackageParamsView>(film.f.model.get());
+        view->onSelectionChanged(QItemSelection(film.delivery, film.delivery), {});
+        film.f.bridge.fail("renameItem", 1, "No such name.");
+        film.f.bridge.onCall = [&view](const QString&) { view.reset(); };
+        const ModalAnswer refusal(QMessageBox::Ok);
+        view->onValueChanged("id_name", "a/b");
+        QVERIFY(!view);
+    }
+
     void theFolderIsAskedFor()
     {
         const QTemporaryDir folder;
