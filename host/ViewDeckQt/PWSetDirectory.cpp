@@ -52,6 +52,8 @@ void PWSetDirectory::setValue(const QVariant& value)
 void PWSetDirectory::setReadOnly(bool readOnly)
 {
     AbstractParamWidget::setReadOnly(readOnly);
+    if (readOnly)
+        m_path->revert();
     m_path->setReadOnly(readOnly);
     m_button->setVisible(!readOnly);
 }
@@ -84,6 +86,7 @@ bool PWSetDirectory::eventFilter(QObject* watched, QEvent* event)
 
 void PWSetDirectory::drop(const QString& folder)
 {
+    m_path->revert();
     if (folder == m_path->text())
         return;
     m_path->showText(folder);

@@ -30,6 +30,8 @@ void PWTextInput::setValue(const QVariant& value)
 void PWTextInput::setReadOnly(bool readOnly)
 {
     AbstractParamWidget::setReadOnly(readOnly);
+    if (readOnly)
+        m_edit->revert();
     m_edit->setReadOnly(readOnly);
 }
 

@@ -30,6 +30,8 @@ QFFLineEditQt::QFFLineEditQt(const QString& text, QWidget* parent) : QLineEdit(t
 
 void QFFLineEditQt::showText(const QString& shown)
 {
+    if (isUnfinished() && shown == m_settled)
+        return;
     if (shown != text()) {
         const int cursor = hasFocus() ? cursorPosition() : 0;
         setText(shown);
@@ -49,9 +51,15 @@ void QFFLineEditQt::settle()
     m_settled = text();
 }
 
+void QFFLineEditQt::revert()
+{
+    if (isUnfinished())
+        setText(m_settled);
+}
+
 void QFFLineEditQt::commit()
 {
-    if (text() == m_settled)
+    if (!isUnfinished())
         return;
     settle();
     emit textCommitted(text());
@@ -83,8 +91,8 @@ bool QFFLineEditQt::event(QEvent* event)
 
 void QFFLineEditQt::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Escape && text() != m_settled) {
-        setText(m_settled);
+    if (event->key() == Qt::Key_Escape && isUnfinished()) {
+        revert();
         return event->accept();
     }
     QLineEdit::keyPressEvent(event);

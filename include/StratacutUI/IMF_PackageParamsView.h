@@ -93,6 +93,7 @@ private:
     void updateAudioMapping(ViewDeckQt::AbstractParamWidget* widget);
     void showMapping(AudioMappingWidget& mapping, const QJsonObject& document);
     void showValue(ViewDeckQt::AbstractParamWidget& widget, const QJsonObject& document);
+    void writeUnfinished();
     void setPathOf(const QModelIndex& index, const QVariant& path);
     void writeValue(const QString& id, const QVariant& value);
     void onRowsRemoved();

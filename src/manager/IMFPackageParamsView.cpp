@@ -15,6 +15,7 @@
 #include "ViewDeckQt/PWContainer.h"
 #include "ViewDeckQt/PWSetDirectory.h"
 #include "ViewDeckQt/PWTextInput.h"
+#include "ViewDeckQt/QFFLineEditQt.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -139,8 +140,29 @@ void IMF_PackageParamsView::setMXEBridge(std::unique_ptr<MXE_Bridge> bridge)
 void IMF_PackageParamsView::onSelectionChanged(const QItemSelection& selected, const QItemSelection& deselected)
 {
     Q_UNUSED(deselected);
+    writeUnfinished();
     m_current = selected.size() == 1 ? selected.first().topLeft() : QPersistentModelIndex();
     reload();
+}
+
+/// What stands in a field that was not left belongs to the item shown until now. It is written once the selection has
+/// settled: a refusal opens a message, and the item itself may be on its way out.
+void IMF_PackageParamsView::writeUnfinished()
+{
+    const QList<AbstractParamWidget*> params = paramsOf(*m_stack->currentWidget());
+    for (AbstractParamWidget* widget : params) {
+        auto* line = widget->findChild<QFFLineEditQt*>();
+        if (!line || !line->isUnfinished())
+            continue;
+        const bool isName = widget->getId() == QLatin1String(ParamIds::Name);
+        const int role = isName ? int(Qt::EditRole) : roleOfId(widget->getId());
+        const auto write = [model = m_model, item = m_current, text = line->text(), role] {
+            if (item.isValid())
+                model->setData(item, text, role);
+        };
+        QMetaObject::invokeMethod(m_model, write, Qt::QueuedConnection);
+        line->revert();
+    }
 }
 
 void IMF_PackageParamsView::reload()

@@ -9,6 +9,7 @@
 
 #include <QComboBox>
 #include <QIdentityProxyModel>
+#include <QLineEdit>
 
 using namespace ViewDeckQt;
 using Model = IMF_PackageMgrQtModel;
@@ -142,6 +143,37 @@ private slots:
         const ModalAnswer refusal(QMessageBox::Ok);
         view->onValueChanged("id_name", "a/b");
         QVERIFY(!view);
+    }
+
+    /// A name is reported when its field is left, and much may happen before.
+    void aNameThatIsBeingTypedIsNeitherLostNorGivenToAnotherItem()
+    {
+        struct Row {
+            std::function<void(const Film&)> event;
+            const char* inField;
+            const char* deliveries;
+        };
+
+        const Row rows[] = {
+            {[](const Film& film) { film.f.params().reload(); }, "Half", "Film,Other"},
+            {[](const Film& film) { film.f.tree().select(film.f.model->index(1, 0)); }, "Other", "Half,Other"},
+            {[](const Film& film) {
+                 film.f.tree().selectionModel()->setCurrentIndex(film.imp, QItemSelectionModel::ClearAndSelect);
+             },
+             "Untitled IMP", "Half,Other"},
+            {[](const Film& film) { film.f.model->removeIndex(film.delivery); }, "Other", "Other"}};
+        for (const Row& row : rows) {
+            Film film(0);
+            film.f.newDelivery("Other");
+            auto* line = film.f.param<PWTextInput>("id_name")->findChild<QLineEdit*>();
+            line->setFocus();
+            line->selectAll();
+            QTest::keyClicks(line, "Half");
+            row.event(film);
+            QCOMPARE(film.value("id_name"), QString(row.inField));
+            QCoreApplication::processEvents();
+            QCOMPARE(shape(*film.f.model).remove("(Untitled IMP(Sequence m))"), QString(row.deliveries));
+        }
     }
 
     void theFolderIsAskedFor()
