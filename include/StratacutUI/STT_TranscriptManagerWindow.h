@@ -33,7 +33,8 @@ class StyledIconButton;
 ///
 /// The host builds the window and owns it; the window owns the host's ITranscriptWindowInfo. The host tells it through
 /// the slots when playback starts, proceeds and stops, when the position or a mark moves and when the transcript
-/// changes; it may do so from inside a call that the window makes. User-interface thread only.
+/// changes; it may do so from inside a call that the window makes, the look-ups of slots 2, 17 and 18 excepted. The
+/// window must outlive the calls that it makes: from inside one, deleteLater ends it. User-interface thread only.
 class STRATACUTUI_EXPORT STT_TranscriptManagerWindow : public QWidget
 {
     Q_OBJECT
@@ -210,14 +211,14 @@ private:
     void showHighlightColor();
 
     // Text
-    void rebuild(Showing first);
-    void fillText(Showing first);
+    void rebuild(const Content& content, Showing first);
+    bool fillText(const Content& content, Showing first);
     void addLines(STT_TranscriptTextEdit::Lines& lines, const Content& content, std::size_t end);
-    std::size_t linesToShowFirst(const Content& content);
+    std::size_t linesToShowFirst(const Content& content) const;
     void paintFirstLines();
-    void refreshLines(const std::vector<STT_MissingTranscript>& clips);
+    void refreshLines(const Content& content);
     void finishRefresh();
-    void addMissingTranscript(const STT_MissingTranscript& clip, int block);
+    void addMissingTranscript(const STT_MissingTranscript& clip, const QString& timecode, int block);
     void hideMissingLines();
     void showState();
     void showVisibilities();
@@ -234,7 +235,7 @@ private:
 
     // Following
     class Bolding;
-    void bringIntoView(int start, int end);
+    bool bringIntoView(int start, int end);
     bool canFollow() const;
     void setGang(bool on);
     bool selectWord(QTextCursor& cursor, int start, int end) const;
@@ -251,8 +252,8 @@ private:
     std::unique_ptr<SegmentTimeIndex> m_index;
     /// The block of each segment.
     std::vector<int> m_blocks;
-    /// How often the text was filled, and of what.
-    std::size_t m_fills = 0;
+    /// How often the host was asked what to show, and what the text was filled of.
+    std::size_t m_readings = 0;
     std::size_t m_fingerprint = 0;
     /// The blocks of clips that have no transcript.
     std::vector<int> m_missingBlocks;

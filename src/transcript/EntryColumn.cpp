@@ -105,8 +105,12 @@ int EntryColumn::gutterWidth() const
 
 void EntryColumn::refreshTexts()
 {
-    for (STT_EntryWidget* entry : std::as_const(m_bySegment))
-        fill(entry, entry->segment());
+    // Asked for a text, the host may change the transcript and so which lines are in view.
+    const QList<int> segments = m_bySegment.keys();
+    for (const int segment : segments) {
+        if (STT_EntryWidget* shown = entry(segment))
+            fill(shown, segment);
+    }
     for (auto line = m_byBlock.constBegin(); line != m_byBlock.constEnd(); ++line)
         fill(line.value(), line.key());
 }

@@ -92,8 +92,8 @@ void Window::followMonitor(NvUnit_t frame, bool keepView)
             break;
         others.emplace_back(otherStart, otherEnd);
     }
-    if (!isLeftByTheUser)
-        bringIntoView(start, end);
+    if (!isLeftByTheUser && !bringIntoView(start, end))
+        return;
     const Bolding bolding(*this);
     moveBoldText(start, end, false);
     for (const auto& [otherStart, otherEnd] : others) {
@@ -115,20 +115,24 @@ bool Window::selectWord(QTextCursor& cursor, int start, int end) const
     return true;
 }
 
-void Window::bringIntoView(int start, int end)
+/// @return false where the host, asked for the texts beside the lines that come into view, has changed the transcript:
+/// the positions are void, and the window follows already.
+bool Window::bringIntoView(int start, int end)
 {
+    const std::size_t reading = m_readings;
     QTextCursor word(m_textEdit->document());
     if (!selectWord(word, start, end))
-        return;
+        return true;
     word.setPosition(start);
     if (!m_textEdit->isInView(m_textEdit->getTranscriptRectForCursor(word)))
         m_textEdit->scrollToMiddle(word);
+    return reading == m_readings;
 }
 
 void Window::moveBoldText(int start, int end, bool follow)
 {
-    if (follow)
-        bringIntoView(start, end);
+    if (follow && !bringIntoView(start, end))
+        return;
     const Bolding bolding(*this);
     QTextCursor word(m_textEdit->document());
     if (!selectWord(word, start, end))
@@ -188,7 +192,9 @@ void Window::checkSelection()
             setWordBolding(cursor, true);
     };
     colorAnew(m_boldedCursor);
-    for (QTextCursor& cursor : m_otherBoldedCursors)
+    // A word that gets higher brings other lines into view, and the host is asked about them.
+    QList<QTextCursor> others = m_otherBoldedCursors;
+    for (QTextCursor& cursor : others)
         colorAnew(cursor);
 }
 

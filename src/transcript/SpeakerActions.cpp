@@ -164,8 +164,8 @@ void STT_TranscriptManagerWindow::openSpeakerMenuByKey()
 
 void STT_TranscriptManagerWindow::SpeakerNameChangedSlot(int segment, QString newName)
 {
-    const std::vector<STT_TranscriptSegment>& segments = info->segments(0);
     const STT_SpeakerInfo speaker = info->speakerOfSegment(segment);
+    const std::vector<STT_TranscriptSegment>& segments = info->segments(0);
     if (segment < 0 || segment >= int(segments.size()))
         return;
     const int key = segments[size_t(segment)].speakerKey;

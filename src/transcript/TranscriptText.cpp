@@ -80,20 +80,35 @@ enum class Window::Showing { FirstLines, WholeText };
 
 /// What the host has to show at the moment.
 struct Window::Content {
-    explicit Content(ITranscriptWindowInfo& host) : isReadable(host.isDatabaseOnline())
+    /// Asked for anything, the host may change the transcript and tell so: its segments are read last.
+    explicit Content(Window& shown)
+        : window(shown), reading(++shown.m_readings), isReadable(window.info->isDatabaseOnline())
     {
+        ITranscriptWindowInfo& host = *window.info;
         if (!isReadable || !host.isMaterialLoaded())
             return;
-        segments = &host.segments(0);
         clips = host.missingTranscripts();
+        for (const STT_MissingTranscript& clip : clips)
+            timecodes.push_back(QString::fromStdString(host.timecodeText(clip.startMs)));
+        if (window.isGangActive() && host.isTranscriptLoaded())
+            followedMs = host.msFromFrame(int(host.position()), false);
+        segments = &host.segments(0);
     }
 
     std::size_t fingerprint() const { return fingerprintOf(*segments, blocksOf(clips, *segments), isReadable); }
 
+    /// Whether the window has read, and shown, what the host has to show once more since.
+    bool isOutdated() const { return reading != window.m_readings; }
+
     static inline const std::vector<STT_TranscriptSegment> none{};
+    const Window& window;
+    std::size_t reading;
     bool isReadable;
-    const std::vector<STT_TranscriptSegment>* segments = &none;
     std::vector<STT_MissingTranscript> clips;
+    /// Where the clips start.
+    std::vector<QString> timecodes;
+    int followedMs = -1;
+    const std::vector<STT_TranscriptSegment>* segments = &none;
 };
 
 void Window::TranscriptInfoChangedSlot(bool saveScrollPos)
@@ -105,28 +120,33 @@ void Window::refreshWindow(bool saveScrollPos)
 {
     const STT_TranscriptTextEdit::View view = m_textEdit->view();
     info->refreshTranscript();
+    const Content content(*this);
+    if (content.isOutdated())
+        return;
     // The progress of a transcription comes this way too.
-    const Content content(*info);
     if (saveScrollPos && content.fingerprint() == m_fingerprint)
-        refreshLines(content.clips);
+        refreshLines(content);
     else
-        rebuild(saveScrollPos ? Showing::WholeText : Showing::FirstLines);
+        rebuild(content, saveScrollPos ? Showing::WholeText : Showing::FirstLines);
     if (saveScrollPos)
         m_textEdit->restoreView(view);
 }
 
 void Window::UpdateTranscriptWindow()
 {
-    rebuild(Showing::FirstLines);
+    rebuild(Content(*this), Showing::FirstLines);
 }
 
-void Window::rebuild(Showing first)
+void Window::rebuild(const Content& content, Showing first)
 {
+    if (content.isOutdated())
+        return;
     // Every edit of the document visits every cursor in it.
     m_boldedCursor = QTextCursor();
     m_otherBoldedCursors.clear();
     m_entryColumn->beginRebuild();
-    fillText(first);
+    if (!fillText(content, first))
+        return;
     m_boldedCursor = QTextCursor(m_textEdit->document());
     m_entryColumn->endRebuild();
     finishRefresh();
@@ -138,16 +158,16 @@ void Window::fitWindowFont()
     if (m_blocks.empty() && m_missingBlocks.empty())
         return;
     const STT_TranscriptTextEdit::View view = m_textEdit->view();
-    rebuild(Showing::WholeText);
+    rebuild(Content(*this), Showing::WholeText);
     m_textEdit->restoreView(view);
 }
 
 /// What stands beside the text and on the lines of clips, while the text is the same.
-void Window::refreshLines(const std::vector<STT_MissingTranscript>& clips)
+void Window::refreshLines(const Content& content)
 {
-    for (std::size_t index = 0; index < clips.size(); ++index)
-        EntryColumn::setClip(m_textEdit->document()->findBlockByNumber(m_missingBlocks[index]), clips[index],
-                             QString::fromStdString(info->timecodeText(clips[index].startMs)));
+    for (std::size_t index = 0; index < content.clips.size(); ++index)
+        EntryColumn::setClip(m_textEdit->document()->findBlockByNumber(m_missingBlocks[index]), content.clips[index],
+                             content.timecodes[index]);
     m_entryColumn->refreshTexts();
     finishRefresh();
 }
@@ -166,9 +186,9 @@ void Window::finishRefresh()
         updateGangStatus();
 }
 
-void Window::fillText(Showing first)
+/// @return false where the host changed the transcript meanwhile, which is shown then.
+bool Window::fillText(const Content& content, Showing first)
 {
-    const Content content(*info);
     const std::vector<STT_TranscriptSegment>& segments = *content.segments;
     if (std::exchange(m_fingerprint, content.fingerprint()) != m_fingerprint)
         closeSpeakerMenu();
@@ -178,27 +198,27 @@ void Window::fillText(Showing first)
         return segment < int(segments.size()) &&
                former.text() == QString::fromStdString(segments[std::size_t(segment)].text);
     });
-    const std::size_t fill = ++m_fills;
     m_index->clear();
     m_blocks.clear();
-    m_blocks.reserve(content.segments->size());
-    m_missingBlocks = blocksOf(content.clips, *content.segments);
+    m_blocks.reserve(segments.size());
+    m_missingBlocks = blocksOf(content.clips, segments);
     STT_TranscriptTextEdit::Lines lines(getTranscriptFormat(0));
-    lines.reserve(int(content.segments->size() + content.clips.size()), int(bytesOf(*content.segments)));
+    lines.reserve(int(segments.size() + content.clips.size()), int(bytesOf(segments)));
     const std::size_t shown = first == Showing::FirstLines ? linesToShowFirst(content) : 0;
     if (shown > 0) {
         addLines(lines, content, shown);
         m_textEdit->setLines(lines);
         paintFirstLines();
+        if (content.isOutdated())
+            return false;
+        m_entryColumn->beginRebuild();
     }
-    // A host that was asked for the texts beside the lines may have changed the transcript and told so.
-    if (fill != m_fills)
-        return;
-    addLines(lines, content, content.segments->size());
+    addLines(lines, content, segments.size());
     shown > 0 ? m_textEdit->addLines(lines) : m_textEdit->setLines(lines);
     for (std::size_t index = 0; index < content.clips.size(); ++index)
-        addMissingTranscript(content.clips[index], m_missingBlocks[index]);
+        addMissingTranscript(content.clips[index], content.timecodes[index], m_missingBlocks[index]);
     hideMissingLines();
+    return true;
 }
 
 /// Takes the next segments, up to a number, and the clips between them into the lines and the index.
@@ -221,14 +241,12 @@ void Window::addLines(STT_TranscriptTextEdit::Lines& lines, const Content& conte
 }
 
 /// How many segments reach past what will be in view; 0 where the rest is there too soon to be worth a paint before it.
-std::size_t Window::linesToShowFirst(const Content& content)
+std::size_t Window::linesToShowFirst(const Content& content) const
 {
     const QWindow* shownIn = window()->windowHandle();
     if (!isVisible() || !shownIn || !shownIn->isExposed() || !content.clips.empty())
         return 0;
-    const bool follows = isGangActive() && info->isTranscriptLoaded();
-    const int ms = follows ? info->msFromFrame(int(info->position()), false) : -1;
-    const auto isComing = [ms](const auto& segment) {
+    const auto isComing = [ms = content.followedMs](const auto& segment) {
         return !segment.wordStarts.empty() && segment.wordStarts.front() > ms;
     };
     const std::vector<STT_TranscriptSegment>& segments = *content.segments;
@@ -246,14 +264,13 @@ void Window::paintFirstLines()
         followMonitor(info->position(), false);
     m_entryColumn->sync();
     m_textEdit->viewport()->repaint();
-    m_entryColumn->beginRebuild();
 }
 
-void Window::addMissingTranscript(const STT_MissingTranscript& clip, int block)
+void Window::addMissingTranscript(const STT_MissingTranscript& clip, const QString& timecode, int block)
 {
     QTextCursor cursor(m_textEdit->document()->findBlockByNumber(block));
     m_entryColumn->layClipLine(cursor);
-    EntryColumn::setClip(cursor.block(), clip, QString::fromStdString(info->timecodeText(clip.startMs)));
+    EntryColumn::setClip(cursor.block(), clip, timecode);
 }
 
 /// Clips that wait for their transcript say so themselves: no other line says that there is none.

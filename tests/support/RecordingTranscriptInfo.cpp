@@ -70,17 +70,24 @@ void RecordingTranscriptInfo::wasAsked(const char* operation, const QStringList&
         onCall(call);
 }
 
+RecordingTranscriptInfo::Material& RecordingTranscriptInfo::askedFor()
+{
+    if (onQuestion)
+        onQuestion();
+    return shown();
+}
+
 STT_SpeakerInfo RecordingTranscriptInfo::speakerOfKey(int key)
 {
     const std::string id = std::to_string(key);
-    const std::vector<STT_SpeakerInfo>& known = shown().speakers;
+    const std::vector<STT_SpeakerInfo>& known = askedFor().speakers;
     const auto found = std::find_if(known.begin(), known.end(), [&](const auto& speaker) { return speaker.id == id; });
     return found == known.end() ? STT_SpeakerInfo{id, {}, {}} : *found;
 }
 
 STT_SpeakerInfo RecordingTranscriptInfo::speakerOfSegment(int segment)
 {
-    const std::vector<STT_TranscriptSegment>& segments = shown().segments;
+    const std::vector<STT_TranscriptSegment>& segments = askedFor().segments;
     if (segment < 0 || segment >= int(segments.size()))
         return {};
     return speakerOfKey(segments[size_t(segment)].speakerKey);
@@ -99,6 +106,7 @@ int RecordingTranscriptInfo::frameFromMs(int ms)
 
 std::string RecordingTranscriptInfo::timecodeText(int ms)
 {
+    askedFor();
     const int frame = int(ms % 1000 * framesPerSecond / 1000.0);
     const QString seconds = QTime(0, 0).addMSecs(ms).toString(QStringLiteral("hh:mm:ss"));
     return QStringLiteral("%1:%2").arg(seconds).arg(frame, 2, 10, QLatin1Char('0')).toStdString();

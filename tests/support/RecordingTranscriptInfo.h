@@ -49,6 +49,8 @@ public:
     QStringList calls;
     /// Called with each request's text, after it was carried out.
     std::function<void(const QString&)> onCall;
+    /// Called before a question is answered, look-ups of segments and times excepted.
+    std::function<void()> onQuestion;
 
     /// The calls since the last time, which are forgotten.
     QStringList takeCalls() { return std::exchange(calls, {}); }
@@ -59,13 +61,13 @@ public:
 
     STT_SpeakerInfo speakerOfSegment(int segment) override;
 
-    bool isTranscriptLoaded() override { return shown().hasTranscript; }
+    bool isTranscriptLoaded() override { return askedFor().hasTranscript; }
 
-    long markIn() override { return long(shown().markIn); }
+    long markIn() override { return long(askedFor().markIn); }
 
-    long markOut() override { return long(shown().markOut); }
+    long markOut() override { return long(askedFor().markOut); }
 
-    NvUnit_t position() override { return shown().position; }
+    NvUnit_t position() override { return askedFor().position; }
 
     int msFromFrame(int frame, bool previous) override;
     int frameFromMs(int ms) override;
@@ -74,14 +76,14 @@ public:
 
     bool isDatabaseOnline() override { return databaseOnline; }
 
-    std::vector<STT_MissingTranscript> missingTranscripts() override { return shown().missing; }
+    std::vector<STT_MissingTranscript> missingTranscripts() override { return askedFor().missing; }
 
     std::string speakerText(int key) override;
     bool storedFont(QFont& stored) override;
 
     STT_Visibilities storedVisibilities() override { return visibilities; }
 
-    bool isMaterialLoaded() override { return shown().loaded; }
+    bool isMaterialLoaded() override { return askedFor().loaded; }
 
     int countOfRemainingClips() override { return int(shown().missing.size()); }
 
@@ -133,6 +135,7 @@ public:
 private:
     void wasAsked(const char* operation, const QStringList& arguments = {});
     STT_SpeakerInfo speakerOfKey(int key);
+    Material& askedFor();
 };
 
 } // namespace support

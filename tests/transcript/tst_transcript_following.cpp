@@ -310,14 +310,17 @@ private slots:
         bool isInside = false;
         const auto change = [&] {
             shown.info->shown().segments = randomTranscript(random);
+            shown.info->shown().missing.resize(std::size_t(random.bounded(3)));
             window.TranscriptInfoChangedSlot(random.bounded(2) == 0);
         };
-        shown.info->onCall = [&](const QString&) {
-            if (isInside || random.bounded(3) != 0)
+        const auto changeNowAndThen = [&](int times) {
+            if (isInside || random.bounded(times) != 0)
                 return;
             const QScopedValueRollback<bool> inside(isInside, true);
             change();
         };
+        shown.info->onCall = [&](const QString&) { changeNowAndThen(3); };
+        shown.info->onQuestion = [&] { changeNowAndThen(40); };
         const auto frame = [&random] { return random.bounded(900); };
         const std::function<void()> actions[] = {
             change,
@@ -346,6 +349,7 @@ private slots:
         for (int round = 0; round < 600; ++round) {
             actions[random.bounded(int(std::size(actions)))]();
             const int shownFrame = frame();
+            shown.info->shown().position = shownFrame;
             window.MonPosChangedSlot(shownFrame);
             const QStringList spoken = spokenWords(shown, shownFrame);
             if (!isGangOn || !spoken.isEmpty())
