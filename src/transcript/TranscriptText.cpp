@@ -211,6 +211,8 @@ bool Window::fillText(const Content& content, Showing first)
         paintFirstLines();
         if (content.isOutdated())
             return false;
+        // By the time the rest is there, the monitor may be at another word.
+        clearWordBolding();
         m_entryColumn->beginRebuild();
     }
     addLines(lines, content, segments.size());
