@@ -119,6 +119,9 @@ void Window::TranscriptInfoChangedSlot(bool saveScrollPos)
 void Window::refreshWindow(bool saveScrollPos)
 {
     const STT_TranscriptTextEdit::View view = m_textEdit->view();
+    // It may be other material.
+    if (!saveScrollPos)
+        m_frame = -1;
     info->refreshTranscript();
     const Content content(*this);
     if (content.isOutdated())

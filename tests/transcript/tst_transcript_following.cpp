@@ -160,6 +160,9 @@ private slots:
         QVERIFY(!shown.text().textCursor().hasSelection());
         QCOMPARE(shown.info->takeCalls(), QStringList());
         shown.info->source.position = 60;
+        shown.window->TranscriptInfoChangedSlot(false); // other material: what the monitor told before is void
+        QTest::keyClick(&shown.text(), Qt::Key_I);
+        QCOMPARE(shown.info->takeCalls(), QStringList({"refreshTranscript()", "setMarkIn(60)"}));
         shown.window->handleShortcuts("GangMode");
         QCOMPARE(boldWords(shown), QStringList(wordOf(shown, 0, 4)));
     }
