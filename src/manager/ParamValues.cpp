@@ -34,25 +34,29 @@ void showContentKind(AbstractParamWidget& widget, const QJsonObject& kind)
         widget.setValue(labels.value(chosen));
 }
 
-void showChoice(AbstractParamWidget& widget, const QJsonObject& entry)
+void showChoice(AbstractParamWidget& widget, const QJsonValue& entry)
 {
-    const QStringList values = texts(entry.value(QLatin1String(ImfDict::values)));
+    // A document that is read from disk need not tell of choices.
+    const QString text = entry.toString();
+    if (!text.isEmpty())
+        return widget.setValue(text);
+    const QStringList values = texts(entry[QLatin1String(ImfDict::values)]);
     if (values.isEmpty())
         return;
-    const int current = entry.value(QLatin1String(ImfDict::currentIndex)).toInt();
+    const int current = entry[QLatin1String(ImfDict::currentIndex)].toInt();
     if (auto* discrete = qobject_cast<PWDiscrete*>(&widget))
         discrete->setItems(values, current);
     else
         widget.setValue(current >= 0 && current < values.size() ? values.at(current) : values.first());
 }
 
-QJsonObject encodingEntry(const QString& key, const QJsonObject& document)
+QJsonValue encodingEntry(const QString& key, const QJsonObject& document)
 {
     for (const char* section : {ImfDict::Video, ImfDict::Audio}) {
         const QJsonObject object = document.value(QLatin1String(section)).toObject();
         const auto entry = object.constFind(key);
         if (entry != object.constEnd())
-            return entry.value().toObject();
+            return entry.value();
     }
     return {};
 }

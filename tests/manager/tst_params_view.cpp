@@ -128,7 +128,8 @@ private slots:
                             {"Compression", choice(values, -1), "a"},
                             {"Color Space", choice(values, 2), "former"},
                             {"Compression", "", "former"},
-                            {"Compression", choice({}, 0), "former"}};
+                            {"Compression", choice({}, 0), "former"},
+                            {"Compression", "d", "d"}};
         for (const Row& row : rows) {
             Pane pane(IMF_PackageMgr::CPL, cplDocument("Video", "Compression", choice({"former"}, 0)));
             pane.model.show(cplDocument("Video", row.key, row.entry));
