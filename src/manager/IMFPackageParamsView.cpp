@@ -18,6 +18,7 @@
 #include "ViewDeckQt/QFFLineEditQt.h"
 
 #include <QCoreApplication>
+#include <QDialog>
 #include <QEvent>
 #include <QItemSelection>
 #include <QJsonObject>
@@ -141,6 +142,12 @@ void IMF_PackageParamsView::onSelectionChanged(const QItemSelection& selected, c
 {
     Q_UNUSED(deselected);
     writeUnfinished();
+    // A parameter's dialog that is still open was opened for the item shown until now.
+    const QList<QDialog*> dialogs = m_stack->currentWidget()->findChildren<QDialog*>();
+    for (QDialog* dialog : dialogs) {
+        if (dialog->isVisible())
+            dialog->reject();
+    }
     m_current = selected.size() == 1 ? selected.first().topLeft() : QPersistentModelIndex();
     reload();
 }

@@ -4,8 +4,10 @@
 
 #include "NvCore/Toggles.h"
 #include "StratacutUI/AudioMappingWidget.h"
+#include "ViewDeckQt/PWDiscrete.h"
 
 #include <QComboBox>
+#include <QJsonDocument>
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
@@ -18,6 +20,7 @@ using Model = IMF_PackageMgrQtModel;
 namespace
 {
 constexpr char toggle[] = "/Stratacut/IMFMultipleAudioMix";
+constexpr char metadataToggle[] = "/Stratacut/IMFMCAMetadata";
 
 /// A film whose composition is shown with the audio tools.
 struct Mapped {
@@ -86,7 +89,11 @@ class TestParamsAudio : public QObject
     Q_OBJECT
 private slots:
 
-    void cleanup() { TGL_ResetToggle(toggle); }
+    void cleanup()
+    {
+        TGL_ResetToggle(toggle);
+        TGL_ResetToggle(metadataToggle);
+    }
 
     void theToggleDecidesWhatThePageHas()
     {
@@ -152,6 +159,24 @@ private slots:
         QTest::mouseClick(&m.film.f.button("ATGbtn"), Qt::LeftButton);
         QCOMPARE(m.groups(), QJsonArray());
         QCOMPARE(m.mix(), before);
+    }
+
+    void metadataOfACompositionThatGoesIsNotThatOfTheNext()
+    {
+        TGL_SetToggle(toggle, true);
+        TGL_SetToggle(metadataToggle, true);
+        Mapped m;
+        const QPersistentModelIndex next = m.film.f.newCpl(m.film.imp, "n");
+        for (const QModelIndex& cpl : {QModelIndex(next), QModelIndex(m.film.cpl)})
+            m.film.f.click(cpl);
+        const WhenOpened dialog([&m](QWidget& opened) {
+            opened.findChildren<ViewDeckQt::PWDiscrete*>().at(0)->setValue("HI (Hearing Impaired)");
+            m.film.f.model->removeIndex(m.film.cpl);
+            QTest::keyClick(&opened, Qt::Key_Return);
+        });
+        QTest::mouseClick(m.film.f.params().findChild<QPushButton*>("m_metadataButton"), Qt::LeftButton);
+        const QJsonDocument left(next.data(Model::MetadataRole).toJsonObject());
+        QVERIFY2(!left.toJson().contains("HI"), left.toJson());
     }
 
     void savedGroupsOfAnyShapeAreOfferedWithoutHarm()
