@@ -44,6 +44,11 @@ IMFAudioGroupDialog::IMFAudioGroupDialog(QWidget* parent, QAbstractItemModel* tr
       m_save(new StyledButton(stx_func("Save"), this))
 {
     setManagedTitle(stx_func("Audio Track Grouping"));
+    // The host may fill the list anew while the dialog is open. The selection, which is told later, lets go of the
+    // rows.
+    const auto remember = [this] { m_missing += m_view->selectedTracks(); };
+    connect(m_tracks, &QAbstractItemModel::rowsAboutToBeRemoved, this, remember);
+    connect(m_tracks, &QAbstractItemModel::modelAboutToBeReset, this, remember);
     m_view->setModel(m_tracks);
     m_view->setItemDelegate(new IMFAudioGroupDelegate(m_view));
     // The dialog itself takes the focus for the list and hands the keys on to it.
@@ -102,6 +107,14 @@ void IMFAudioGroupDialog::layOut()
 void IMFAudioGroupDialog::connectAll()
 {
     connect(m_view->selectionModel(), &QItemSelectionModel::selectionChanged, this, &IMFAudioGroupDialog::markChanged);
+    const auto findAgain = [this] { showTracks(m_view->selectedTracks() + m_missing); };
+    for (const auto change : {&QAbstractItemModel::rowsRemoved, &QAbstractItemModel::rowsInserted})
+        connect(m_tracks, change, this, findAgain);
+    connect(m_tracks, &QAbstractItemModel::modelReset, this, findAgain);
+    connect(m_tracks, &QAbstractItemModel::dataChanged, this, [this, findAgain] {
+        if (!m_missing.isEmpty())
+            findAgain();
+    });
     connect(m_masterFader, &QCheckBox::stateChanged, this, &IMFAudioGroupDialog::markChanged);
     connect(m_groups, &IMFAudioGroupComboBox::profileChosen, this, &IMFAudioGroupDialog::apply);
     connect(m_cancel, &QPushButton::clicked, this, &IMFAudioGroupDialog::onCancel);
@@ -125,14 +138,19 @@ QStringList IMFAudioGroupDialog::otherSources() const
 
 void IMFAudioGroupDialog::apply(const AudioGroup& group)
 {
-    const QStringList missing = m_view->selectTracks(group.tracks);
+    showTracks(group.tracks);
     m_masterFader->setChecked(group.includeMasterFader);
     m_changed = false;
     m_groups->setAccessibleDescription({});
     m_groups->update();
+}
+
+void IMFAudioGroupDialog::showTracks(const QStringList& names)
+{
+    m_missing = m_view->selectTracks(names);
     remark({});
-    if (!missing.isEmpty())
-        remark({stx_func("Not in the sequence, left out when you save: %1.").toQString().arg(missing.join(", "))});
+    if (!m_missing.isEmpty())
+        remark({stx_func("Not in the sequence, left out when you save: %1.").toQString().arg(m_missing.join(", "))});
 }
 
 void IMFAudioGroupDialog::markChanged()

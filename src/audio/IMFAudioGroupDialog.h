@@ -49,6 +49,7 @@ private:
     void layOut();
     void connectAll();
     void apply(const AudioGroup& group);
+    void showTracks(const QStringList& names);
     void markChanged();
     void remark(const QStringList& lines);
     void warnOfMissingSequence();
@@ -63,6 +64,8 @@ private:
     QJsonArray m_input;
     QJsonArray m_result;
     bool m_changed = false;
+    /// Tracks of the group that the list does not have, or not at present.
+    QStringList m_missing;
     bool m_sequenceIsMissing = false;
     QLabel* m_remark;
     QPushButton* m_cancel;

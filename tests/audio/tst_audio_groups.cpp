@@ -289,6 +289,17 @@ private slots:
         QCOMPARE(s.kept(), Shown::text({profile("Music", {"A2"})}));
     }
 
+    void tracksThatAreFilledAnewStayInTheGroup()
+    {
+        Shown s({profile("Music", {"A1", "A3"})});
+        s.pick("Music");
+        s.tick(1);
+        s.engine.sequences["m"].tracks = QStringList{"A0", "A1", "A2"};
+        s.engine.fillAudioGroupingModel(&s.model, "m");
+        QCOMPARE(s.view().selectedTracks(), (QStringList{"A1", "A2"}));
+        QVERIFY2(s.remark().contains(": A3."), qPrintable(s.remark()));
+    }
+
     void whateverTheArrayHoldsNoGroupIsLost()
     {
         const Shown s({profile("Music", {"A1"}), profile("Music", {"A2"}), 7, QJsonArray(), QJsonObject(),
