@@ -28,11 +28,14 @@ bool isUsual(Rational rate)
     return std::find(usualRates.begin(), usualRates.end(), rate) != usualRates.end();
 }
 
-/// Number of the first time further than `tolerance` ticks from the grid; the count when there is none.
+/// Number of the first time further than `tolerance` ticks, or three quarters of a frame, from the grid; the count when
+/// there is none.
 qint64 firstMisfit(const std::vector<qint64>& times, double ticksPerFrame, double tolerance)
 {
+    // Where a frame is a tick, as in AVI, a frame that is left out is a tick off.
+    const double allowed = std::min(tolerance, 0.75 * ticksPerFrame);
     for (std::size_t i = 0; i < times.size(); ++i) {
-        if (std::abs(double(times[i] - times[0]) - double(i) * ticksPerFrame) > tolerance)
+        if (std::abs(double(times[i] - times[0]) - double(i) * ticksPerFrame) > allowed)
             return qint64(i);
     }
     return qint64(times.size());
