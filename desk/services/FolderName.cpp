@@ -13,7 +13,7 @@ Status checkFolderName(const QString& name)
     };
 
     static const Rule rules[] = {
-        {"^\\s*$", "a delivery needs a name"},
+        {"^[\\s\\p{Z}\\p{Cf}]*$", "a delivery needs a name that can be seen"},
         {"^\\.{1,2}$", "\".\" and \"..\" name folders themselves"},
         // Those that turn the direction of writing let a name pass for another one.
         {"[\\p{Cc}\\p{Zl}\\p{Zp}\\x{202a}-\\x{202e}\\x{2066}-\\x{2069}]",
@@ -21,6 +21,7 @@ Status checkFolderName(const QString& name)
         {"[/\\\\:*?\"<>|]", "a folder's name cannot hold any of / \\ : * ? \" < > |"},
         {"[. ]$", "a folder's name cannot end with a dot or a blank"},
         {"^ ", "a folder's name cannot start with a blank"},
+        {"^(?i:\\.stratacut-commit-)", "folders of this name are removed as leftovers of an export"},
         {"^(?i:con|prn|aux|nul|com[0-9]|lpt[0-9])(\\.|$)", "this name stands for a device on other systems"},
     };
     const Error unfit{{}, QStringLiteral("\"%1\"").arg(name), {}, {}, QStringLiteral("choose another name")};

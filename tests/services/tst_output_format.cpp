@@ -121,6 +121,7 @@ private slots:
                               "a\\b",
                               "a\nb",
                               QString::fromLatin1("a\0b", 3),
+                              QString(QChar(0xa0)) + QChar(0x200b),
                               "a.",
                               "a ",
                               " a",
@@ -128,6 +129,7 @@ private slots:
                               "what?",
                               "NUL",
                               "com1.x",
+                              ".stratacut-commit-1",
                               QString(256, 'a'),
                               QString(100, QChar(0x5f71))};
         for (const QString& name : good)
