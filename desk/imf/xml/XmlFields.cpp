@@ -27,6 +27,9 @@ const XmlElement* FieldReader::needed(const XmlElement& parent, const char* name
     const XmlElement* found = child(parent, name);
     if (!found && need == Need::Required)
         fail(parent, QStringLiteral("%1 has no %2").arg(parent.name, QLatin1String(name)));
+    // Which of them counts would be left to each program.
+    if (found && parent.elements(m_space, QLatin1String(name)).size() > 1)
+        fail(parent, QStringLiteral("%1 has more than one %2").arg(parent.name, QLatin1String(name)));
     return found;
 }
 

@@ -249,6 +249,7 @@ private slots:
         row("another namespace", smallComposition().replace("2067-3/2016", "2067-3/1999"), "not a CompositionPlaylist");
         row("no UUID", smallComposition().replace("urn:uuid:", "uuid:"), "is no UUID");
         row("no rate", smallComposition().replace("24 1", "24 0"), "is no rate");
+        row("two rates", smallComposition("<EditRate>25 1</EditRate>"), "more than one EditRate");
         row("no segments", smallComposition().replace("<SegmentList/>", ""), "has no SegmentList");
     }
 
