@@ -29,12 +29,6 @@ QString firstOf(const QStringList& candidates)
     return {};
 }
 
-bool mayBeComposition(const PackedAsset& asset, const QString& file)
-{
-    return asset.type.startsWith(QLatin1String(mediaType::composition)) ||
-           asset.type == QLatin1String("application/xml") || file.endsWith(QLatin1String(".xml"), Qt::CaseInsensitive);
-}
-
 class Opener
 {
 public:
@@ -227,6 +221,12 @@ private:
 };
 
 } // namespace
+
+bool mayBeComposition(const PackedAsset& asset, const QString& file)
+{
+    return asset.type.startsWith(QLatin1String(mediaType::composition)) ||
+           asset.type == QLatin1String("application/xml") || file.endsWith(QLatin1String(".xml"), Qt::CaseInsensitive);
+}
 
 QString Delivery::existingFile(const QUuid& asset) const
 {

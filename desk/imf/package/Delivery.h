@@ -70,6 +70,9 @@ QByteArray deliveryComponentId(const QString& folder);
 QByteArray packageComponentId(const QString& folder, const QUuid& packingList);
 QByteArray compositionComponentId(const QString& folder, const QUuid& packingList, const QUuid& composition);
 
+/// Whether a packed file is worth opening as a composition: packing lists of others call it by several types.
+bool mayBeComposition(const PackedAsset& asset, const QString& file);
+
 /// True when the folder holds an asset map, whatever is in it.
 bool isDelivery(const QString& folder);
 

@@ -1,6 +1,9 @@
+#include "desk/imf/package/Folder.h"
 #include "desk/imf/package/VerifyScan.h"
 #include "desk/imf/xml/CompositionNames.h"
 #include "desk/imf/xml/DescriptorProperties.h"
+
+#include <QRegularExpression>
 
 #include <optional>
 
@@ -118,6 +121,42 @@ void checkDurations(const ScannedComposition& one, Report& report)
 {
     for (const Segment& segment : one.composition.segments)
         checkSegmentDurations(one, segment, report);
+}
+
+void checkResources(const ScannedComposition& one, Report& report)
+{
+    for (const Segment& segment : one.composition.segments) {
+        for (const Sequence& sequence : segment.sequences) {
+            if (sequence.resources.isEmpty())
+                report.error("resource-none", one.file, sequence.trackId,
+                             QStringLiteral("the sequence has no resource"));
+        }
+    }
+}
+
+/// What the timecode says of itself, and against the edit rate.
+void checkTimecode(const ScannedComposition& one, Report& report)
+{
+    if (!one.composition.timecode)
+        return;
+    const CompositionTimecode& timecode = *one.composition.timecode;
+    static const QRegularExpression form(
+        QStringLiteral("\\A([01]\\d|2[0-3])[:;/.,][0-5]\\d[:;/.,][0-5]\\d[:;/.,](\\d\\d)\\z"));
+    const QRegularExpressionMatch match = form.match(timecode.start);
+    if (!match.hasMatch() || match.captured(2).toInt() >= qMax(timecode.rate, 1))
+        report.error("timecode-invalid", one.file, one.asset,
+                     QStringLiteral("the start timecode \"%1\" is none at %2 frames a second")
+                         .arg(timecode.start.left(20))
+                         .arg(timecode.rate));
+    const qint64 nominal = qRound64(one.composition.editRate.toDouble());
+    if (timecode.rate != nominal)
+        report.warning("timecode-rate", one.file, one.asset,
+                       QStringLiteral("the timecode counts %1 frames a second, the composition has %2")
+                           .arg(timecode.rate)
+                           .arg(nominal));
+    if (timecode.dropFrame && timecode.rate % 30 != 0)
+        report.warning("timecode-drop", one.file, one.asset,
+                       QStringLiteral("the timecode drops frames, which only 29.97 and 59.94 frames a second do"));
 }
 
 void checkBounds(const ScannedComposition& one, Report& report)
@@ -265,12 +304,19 @@ void checkSampleRates(const ScannedComposition& one, Report& report)
     });
 }
 
-constexpr CompositionRule rules[] = {checkHead,        checkApplication, checkKinds, checkTracks,
-                                     checkDurations,   checkBounds,      checkRates, checkReferences,
-                                     checkHomogeneity, checkSampleRates};
+constexpr CompositionRule rules[] = {checkHead,       checkApplication, checkKinds,       checkTracks,
+                                     checkResources,  checkDurations,   checkBounds,      checkRates,
+                                     checkReferences, checkHomogeneity, checkSampleRates, checkTimecode};
 
 void checkCompositions(const Scan& scan, Report& report)
 {
+    const bool isComplete = std::none_of(report.findings().cbegin(), report.findings().cend(), [](const Finding& one) {
+        return one.code == QLatin1String("composition-unreadable") ||
+               one.code == QLatin1String("packing-list-unreadable") || one.code == QLatin1String("file-missing");
+    });
+    if (scan.compositions.isEmpty() && isComplete)
+        report.warning("composition-none", QLatin1String(fileName::assetMap), {},
+                       QStringLiteral("no packing list holds a composition"));
     for (const ScannedComposition& one : scan.compositions) {
         for (const CompositionRule rule : rules)
             rule(one, report);

@@ -224,8 +224,13 @@ void checkResourceHashes(const ScannedComposition& one, Hasher& hasher, Report& 
 {
     QSet<QUuid> blamed;
     eachResource(one.composition, [&](const Sequence&, const Resource& resource) {
-        if (resource.hash.size() != 20 || blamed.contains(resource.trackFileId))
+        if (resource.hash.isEmpty() || blamed.contains(resource.trackFileId))
             return;
+        if (resource.hash.size() != 20) {
+            blamed.insert(resource.trackFileId);
+            return report.warning("hash-unknown", one.file, resource.trackFileId,
+                                  QStringLiteral("the hash is of an unknown kind and was not checked"));
+        }
         const QByteArray digest = hasher.digest(resource.trackFileId);
         if (digest.isEmpty() || digest == resource.hash)
             return;

@@ -66,9 +66,7 @@ void readList(const MappedAsset& asset, Scan& scan, Report& report)
 void readCompositionFile(const PackedAsset& packed, Scan& scan, Report& report)
 {
     const QString file = scan.files.value(packed.id);
-    const bool isXml = packed.type.startsWith(QLatin1String(mediaType::composition)) ||
-                       file.endsWith(QLatin1String(".xml"), Qt::CaseInsensitive);
-    if (file.isEmpty() || !isXml || !scan.exists(file))
+    if (file.isEmpty() || !mayBeComposition(packed, file) || !scan.exists(file))
         return;
     const Result<QByteArray> bytes = readDocumentFile(scan.absolute(file));
     const Result<bool> isOne = bytes ? holdsComposition(*bytes, file) : Result<bool>(bytes.error());

@@ -1,3 +1,5 @@
+#include "desk/imf/j2k/Codestream.h"
+#include "desk/imf/mxf/SetDictionary.h"
 #include "desk/imf/mxf/TrackFileReader.h"
 #include "desk/imf/package/Seal.h"
 #include "desk/imf/package/VerifyScan.h"
@@ -14,25 +16,44 @@ namespace
 struct Use {
     const ScannedComposition* composition;
     const Resource* resource;
+    SequenceKind kind;
 };
 
-/// By track file, in order of first use.
+/// By track file, in order of first use; packed track files that no composition uses come last.
 QVector<QPair<QUuid, QVector<Use>>> usesOf(const Scan& scan)
 {
     QVector<QPair<QUuid, QVector<Use>>> result;
     QHash<QUuid, int> positions;
     for (const ScannedComposition& one : scan.compositions) {
-        eachResource(one.composition, [&](const Sequence&, const Resource& resource) {
+        eachResource(one.composition, [&](const Sequence& sequence, const Resource& resource) {
             if (resource.trackFileId.isNull())
                 return;
             if (!positions.contains(resource.trackFileId)) {
                 positions.insert(resource.trackFileId, result.size());
                 result.append({resource.trackFileId, {}});
             }
-            result[positions.value(resource.trackFileId)].second.append({&one, &resource});
+            result[positions.value(resource.trackFileId)].second.append({&one, &resource, sequence.kind});
         });
     }
+    for (const ScannedList& list : scan.lists) {
+        for (const PackedAsset& asset : list.list.assets) {
+            if (asset.type != QLatin1String(mediaType::trackFile) || positions.contains(asset.id))
+                continue;
+            positions.insert(asset.id, result.size());
+            result.append({asset.id, {}});
+        }
+    }
     return result;
+}
+
+void checkKind(const TrackFileFacts& facts, const Use& use, Report& report)
+{
+    const bool isPicture = use.kind == SequenceKind::MainImage;
+    const TrackKind expected = isPicture ? TrackKind::Picture : TrackKind::Sound;
+    if ((isPicture || use.kind == SequenceKind::MainAudio) && facts.kind != expected)
+        report.error("kind-of-file", use.composition->file, use.resource->id,
+                     isPicture ? QStringLiteral("the picture's track file holds no picture")
+                               : QStringLiteral("the sound's track file holds no sound"));
 }
 
 void checkDuration(const TrackFileFacts& facts, const Use& use, Report& report)
@@ -52,8 +73,27 @@ void checkDuration(const TrackFileFacts& facts, const Use& use, Report& report)
                          .arg(use.resource->intrinsicDuration));
 }
 
-/// Name of the first property of the file that the composition has not or has otherwise. The reader leaves properties
-/// out that its dictionary lacks, so what only the composition has is no fault.
+/// Whether the reader would have told the property. It leaves those out that its dictionary lacks.
+bool isReadable(const QString& kind, const QString& path)
+{
+    const SetInfo* owner = findSet(kind.toLatin1());
+    const QStringList steps = path.split(QLatin1Char('/'));
+    for (const QString& step : steps) {
+        const QByteArray name = step.section(QLatin1Char('#'), 0, 0).toLatin1();
+        if (const SetInfo* inner = findSet(name)) {
+            owner = inner;
+            continue;
+        }
+        const ItemInfo* item = owner ? findItem(owner, name) : nullptr;
+        if (!item || item->type == ItemType::Opaque)
+            return false;
+        if (item->type != ItemType::StrongRef && item->type != ItemType::StrongRefBatch)
+            return true;
+    }
+    return false;
+}
+
+/// Name of the first property that file and composition do not have alike.
 QString firstDifference(const DescriptorProperties& file, const DescriptorProperties& composition)
 {
     if (file.kind != composition.kind)
@@ -61,6 +101,10 @@ QString firstDifference(const DescriptorProperties& file, const DescriptorProper
     for (auto it = file.values.cbegin(); it != file.values.cend(); ++it) {
         const auto other = composition.values.constFind(it.key());
         if (other == composition.values.cend() || *other != it.value())
+            return it.key();
+    }
+    for (auto it = composition.values.cbegin(); it != composition.values.cend(); ++it) {
+        if (!file.values.contains(it.key()) && isReadable(file.kind, it.key()))
             return it.key();
     }
     return {};
@@ -81,10 +125,30 @@ void checkDescriptor(const TrackFile& file, const Use& use, Report& report)
                      QStringLiteral("the descriptor differs from that of the track file in %1").arg(difference));
 }
 
+/// What the first frame says of its size, against the descriptor.
+void checkCodestream(TrackFile& file, const QString& name, const QUuid& asset, Report& report)
+{
+    const Result<QByteArray> frame = file.readFrame(0);
+    const Result<CodestreamHeader> header =
+        frame ? parseCodestreamHeader(*frame) : Result<CodestreamHeader>(frame.error());
+    if (!header)
+        return report.error("frame-unreadable", name, asset, QStringLiteral("frame 0: %1").arg(header.error().what));
+    const PictureFormat& picture = file.facts().picture;
+    const qint64 width = qint64(header->xsiz) - header->xOsiz;
+    const qint64 height = qint64(header->ysiz) - header->yOsiz;
+    if (width != picture.width || height != picture.height)
+        report.error("frame-size", name, asset,
+                     QStringLiteral("frame 0 has %1 x %2 pixels, the descriptor says %3 x %4")
+                         .arg(width)
+                         .arg(height)
+                         .arg(picture.width)
+                         .arg(picture.height));
+}
+
 void checkFile(const QUuid& asset, const QString& path, const QVector<Use>& uses, const Scan& scan, Report& report)
 {
     const QString name = scan.files.value(asset, path);
-    const Result<TrackFile> file = readTrackFile(path);
+    Result<TrackFile> file = readTrackFile(path);
     if (!file) {
         const Error& error = file.error();
         report.error("track-file-unreadable", name, asset,
@@ -95,8 +159,12 @@ void checkFile(const QUuid& asset, const QString& path, const QVector<Use>& uses
         report.error("id-mismatch", name, asset,
                      QStringLiteral("the track file's own identifier is %1")
                          .arg(file->facts().id.toString(QUuid::WithoutBraces)));
+    const bool isJ2k = file->facts().j2k.rsiz != 0 || file->facts().j2k.coding != J2kFacts::Coding::Unknown;
+    if (isJ2k && file->facts().duration > 0)
+        checkCodestream(*file, name, asset, report);
     QSet<QPair<const ScannedComposition*, QUuid>> compared;
     for (const Use& use : uses) {
+        checkKind(file->facts(), use, report);
         checkDuration(file->facts(), use, report);
         const QPair<const ScannedComposition*, QUuid> pair{use.composition, use.resource->sourceEncoding};
         if (!compared.contains(pair))
@@ -114,7 +182,7 @@ void checkTrackFiles(const Scan& scan, Report& report)
         const QString path = scan.locate(one.first);
         if (!path.isEmpty())
             checkFile(one.first, path, one.second, scan, report);
-        else if (!scan.map.find(one.first))
+        else if (!one.second.isEmpty() && !scan.map.find(one.first))
             report.add(mustHold ? Severity::Error : Severity::Warning, "asset-missing",
                        one.second.first().composition->file, one.first,
                        QStringLiteral("no loaded delivery holds the track file"));

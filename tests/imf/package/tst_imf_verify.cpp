@@ -135,6 +135,14 @@ private slots:
         row("cut track file", cut("sound.mxf", 20000),
             {"hash-mismatch sound.mxf", "length-mismatch sound.mxf", "resource-hash-mismatch CPL.xml",
              "size-mismatch sound.mxf", "track-file-unreadable sound.mxf"});
+        row("first frame without its start", replaced("picture.mxf", "\xff\x4f\xff\x51", "\xff\x4f\xff\x50"),
+            {"frame-unreadable picture.mxf", "hash-mismatch picture.mxf", "resource-hash-mismatch CPL.xml"});
+        row("composition packed as a track file",
+            [](const QString& folder) {
+                makeStrange(folder);
+                replaced(listFile(), "text/xml", "application/mxf")(folder);
+            },
+            {"length-mismatch PKL.xml", "track-file-unreadable CPL.xml"});
         row("further file", [](const QString& folder) { support::writeFile(folder + "/notes.txt", "x"); },
             {"file-unlisted notes.txt"});
         row("broken-off commit",
@@ -191,7 +199,7 @@ private slots:
             },
             {"duration-fraction CPL.xml", "duration-fraction CPL.xml", "edit-rate-mismatch CPL.xml"});
         row("no picture", [](Composition& c) { c.segments[0].sequences[0].kind = SequenceKind::MainAudio; },
-            {"image-count CPL.xml"});
+            {"image-count CPL.xml", "kind-of-file CPL.xml"});
         row("one track twice",
             [](Composition& c) { c.segments[0].sequences[1].trackId = c.segments[0].sequences[0].trackId; },
             {"descriptor-varies CPL.xml", "edit-rate-varies CPL.xml", "track-duplicate CPL.xml"});
@@ -211,6 +219,24 @@ private slots:
             {"descriptor-of-file CPL.xml"});
         row("wrong track file", [](Composition& c) { firstResource(c, 1).trackFileId = deliveries::packageId(8); },
             {"asset-missing CPL.xml"});
+        row("no resources", [](Composition& c) { c.segments[0].sequences[1].resources.clear(); },
+            {"descriptor-unused CPL.xml", "duration-unequal CPL.xml", "resource-none CPL.xml"});
+        row("property that the file lacks",
+            [](Composition& c) {
+                QByteArray& xml = c.essenceDescriptors[0].regXml;
+                const int at = xml.indexOf(':', xml.indexOf("StoredWidth>") - 3);
+                const QByteArray prefix = xml.mid(xml.lastIndexOf('<', at) + 1, at - xml.lastIndexOf('<', at) - 1);
+                xml.insert(xml.lastIndexOf('<', at),
+                           "<" + prefix + ":FieldDominance>FieldOne</" + prefix + ":FieldDominance>");
+            },
+            {"descriptor-of-file CPL.xml"});
+        row("hash of an unknown kind", [](Composition& c) { firstResource(c, 0).hash.chop(1); },
+            {"hash-unknown CPL.xml"});
+        row("timecode that is none",
+            [](Composition& c) {
+                c.timecode = CompositionTimecode{true, 25, QStringLiteral("24:00:00:00")};
+            },
+            {"timecode-drop CPL.xml", "timecode-invalid CPL.xml", "timecode-rate CPL.xml"});
         row("older edition",
             [](Composition& c) { c.coreNameSpace = QStringLiteral("http://www.smpte-ra.org/schemas/2067-2/2016"); },
             {"application-edition CPL.xml"});
