@@ -283,8 +283,14 @@ Result<PictureIndex> Indexer::run()
                      {},
                      QStringLiteral("no frame can be decoded"),
                      QStringLiteral("copy or render the file again")};
+    const qint64 counted = m_index.frames;
     if (const Status status = checkEnd(times.cut); !status)
         return status.error();
+    // A file's index tells decoding times: trimmed without encoding, it may lack pictures before its last one.
+    if (whole && m_index.frames > counted)
+        adopted = adopt(timesFromPackets());
+    if (!adopted)
+        return adopted.error();
     return m_index;
 }
 

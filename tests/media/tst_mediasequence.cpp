@@ -177,6 +177,15 @@ private slots:
         }
     }
 
+    void aHoleBeforeTheLastPictureOfATrimmedFileIsRefused()
+    {
+        QVERIFY(m_maker.ffmpeg(
+            QStringLiteral("-i @numbers.nut -c:v libx264 -bf 2 -b_strategy 0 -x264opts b-pyramid=none @whole.mp4")));
+        QVERIFY(m_maker.ffmpeg(QStringLiteral("-i @whole.mp4 -frames:v 6 -c copy @trimmed.mp4")));
+        const Error error = refusal(m_maker.path(QStringLiteral("trimmed.mp4")));
+        QCOMPARE(error.what + QStringLiteral(" ") + error.where, QStringLiteral("the frame rate varies frame 5"));
+    }
+
     void aCutFileNamesItsLastGoodFrame_data()
     {
         const support::Rows<QString, QString> row;
