@@ -47,7 +47,12 @@ IMF_ManagerWindow::IMF_ManagerWindow(QAbstractItemModel* model, const QModelInde
         connectToController(packages, packages->getIMFController());
 }
 
-IMF_ManagerWindow::~IMF_ManagerWindow() = default;
+IMF_ManagerWindow::~IMF_ManagerWindow()
+{
+    // A field that is being typed in reports once it loses the focus: while there is a whole window to hear of it.
+    if (QWidget* field = focusWidget())
+        field->clearFocus();
+}
 
 QWidget* IMF_ManagerWindow::createLeftPane(QAbstractItemModel* model, const QModelIndex& root)
 {

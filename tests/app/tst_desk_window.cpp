@@ -31,6 +31,8 @@
 #include <QTemporaryDir>
 #include <QUrl>
 
+#include <algorithm>
+
 using desk::app::DeskWindow;
 using desk::app::Hand;
 using desk::app::Host;
@@ -482,6 +484,21 @@ private slots:
         trigger("remove");
         QCOMPARE(model().rowCount(), rows - 1);
         QVERIFY(m_window->close());
+    }
+
+    void aNameThatIsBeingTypedIsKeptAsTheWindowCloses()
+    {
+        const QPersistentModelIndex made = delivery(QStringLiteral("Before"));
+        const auto fields = m_window->findChildren<QLineEdit*>();
+        const auto name = std::find_if(fields.begin(), fields.end(), [](const QLineEdit* field) {
+            return field->isVisible() && field->text() == QLatin1String("Before");
+        });
+        QVERIFY(name != fields.end());
+        Hand::type(*name, QStringLiteral("After"));
+        QCOMPARE(made.data().toString(), QStringLiteral("Before"));
+        QVERIFY(m_window->close());
+        QFile saved(profile() + QStringLiteral("/packages.json"));
+        QVERIFY(saved.open(QIODevice::ReadOnly) && saved.readAll().contains("After"));
     }
 
     void anAbsentDeliveryIsForgottenOnceTheUserSaysSo()

@@ -73,6 +73,7 @@ DeskWindow::DeskWindow(Host* host)
 
 DeskWindow::~DeskWindow()
 {
+    finishTyping();
     // The selection goes with the tree, and nobody needs to hear of it any more.
     disconnect(tree().selectionModel(), nullptr, this, nullptr);
     // Hiding takes the focus away when this is but a widget.
@@ -335,8 +336,16 @@ Status DeskWindow::save()
     return work;
 }
 
+/// A field that is being typed in reports once it loses the focus.
+void DeskWindow::finishTyping()
+{
+    if (QWidget* field = focusWidget())
+        field->clearFocus();
+}
+
 void DeskWindow::closeEvent(QCloseEvent* event)
 {
+    finishTyping();
     if (!mayCloseWithJobs())
         return event->ignore();
     // Whoever stays now is not to be sent away by the end of a later export.

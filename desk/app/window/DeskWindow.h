@@ -152,6 +152,7 @@ private:
     void scheduleSave();
     void scheduleLook();
     void saveWhenDue();
+    void finishTyping();
     /// Whether the work could be kept, which the status bar tells, too.
     Status save();
     bool mayCloseWithJobs();
