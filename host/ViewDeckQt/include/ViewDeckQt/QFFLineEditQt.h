@@ -18,8 +18,8 @@ public:
     explicit QFFLineEditQt(const QString& text, QWidget* parent = nullptr);
 
     /// Shows a text that the program has, without touching cursor, selection and undo where it stands there already;
-    /// where it does not, the cursor keeps its place as far as it can. Not reported by textEdited. Where the program has
-    /// no other text than before, an unfinished one stays.
+    /// where it does not, the cursor keeps its place as far as it can. Not reported by textEdited. Where the program
+    /// has no other text than before, an unfinished one stays.
     void showText(const QString& text);
 
     /// Whether the user has changed the text and has neither left the line nor pressed Enter.
