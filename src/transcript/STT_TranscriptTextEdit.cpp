@@ -298,7 +298,7 @@ bool STT_TranscriptTextEdit::event(QEvent* event)
 void STT_TranscriptTextEdit::changeEvent(QEvent* event)
 {
     if (event->type() == QEvent::FontChange || event->type() == QEvent::ApplicationFontChange)
-        QAbstractScrollArea::changeEvent(event); // NOLINT(bugprone-parent-virtual-call)
+        QAbstractScrollArea::changeEvent(event); // NOLINT(*-parent-virtual-call) clazy:exclude=skipped-base-method
     else
         QTextEdit::changeEvent(event);
 }

@@ -192,8 +192,8 @@ private slots:
         const auto made = support::desk({"new", "original", "From the shell", "--profile", profile()});
         QCOMPARE(made.exitCode, 0);
         QCOMPARE(support::desk({"add", "1.1", m_clip, "--profile", profile()}).exitCode, 0);
-        desk::services::SettingsStorage(profile() + QStringLiteral("/packages.json"))
-            .set("VISITED_IMF_SETTINGS_KEY", {path(QStringLiteral("no disk/Harbour"))});
+        desk::services::SettingsStorage settings(profile() + QStringLiteral("/packages.json"));
+        settings.set("VISITED_IMF_SETTINGS_KEY", {path(QStringLiteral("no disk/Harbour"))});
         m_host = std::make_unique<Host>(profile());
         QVERIFY(m_host->claim().ok());
         DeskWindow::prepareLook(m_host->profile());
