@@ -108,8 +108,8 @@ void IMFAudioGroupDialog::connectAll()
 {
     connect(m_view->selectionModel(), &QItemSelectionModel::selectionChanged, this, &IMFAudioGroupDialog::markChanged);
     const auto findAgain = [this] { showTracks(m_view->selectedTracks() + m_missing); };
-    for (const auto change : {&QAbstractItemModel::rowsRemoved, &QAbstractItemModel::rowsInserted})
-        connect(m_tracks, change, this, findAgain);
+    connect(m_tracks, &QAbstractItemModel::rowsRemoved, this, findAgain);
+    connect(m_tracks, &QAbstractItemModel::rowsInserted, this, findAgain);
     connect(m_tracks, &QAbstractItemModel::modelReset, this, findAgain);
     connect(m_tracks, &QAbstractItemModel::dataChanged, this, [this, findAgain] {
         if (!m_missing.isEmpty())
