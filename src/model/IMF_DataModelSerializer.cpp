@@ -10,6 +10,7 @@
 #include "ViewDeckQt/ManagedMessageBox.h"
 
 #include <QJsonDocument>
+#include <QPersistentModelIndex>
 
 #include <algorithm>
 
@@ -144,13 +145,15 @@ QModelIndex IMF_DataModelSerializer::existingDelivery(const QJsonObject& element
 void IMF_DataModelSerializer::loadUnCommitedImps(const QModelIndex& delivery,
                                                  const std::shared_ptr<IMF_Node>& deliveryNode, const QJsonArray& imps)
 {
-    if (!delivery.isValid())
-        return;
+    // A host may let events through while it registers an item: rows may go behind each call.
+    const QPersistentModelIndex row = delivery;
     for (const QJsonValue& value : imps) {
+        if (!row.isValid())
+            return;
         const QJsonObject element = value.toObject();
         const std::shared_ptr<IMF_Node> node = IMF_PackageDeliveryReader::impFromJson(element, deliveryNode);
-        m_model->push_back(delivery, node);
-        const QModelIndex imp = m_model->getIMPModelIndex(delivery, NodeAccess::name(*node));
+        m_model->push_back(row, node);
+        const QPersistentModelIndex imp = m_model->getIMPModelIndex(row, NodeAccess::name(*node));
         IMFO_Bridge::IMFO_Error_t error;
         m_bridge->createIMP(error, IMF_PackageMgrQtModel::ComponentIDFromIndex(imp), metadataText(element));
         if (error.isError())
@@ -162,8 +165,11 @@ void IMF_DataModelSerializer::loadUnCommitedImps(const QModelIndex& delivery,
 
 void IMF_DataModelSerializer::loadUnCommitedCpls(const QModelIndex& imp, const QJsonArray& cpls)
 {
-    for (const QJsonValue& value : cpls)
-        loadUnCommitedCpl(imp, value.toObject());
+    const QPersistentModelIndex row = imp;
+    for (const QJsonValue& value : cpls) {
+        if (row.isValid())
+            loadUnCommitedCpl(row, value.toObject());
+    }
 }
 
 void IMF_DataModelSerializer::loadUnCommitedCpl(const QModelIndex& imp, const QJsonObject& element)
@@ -171,7 +177,7 @@ void IMF_DataModelSerializer::loadUnCommitedCpl(const QModelIndex& imp, const QJ
     const std::shared_ptr<IMF_Node> node =
         IMF_PackageDeliveryReader::cplFromJson(withoutSavedKeys(element), m_model->FromIndex(imp));
     m_model->push_back(imp, node);
-    const QModelIndex cpl = m_model->getCPLModelIndex(imp, NodeAccess::name(*node));
+    const QPersistentModelIndex cpl = m_model->getCPLModelIndex(imp, NodeAccess::name(*node));
     const QByteArray componentId = IMF_PackageMgrQtModel::ComponentIDFromIndex(cpl);
     m_model->addTrackGroups(componentId, element.value(ImfDict::CPLGroups).toArray());
     m_model->addTrackModel(cpl, NodeAccess::property(*node, ImfDict::CPLMobID));

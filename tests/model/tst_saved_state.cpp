@@ -149,6 +149,33 @@ private slots:
         QCOMPARE(outline(*f.model), QString("Film(Feature(Sequence m2))"));
     }
 
+    void rowsMayGoWhileTheHostRegistersThem_data()
+    {
+        const support::Rows<QString, int, QString> row;
+        row("the delivery, at an IMP", "createIMP", 0, "");
+        row("the delivery, at a CPL", "createCPL", 0, "");
+        row("the IMP itself", "createIMP", 1, "Film(Untitled IMP.1)");
+        row("the IMP of the CPL", "createCPL", 1, "Film(Untitled IMP.1)");
+    }
+
+    void rowsMayGoWhileTheHostRegistersThem()
+    {
+        const auto [operation, depth, left] = support::fetched<QString, int, QString>();
+        ModelFixture f;
+        buildFilm(f);
+        f.controller().onSaveSettings();
+        bool removed = false;
+        f.bridge.onCall = [&, operation = operation, depth = depth](const QString& call) {
+            if (std::exchange(removed, removed || call.startsWith(operation)) || !removed)
+                return;
+            const QModelIndex delivery = f.model->index(0, 0);
+            f.model->removeIndex(depth == 0 ? delivery : f.model->index(0, 0, delivery));
+        };
+        f.restart();
+        QVERIFY(removed);
+        QCOMPARE(outline(*f.model), left);
+    }
+
     void damageCostsNoMoreThanTheDamagedItem_data()
     {
         const support::Rows<QString, QJsonValue, QString> row;
