@@ -258,7 +258,12 @@ void IMF_CPL::UpdateJsonFromTargetFormatBuilder()
         return;
     // What was written to disk stays as it is, whether or not the builder would offer it today.
     const bool committed = m_status == IMF_PackageMgr::Committed;
+    const QString rateKey = QString::fromLatin1(ImfDict::FrameRate);
+    const bool isRateMissing = committed && EncodingParameters::choice(m_json, rateKey).isEmpty();
     EncodingParameters::write(m_json, *m_targetFormatBuilder, committed ? Precedence::Document : Precedence::Builder);
+    // The builder's value is always one of its choices, also where the rate is none of them.
+    if (isRateMissing && m_targetFormatBuilder->frameRate().isEmpty())
+        EncodingParameters::store(m_json, rateKey, EncodingParameters::entry({unknown}, 0));
     m_targetFormatBuilder->setAudioMapping(JSON::FlattenMultiMix(multiMixOf(m_json)));
 }
 

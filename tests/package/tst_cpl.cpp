@@ -272,9 +272,17 @@ private slots:
         QCOMPARE(section(cpl, "Video").value("Frame Rate").toString(), QString("48"));
         QCOMPARE(video(cpl, "Resolution"), QString("3840x2160"));
         QVERIFY(cpl->isValidFPS());
-        m_engine->makeBuilder = [] { return nullptr; };
-        Placed bare(documentOf("mob"), IMF_PackageMgr::Committed);
-        QCOMPARE(video(bare, "Frame Rate"), QString("Unknown"));
+
+        struct Nameless : support::FakeTargetFormatBuilder {
+            QString frameRate() const override { return {}; }
+        };
+
+        const std::vector<std::shared_ptr<TargetFormatBuilder>> builders{nullptr, std::make_shared<Nameless>()};
+        for (const auto& builder : builders) {
+            m_engine->makeBuilder = [builder] { return builder; };
+            Placed bare(documentOf("mob"), IMF_PackageMgr::Committed);
+            QCOMPARE(video(bare, "Frame Rate"), QString("Unknown"));
+        }
     }
 
     void aDamagedDocumentIsSettledAtOnceAndSurvivesEveryEdit()
