@@ -76,12 +76,17 @@ endfunction()
 
 find_program(STRATACUT_XVFB_RUN xvfb-run DOC "Runs a program on an X server of its own")
 
+# A home of the tests' own: they neither read nor write what the developer's programs keep in theirs.
+set(STRATACUT_TEST_HOME "${CMAKE_BINARY_DIR}/home")
 set(STRATACUT_TEST_ENV
-    "QT_QPA_PLATFORM=offscreen;SDL_AUDIODRIVER=dummy;TZ=UTC;LC_ALL=C.UTF-8;QT_LOGGING_RULES=;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime")
+    "QT_QPA_PLATFORM=offscreen;SDL_AUDIODRIVER=dummy;TZ=UTC;LC_ALL=C.UTF-8;QT_LOGGING_RULES=;XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/runtime"
+    "HOME=${STRATACUT_TEST_HOME}" "XDG_CONFIG_HOME=${STRATACUT_TEST_HOME}/.config"
+    "XDG_DATA_HOME=${STRATACUT_TEST_HOME}/.local/share" "XDG_CACHE_HOME=${STRATACUT_TEST_HOME}/.cache"
+    "XDG_STATE_HOME=${STRATACUT_TEST_HOME}/.local/state")
 if(STRATACUT_SANITIZE)
   list(APPEND STRATACUT_TEST_ENV
        "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/leaks.supp:print_suppressions=0"
        "UBSAN_OPTIONS=print_stacktrace=1")
 endif()
-file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/runtime")
+file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/runtime" "${STRATACUT_TEST_HOME}")
 file(CHMOD "${CMAKE_BINARY_DIR}/runtime" DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
