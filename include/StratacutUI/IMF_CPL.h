@@ -3,7 +3,9 @@
 #include "StratacutUI/Export.h"
 #include "StratacutUI/IMF_PackageMgr.h"
 
+#include <QAbstractItemModel>
 #include <QJsonObject>
+#include <QPointer>
 #include <QString>
 
 #include <memory>
@@ -11,7 +13,6 @@
 #include <string_view>
 
 class IMF_Node;
-class QAbstractItemModel;
 class QJsonArray;
 class QVariant;
 class TargetFormatBuilder;
@@ -85,7 +86,7 @@ public:
     /// False when the output offers no such frame rate as the sequence has.
     bool isValidFPS() const { return m_validFPS; }
 
-    /// The model of the CPL's audio track groups; null when there is none. Not owned.
+    /// The model of the CPL's audio track groups; null when there is none or it is gone. Not owned.
     QAbstractItemModel* getAudioGroupingModel() const { return m_audioGroupingModel; }
 
     void setAudioGroupingModel(QAbstractItemModel* model) { m_audioGroupingModel = model; }
@@ -116,5 +117,5 @@ private:
     bool m_valid = false;
     bool m_validFPS = true;
     std::shared_ptr<TargetFormatBuilder> m_targetFormatBuilder;
-    QAbstractItemModel* m_audioGroupingModel = nullptr;
+    QPointer<QAbstractItemModel> m_audioGroupingModel;
 };

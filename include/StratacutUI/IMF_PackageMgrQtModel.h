@@ -106,7 +106,8 @@ public:
 
     static void* ToInternalPointer(IMF_Node* node);
     static IMF_Node* FromInternalPointer(void* pointer);
-    /// The node behind an index of this model; the root for an invalid index.
+    /// The node behind an index; the root for an invalid one. An index of another model is a programming error, and
+    /// counts as invalid.
     std::shared_ptr<IMF_Node> FromIndex(const QModelIndex& index) const;
     /// The index of a node; invalid for the root and for a node outside this tree.
     QModelIndex indexOf(const IMF_Node* node, int column = 0) const;

@@ -139,7 +139,9 @@ IMF_Node* IMF_PackageMgrQtModel::FromInternalPointer(void* pointer)
 
 std::shared_ptr<IMF_Node> IMF_PackageMgrQtModel::FromIndex(const QModelIndex& index) const
 {
-    return index.isValid() ? FromInternalPointer(index.internalPointer())->getNode() : m_root;
+    const bool own = index.isValid() && index.model() == this;
+    NV_ASSERT(own || !index.isValid());
+    return own ? FromInternalPointer(index.internalPointer())->getNode() : m_root;
 }
 
 QModelIndex IMF_PackageMgrQtModel::indexOf(const IMF_Node* node, int column) const

@@ -3,11 +3,13 @@
 #include "StratacutUI/IMF_Node.h"
 #include "StratacutUI/IMF_PackageDeliveryReader.h"
 #include "ViewDeckQt/NineSlice.h"
+#include "support/Assertions.h"
 #include "support/TestMain.h"
 
 #include <QItemSelectionModel>
 #include <QPixmap>
 #include <QSortFilterProxyModel>
+#include <QStringListModel>
 #include <QTreeView>
 
 using Model = IMF_PackageMgrQtModel;
@@ -55,6 +57,11 @@ private slots:
         QVERIFY(IMF_Controller::itemInfo({}).metadataJson.isEmpty());
         QVERIFY(!f.model->removeIndex({}) && !f.model->setData({}, "x"));
         QVERIFY(!f.model->replace({}, IMF_Node::Create()).isValid());
+
+        const QStringListModel stranger({"x"});
+        support::Assertions assertions;
+        QCOMPARE(f.model->FromIndex(stranger.index(0)), f.model->FromIndex({}));
+        QCOMPARE(assertions.take(), QStringList("IMF_PackageMgrQtModel: own || !index.isValid()"));
     }
 
     void eachKindAllowsWhatItCan()
@@ -122,6 +129,9 @@ private slots:
         QVERIFY(shared && tracks(second) == shared && tracks(other) != shared);
         QCOMPARE(f.engine.takeCalls().filter("fill"),
                  QStringList({"fillAudioGroupingModel(model, m1)", "fillAudioGroupingModel(model, m2)"}));
+        // The host may let go of it first.
+        delete tracks(other).data();
+        QVERIFY(!tracks(other));
         f.controller().onRemoveIMFItem(first);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QCOMPARE(tracks(second), shared);
