@@ -94,7 +94,7 @@ public:
     View view() const;
     void restoreView(const View& view);
 
-    /// Blocks that take no room, in ascending order.
+    /// Blocks that take no room, in ascending order; numbers outside of the text are left out.
     void setHiddenBlocks(const std::vector<int>& blocks);
 
     /// Shows the text in a font; the place that is in view stays.

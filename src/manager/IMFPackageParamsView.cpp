@@ -167,7 +167,8 @@ void IMF_PackageParamsView::writeUnfinished()
             if (item.isValid())
                 model->setData(item, text, role);
         };
-        QMetaObject::invokeMethod(m_model, write, Qt::QueuedConnection);
+        if (m_current.isValid())
+            QMetaObject::invokeMethod(m_model, write, Qt::QueuedConnection);
         line->revert();
     }
 }
@@ -256,7 +257,7 @@ void IMF_PackageParamsView::validateTextField(const QString& id)
 void IMF_PackageParamsView::onValueChanged(const QString& id, const QVariant& value)
 {
     // A message box in the middle of a change takes the focus from the field, which then reports once more.
-    if (m_updating)
+    if (m_updating || !m_current.isValid())
         return;
     validateTextField(id);
     // The host's refusal is shown to the user: the view may go behind the message.

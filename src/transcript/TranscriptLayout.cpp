@@ -141,6 +141,7 @@ void TranscriptLayout::forgetHeights()
     m_difference.assign(std::size_t(count), 0);
     forgetLines(0, std::numeric_limits<int>::max());
     m_hidden.erase(std::lower_bound(m_hidden.begin(), m_hidden.end(), count), m_hidden.end());
+    m_hidden.erase(m_hidden.begin(), std::lower_bound(m_hidden.begin(), m_hidden.end(), 0));
     if (m_reserve.font() != document()->defaultFont())
         m_reserve = BoldReserve(document()->defaultFont());
     readEstimate();
