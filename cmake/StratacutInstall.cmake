@@ -1,15 +1,19 @@
-# cmake --install: libraries, public headers, a CMake package and a pkg-config file.
+# cmake --install: libraries, public headers, a CMake package, a pkg-config file and the desk. A host that wants no desk
+# builds the target StratacutUI alone and installs with "--component libraries".
 include(CMakePackageConfigHelpers)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME libraries)
 
 set(stratacut_libraries StratacutUI ViewDeckQt NvCoreM2W10)
 set(stratacut_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/StratacutUI")
 
 foreach(library IN LISTS stratacut_libraries)
   set_target_properties(${library} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  # Qt keeps pointers into them (meta types, resources, styles) for as long as the process lives.
+  target_link_options(${library} PRIVATE -Wl,-z,nodelete)
 endforeach()
 install(TARGETS ${stratacut_libraries} EXPORT StratacutUITargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
-install(TARGETS stratacut-desk RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+install(TARGETS stratacut-desk RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT desk)
 
 foreach(folder IN ITEMS include/StratacutUI host/NvCore/include/NvCore host/ViewDeckQt/include/ViewDeckQt)
   install(DIRECTORY "${folder}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
@@ -29,3 +33,6 @@ install(FILES "${CMAKE_BINARY_DIR}/package/StratacutUIConfig.cmake"
   DESTINATION "${stratacut_package_dir}")
 install(FILES "${CMAKE_BINARY_DIR}/package/StratacutUI.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 install(FILES LICENSE README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/StratacutUI")
+# What a host is written from, at the places that the texts name.
+install(FILES docs/integrator-guide.md DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/StratacutUI/docs")
+install(DIRECTORY tests/build/consumer DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/StratacutUI/tests/build")
