@@ -22,9 +22,10 @@ struct IMFO_TrackInfo;
 /// The host implements this class, owns the object and keeps it alive longer than the item model. The module stores
 /// plain pointers and never deletes it. Every call is made on the user-interface thread, fills the error value that it
 /// is given (success included) and must not throw. Arguments are valid for the length of the call. Where a slot says no
-/// more, a failure is shown to the user, its other results are not looked at, and the action stops there. The order of
-/// the declarations is the binary interface: a host that was compiled against this header relies on each slot's
-/// position.
+/// more, a failure is shown to the user, its other results are not looked at, and the action stops there. The user
+/// waits for each call. From inside one the host neither changes nor destroys the model, nor runs an event loop, in
+/// which the user could. The order of the declarations is the binary interface: a host that was compiled against this
+/// header relies on each slot's position.
 class STRATACUTUI_EXPORT IMFO_Bridge
 {
 public:

@@ -20,13 +20,15 @@ class ISettingsStorage;
 /// committing items. The item model owns it; the views call its slots. Failures end in a message box.
 ///
 /// Everything runs on the user-interface thread. The completion of a commit may come from any thread and at any time,
-/// also when the item, the controller or the model is gone; it is then dropped.
+/// also when the item, the controller or the model is gone; it is then dropped. Indexes are those of the item model: a
+/// host that puts a proxy between it and a view maps them first.
 class STRATACUTUI_EXPORT IMF_Controller : public QObject
 {
     Q_OBJECT
 public:
     /// Loads the saved state into the model at once.
-    /// @param bridge must outlive the controller.
+    /// @param model must not be null. @param bridge must not be null and must outlive the controller. @param settings
+    ///        may be null: nothing is loaded or saved.
     IMF_Controller(IMF_PackageMgrQtModel* model, IMFO_Bridge* bridge, std::unique_ptr<ISettingsStorage> settings,
                    QObject* parent);
     ~IMF_Controller() override;

@@ -146,10 +146,10 @@ public:
     /// The item's document as saved state holds it: a CPL's with its sequence and its track groups. Without children.
     QJsonObject serializeIndexToJson(const QModelIndex& index) const;
 
-    /// Appends `node` below `parent` and makes it that node's child.
+    /// Appends `node`, which must not be null, below `parent` and makes it that node's child.
     void push_back(const QModelIndex& parent, const std::shared_ptr<IMF_Node>& node);
-    /// Puts `node` in the place of a row. Persistent indexes of the row follow to the new node; those of items below it
-    /// become invalid, as do the track data of its CPLs.
+    /// Puts `node`, which must not be null, in the place of a row. Persistent indexes of the row follow to the new
+    /// node; those of items below it become invalid, as do the track data of its CPLs.
     /// @return the index of the new node; invalid when `index` is.
     QModelIndex replace(const QModelIndex& index, const std::shared_ptr<IMF_Node>& node);
     /// Removes the row from the tree. False for an invalid index.

@@ -9,6 +9,14 @@
 /// A key/value store for JSON arrays in the host's settings. The host hands it over as a unique owner; the controller
 /// keeps it and destroys it with itself. Used on the user-interface thread; nothing here throws or reports an error.
 /// Keys are ASCII and valid for the length of the call. The order of the declarations is the binary interface.
+///
+/// | key                        | what the array holds                                                          |
+/// |----------------------------|-------------------------------------------------------------------------------|
+/// | "VISITED_IMF_SETTINGS_KEY" | the folders of the deliveries on disk that are in the tree, as text           |
+/// | "UNBURNED_ITEMS_KEY"       | the documents of what is not committed                                        |
+///
+/// Both are read when the controller is made and written by IMF_Controller::onSaveSettings alone. A folder that could
+/// not be read is not in the tree, so it is not written again: a host that wants it back keeps it.
 class STRATACUTUI_EXPORT ISettingsStorage
 {
 public:

@@ -15,6 +15,7 @@ namespace ImfDict
 /// @name Every item
 /// @{
 inline constexpr char Name[] = "Name";
+/// "Delivery", "IMP" or "CPL".
 inline constexpr char Type[] = "Type";
 /// Boolean: true while the item is uncommitted.
 inline constexpr char Mutable[] = "Mutable";
@@ -64,6 +65,7 @@ inline constexpr char Issuer[] = "Issuer";
 inline constexpr char Creator[] = "Creator";
 inline constexpr char Annotation[] = "Annotation";
 inline constexpr char ContentOriginator[] = "ContentOriginator";
+/// What the tree shows of a CPL; a CPL without it has an empty row.
 inline constexpr char ContentTitle[] = "ContentTitle";
 /// Object: "Scope", "Value" and, for the chooser, "values".
 inline constexpr char ContentKind[] = "ContentKind";

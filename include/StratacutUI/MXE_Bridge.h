@@ -42,9 +42,11 @@ struct MXE_TrackColumns {
 ///
 /// The host implements this class and installs it once with IMF_MXE_bridge::Initialize, which owns it from then on.
 /// All calls come from the user-interface thread and must not throw; none reports an error: what the host does not know
-/// it answers as each slot says. Arguments are valid for the length of the call. `mobId` is the host's identifier of a
-/// sequence: stable from run to run, opaque to the module. A track data model is never null except where a slot says
-/// so. The order of the declarations is the binary interface.
+/// it answers as each slot says. Arguments are valid for the length of the call. From inside one the host neither
+/// changes nor destroys the item model, nor runs an event loop, in which the user could; the same holds for
+/// TargetFormatBuilder and IAudioMixDescription. `mobId` is the host's identifier of a sequence: stable from run to
+/// run, opaque to the module. A track data model is never null except where a slot says so. The order of the
+/// declarations is the binary interface.
 class STRATACUTUI_EXPORT MXE_Bridge
 {
 public:

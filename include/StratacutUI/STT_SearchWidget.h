@@ -17,7 +17,7 @@ class STT_TranscriptManagerWindow;
 class STT_TranscriptTextEdit;
 
 /// The search bar of a transcript window, its parent: highlights every occurrence of a word or phrase in the transcript
-/// and steps from one to the next in reading order. With any other parent it does nothing.
+/// and steps from one to the next in reading order. The window makes its own. With any other parent it does nothing.
 ///
 /// Case and punctuation do not matter, and an occurrence may lie inside a word. What is in view is highlighted at once;
 /// the rest of a long transcript is searched in slices from the event loop. User-interface thread only.

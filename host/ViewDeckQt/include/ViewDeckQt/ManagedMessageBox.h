@@ -10,6 +10,7 @@ namespace ViewDeckQt::ManagedMessageBox
 {
 
 /// Shows a modal message box and waits for the user's answer. The text is shown verbatim, never as rich text.
+/// User-interface thread only.
 ///
 /// Escape and the window's close control answer, in this order, with the first of Cancel, No, Close, Abort, Discard, Ok
 /// that is among the buttons, or else with the default button. That is the answer, too, when `parent` is destroyed
