@@ -119,21 +119,21 @@ void IMF_Controller::onCommit(const QModelIndexList& selectedItems)
 {
     if (selectedItems.isEmpty() || !selectedItems.first().isValid())
         return;
-    const QModelIndex index = selectedItems.first().siblingAtColumn(0);
-    if (!applyAllNeededSettingsAndDescriptiveMetadata(index))
+    const QPersistentModelIndex row = selectedItems.first().siblingAtColumn(0);
+    if (!applyAllNeededSettingsAndDescriptiveMetadata(row) || !row.isValid())
         return;
-    const IMFO_ItemInfo info = itemInfo(index);
+    const IMFO_ItemInfo info = itemInfo(row);
     if (info.nodeType == IMF_PackageMgr::CPL)
         return;
     IMFO_Bridge::Error error;
-    if (info.nodeType == IMF_PackageMgr::IMP && index.parent().isValid()) {
-        const IMFO_ItemInfo parentInfo = itemInfo(index.parent());
+    if (info.nodeType == IMF_PackageMgr::IMP && row.parent().isValid()) {
+        const IMFO_ItemInfo parentInfo = itemInfo(row.parent());
         m_bridge->applyDescriptiveMetadata(error, parentInfo.metadataJson, parentInfo);
-        if (Messages::showIfFailed(error))
+        if (Messages::showIfFailed(error) || !row.isValid())
             return;
     }
     const quint64 ticket = m_nextTicket++;
-    m_commits.emplace(ticket, index);
+    m_commits.emplace(ticket, row);
     m_bridge->commit(error, info, [mailbox = m_mailbox, ticket](const IMFO_Bridge::Error& outcome) {
         mailbox->post(ticket, outcome);
     });
@@ -144,19 +144,26 @@ void IMF_Controller::onCommit(const QModelIndexList& selectedItems)
 
 bool IMF_Controller::applyAllNeededSettingsAndDescriptiveMetadata(const QModelIndex& index)
 {
-    const IMFO_ItemInfo info = itemInfo(index);
+    // A host may let events through while it stores something: rows may go behind each call, and need nothing then.
+    const QPersistentModelIndex row = index;
+    const IMFO_ItemInfo info = itemInfo(row);
     IMFO_Bridge::Error error;
     if (info.nodeType == IMF_PackageMgr::CPL) {
         m_bridge->applyCommitSettings(error, info.commitSettingsJson, info);
         if (Messages::showIfFailed(error))
             return false;
+        if (!row.isValid())
+            return true;
     }
     m_bridge->applyDescriptiveMetadata(error, info.metadataJson, info);
     if (Messages::showIfFailed(error))
         return false;
-    const QModelIndexList uncommitted = m_model->getUnBurnedIndexes(index);
-    return std::all_of(uncommitted.begin(), uncommitted.end(), [this](const QModelIndex& child) {
-        return applyAllNeededSettingsAndDescriptiveMetadata(child);
+    if (!row.isValid())
+        return true;
+    const QModelIndexList found = m_model->getUnBurnedIndexes(row);
+    const QVector<QPersistentModelIndex> uncommitted(found.begin(), found.end());
+    return std::all_of(uncommitted.begin(), uncommitted.end(), [this](const QPersistentModelIndex& child) {
+        return !child.isValid() || applyAllNeededSettingsAndDescriptiveMetadata(child);
     });
 }
 

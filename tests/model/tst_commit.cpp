@@ -75,6 +75,31 @@ private slots:
         QCOMPARE(film.f.bridge.takeCalls(), calls);
     }
 
+    void rowsMayGoWhileTheHostIsTold_data()
+    {
+        const support::Rows<QPersistentModelIndex Film::*, QString, QStringList> row;
+        const QString d = "applyDescriptiveMetadata(Film#1)";
+        const QString i = "applyDescriptiveMetadata(Film#1/Untitled IMP)";
+        const QString second = "applyDescriptiveMetadata(Film#1/Untitled IMP.1)";
+        const QString settings = "applyCommitSettings(Film#1/Untitled IMP/Sequence m1)";
+        row("all, at the first call", &Film::delivery, d, {d});
+        row("all, further down", &Film::delivery, settings, {d, i, settings});
+        row("an IMP", &Film::imp, i, {d, i, second, "commit(Film#1)"});
+        row("a CPL", &Film::cpl, settings, {d, i, settings, second, "commit(Film#1)"});
+    }
+
+    void rowsMayGoWhileTheHostIsTold()
+    {
+        const auto [gone, call, calls] = support::fetched<QPersistentModelIndex Film::*, QString, QStringList>();
+        Film film;
+        film.f.bridge.onCall = [&film, gone = gone, call = call](const QString& made) {
+            if (made == call)
+                film.f.model->removeIndex(film.*gone);
+        };
+        film.commit(film.delivery);
+        QCOMPARE(film.f.bridge.takeCalls(), calls);
+    }
+
     void anyRefusalStopsTheCommit()
     {
         const QStringList refusals{"applyCommitSettings(Film#1/Untitled IMP/Sequence m1)",
