@@ -91,6 +91,15 @@ Error openFailure(const QString& path, const Probed& probed, int code)
             QStringLiteral("copy or render the file again")};
 }
 
+void tell(AVFormatContext& file, const KnownPicture& known)
+{
+    if (known.stream < 0 || unsigned(known.stream) >= file.nb_streams)
+        return;
+    AVCodecParameters& par = *file.streams[known.stream]->codecpar;
+    if (par.codec_id == known.codec && par.format == AV_PIX_FMT_NONE)
+        par.format = known.pixelFormat;
+}
+
 } // namespace
 
 Result<QString> checkedMediaPath(const QString& path)
@@ -116,7 +125,19 @@ Result<QString> checkedMediaPath(const QString& path)
     return file.canonicalFilePath();
 }
 
-Result<FormatPtr> openMediaFile(const QString& path)
+bool isIntraOnly(AVCodecID codec)
+{
+    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(codec);
+    return descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_INTRA_ONLY) != 0;
+}
+
+KnownPicture knownPicture(const AVStream& stream)
+{
+    const AVCodecParameters& par = *stream.codecpar;
+    return isIntraOnly(par.codec_id) ? KnownPicture{stream.index, par.codec_id, par.format} : KnownPicture();
+}
+
+Result<FormatPtr> openMediaFile(const QString& path, const KnownPicture& known)
 {
     quietLibraries();
     const Result<Probed> probed = probedFormat(path);
@@ -133,6 +154,7 @@ Result<FormatPtr> openMediaFile(const QString& path)
     if (code < 0)
         return openFailure(path, *probed, code);
     FormatPtr file(context);
+    tell(*context, known);
     if (const int found = avformat_find_stream_info(context, nullptr); found < 0)
         return openFailure(path, *probed, found);
     return file;

@@ -9,9 +9,22 @@ namespace desk::media
 /// The absolute canonical path of a readable, non-empty file of this machine.
 Result<QString> checkedMediaPath(const QString& path);
 
+/// What one opening has learned by decoding, so that the next ones of the same file need not decode for it. Only of
+/// codecs without references between pictures: of others the library also counts how they are reordered.
+struct KnownPicture {
+    int stream = -1;
+    AVCodecID codec = AV_CODEC_ID_NONE;
+    int pixelFormat = AV_PIX_FMT_NONE;
+};
+
+/// Knows nothing where it cannot serve.
+KnownPicture knownPicture(const AVStream& stream);
+
+bool isIntraOnly(AVCodecID codec);
+
 /// Opens a file that checkedMediaPath() let through and finds its streams. Opens this one file and nothing that it
 /// refers to: playlists are refused, and so is every protocol but plain files.
-Result<FormatPtr> openMediaFile(const QString& path);
+Result<FormatPtr> openMediaFile(const QString& path, const KnownPicture& known = {});
 
 /// Opens the decoder of one stream. `threadType` is FF_THREAD_FRAME and FF_THREAD_SLICE; `threads` 0 is one a core.
 struct DecoderThreads {

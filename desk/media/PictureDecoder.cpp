@@ -37,7 +37,7 @@ Error PictureDecoder::failure(qint64 number, const QString& what) const
 
 Status PictureDecoder::open()
 {
-    Result<FormatPtr> file = openMediaFile(m_path);
+    Result<FormatPtr> file = openMediaFile(m_path, m_index.known);
     if (!file)
         return file.error();
     if (m_index.stream < 0 || unsigned(m_index.stream) >= (*file)->nb_streams)
@@ -53,8 +53,7 @@ Status PictureDecoder::open()
     // Only now: what was open before stays so where the file is another by now.
     m_file = std::move(*file);
     m_codec = std::move(*codec);
-    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(m_codec->codec_id);
-    m_intra = descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_INTRA_ONLY) != 0;
+    m_intra = isIntraOnly(m_codec->codec_id);
     m_number = -1;
     m_count = 0;
     m_barrier = m_sought = -1;

@@ -30,6 +30,7 @@ public:
         : m_path(path), m_file(file), m_stream(*file.streams[stream])
     {
         m_index.stream = stream;
+        m_index.known = knownPicture(m_stream);
         m_index.timeBase = m_stream.time_base;
     }
 
@@ -171,6 +172,8 @@ Status Indexer::findFirst()
                      QStringLiteral("no frame can be decoded"),
                      QStringLiteral("copy or render the file again")};
     m_index.first = (*frame)->best_effort_timestamp;
+    if (isWhole(**frame))
+        m_index.shape = shapeOf(**frame);
     return {};
 }
 
@@ -295,6 +298,11 @@ Result<PictureIndex> Indexer::run()
 }
 
 } // namespace
+
+PictureIndex::Shape shapeOf(const AVFrame& frame)
+{
+    return {frame.width, frame.height, frame.interlaced_frame != 0};
+}
 
 Result<PictureIndex> indexPicture(const QString& path, AVFormatContext& file, int stream)
 {

@@ -2,8 +2,9 @@
 
 #include "desk/base/Rational.h"
 #include "desk/base/Result.h"
-#include "desk/media/FfHandles.h"
+#include "desk/media/MediaFile.h"
 
+#include <optional>
 #include <vector>
 
 namespace desk::media
@@ -20,7 +21,17 @@ public:
         ByCount
     };
 
+    /// What only a picture itself tells for certain.
+    struct Shape {
+        int width = 0;
+        int height = 0;
+        bool interlaced = false;
+    };
+
     int stream = -1;
+    KnownPicture known;
+    /// Of frame 0, where it was decoded on the way and is whole.
+    std::optional<Shape> shape;
     Access access = Access::ByTime;
     Rational rate;
     /// Seconds a tick.
@@ -39,6 +50,8 @@ public:
         return first + av_rescale_q(number, {int(rate.den), int(rate.num)}, timeBase);
     }
 };
+
+PictureIndex::Shape shapeOf(const AVFrame& frame);
 
 /// Finds rate, first time and length of the picture in `file`, whose position is undefined afterwards. Fails for a
 /// variable rate and for a cut file.

@@ -218,19 +218,29 @@ Sequence describeFile(const QString& path)
 namespace
 {
 
-/// Some files leave it to the pictures to say that they are made of fields.
-Status learnFromFirstFrame(Sequence& sequence)
+Result<PictureIndex::Shape> shapeOfFirstFrame(const Sequence& sequence)
 {
+    if (sequence.index->shape)
+        return *sequence.index->shape;
     PictureDecoder decoder(sequence.path, *sequence.index, {FF_THREAD_SLICE, 1});
     if (const Status status = decoder.open(); !status)
-        return status;
+        return status.error();
     const Result<const AVFrame*> frame = decoder.frame(0);
     if (!frame)
         return frame.error();
+    return shapeOf(**frame);
+}
+
+/// Some files leave it to the pictures to say that they are made of fields.
+Status learnFromFirstFrame(Sequence& sequence)
+{
+    const Result<PictureIndex::Shape> shape = shapeOfFirstFrame(sequence);
+    if (!shape)
+        return shape.error();
     PictureTrackInfo& info = *sequence.picture;
-    info.interlaced = info.interlaced || (*frame)->interlaced_frame != 0;
-    info.width = (*frame)->width;
-    info.height = (*frame)->height;
+    info.interlaced = info.interlaced || shape->interlaced;
+    info.width = shape->width;
+    info.height = shape->height;
     return {};
 }
 

@@ -48,7 +48,7 @@ qint64 bytesOf(const AVPacket& packet)
 
 Status SoundPackets::start()
 {
-    Result<FormatPtr> file = openMediaFile(m_path);
+    Result<FormatPtr> file = openMediaFile(m_path, m_picture);
     if (!file)
         return file.error();
     if (!m_queues.empty() && unsigned(m_queues.rbegin()->first) >= (*file)->nb_streams)

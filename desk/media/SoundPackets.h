@@ -16,7 +16,10 @@ public:
     /// What kept packets may take in memory, in bytes.
     static constexpr qint64 plenty = 128 << 20;
 
-    explicit SoundPackets(QString path, qint64 mostBytes = plenty) : m_path(std::move(path)), m_mostBytes(mostBytes) {}
+    explicit SoundPackets(QString path, qint64 mostBytes = plenty, const KnownPicture& picture = {})
+        : m_path(std::move(path)), m_mostBytes(mostBytes), m_picture(picture)
+    {
+    }
 
     const QString& path() const { return m_path; }
 
@@ -64,6 +67,7 @@ private:
 
     QString m_path;
     qint64 m_mostBytes;
+    KnownPicture m_picture;
     FormatPtr m_file;
     int m_pass = 0;
     bool m_fromStart = true;

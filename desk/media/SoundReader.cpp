@@ -179,7 +179,8 @@ Result<std::unique_ptr<SoundReader>> SoundReader::open(const Sequence& sequence,
     d->path = sequence.path;
     d->tracks = tracks.size();
     d->edits = sequence.edits;
-    const auto packets = std::make_shared<SoundPackets>(sequence.path);
+    const KnownPicture picture = sequence.index ? sequence.index->known : KnownPicture();
+    const auto packets = std::make_shared<SoundPackets>(sequence.path, SoundPackets::plenty, picture);
     for (int place = 0; place < tracks.size(); ++place) {
         if (tracks[place] < 0 || tracks[place] >= sequence.audio.size())
             return Error{sequence.path,

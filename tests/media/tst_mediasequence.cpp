@@ -1,3 +1,4 @@
+#include "desk/media/PictureIndex.h"
 #include "desk/media/PictureReader.h"
 #include "desk/media/Sequence.h"
 #include "desk/media/SoundReader.h"
@@ -56,6 +57,27 @@ private slots:
         QCOMPARE(sequence.audio.size(), 1);
         QCOMPARE(sequence.audio[0].sampleRate, 44100);
         QCOMPARE(sequence.audio[0].language, QStringLiteral("ger"));
+    }
+
+    void whatOneOpeningLearnedSparesTheNextDecoding_data()
+    {
+        const support::Rows<bool> row;
+        row("prores_ks", true);
+        row("libx264", false);
+    }
+
+    /// Told something wrong, an opening that does not decode does not notice.
+    void whatOneOpeningLearnedSparesTheNextDecoding()
+    {
+        const QString codec = QString::fromLatin1(QTest::currentDataTag());
+        QVERIFY(m_maker.ffmpeg(
+            QStringLiteral("-i @numbers.nut -t 0.2 -pix_fmt yuv422p10le -c:v %1 @known.mov").arg(codec)));
+        const auto sequence = support::valueOf(openSequence(m_maker.path(QStringLiteral("known.mov"))));
+        KnownPicture known = sequence.index->known;
+        known.pixelFormat = AV_PIX_FMT_GBRP16LE;
+        const auto file = openMediaFile(sequence.path, known);
+        QVERIFY(file);
+        QCOMPARE((*file)->streams[0]->codecpar->format == known.pixelFormat, std::get<0>(support::fetched<bool>()));
     }
 
     void identifiersSurviveRewritingAndTellFilesApart()
