@@ -141,5 +141,6 @@ void PlainHeader::paintSection(QPainter* painter, const QRect& rect, int section
 QSize PlainHeader::sectionSizeFromContents(int section) const
 {
     const QString title = model()->headerData(section, Qt::Horizontal).toString();
-    return {fontMetrics().horizontalAdvance(title) + 2 * headerPadding, fontMetrics().height() + 2 * headerPadding};
+    // The advance is rounded, and a text that is a fraction wider than its place is elided.
+    return {fontMetrics().horizontalAdvance(title) + 1 + 2 * headerPadding, fontMetrics().height() + 2 * headerPadding};
 }
