@@ -23,7 +23,7 @@ QColor Tone::mix(const QColor& from, const QColor& to, qreal share)
 
 QColor Tone::border(const QPalette& palette)
 {
-    const qreal share = palette.currentColorGroup() == QPalette::Disabled ? 0.3 : 0.45;
+    const qreal share = palette.currentColorGroup() == QPalette::Disabled ? 0.3 : 0.52;
     return mix(palette.color(QPalette::Window), palette.color(QPalette::WindowText), share);
 }
 

@@ -24,6 +24,7 @@ constexpr NamedColor colors[] = {
     {"PanelBackgroundLighterColor", {48, 50, 54}, {246, 247, 248}},
     {"TETextColor", {226, 228, 231}, {24, 26, 29}},
     {"AppFontColor", {210, 212, 216}, {36, 38, 42}},
+    {"QuietFontColor", {156, 158, 162}, {98, 100, 104}},
     {"DisabledFontColor", {118, 121, 127}, {146, 149, 154}},
     {"ControlColor", {62, 65, 70}, {218, 220, 224}},
     {"HighlightColor", {43, 108, 176}, {43, 108, 176}},
@@ -58,7 +59,7 @@ constexpr PaletteRole paletteRoles[] = {
     {QPalette::Highlight, "HighlightColor"},
     {QPalette::HighlightedText, "HighlightedTextColor"},
     {QPalette::Link, "IconSecondColor"},
-    {QPalette::PlaceholderText, "DisabledFontColor"},
+    {QPalette::PlaceholderText, "QuietFontColor"},
 };
 
 constexpr QPalette::ColorRole disabledTextRoles[] = {QPalette::WindowText, QPalette::Text, QPalette::ButtonText,

@@ -39,7 +39,7 @@ int clipHeight(const QFont& font)
 
 QColor dim(const QPalette& palette)
 {
-    constexpr double share = 0.62;
+    constexpr double share = 0.68;
     const QColor& text = palette.color(QPalette::Active, QPalette::Text);
     const QColor& base = palette.color(QPalette::Active, QPalette::Base);
     const auto mix = [](int from, int to) { return int(from + (to - from) * share); };

@@ -139,7 +139,7 @@ void STT_MissingTranscriptWidget::paintEvent(QPaintEvent*)
     const bool busy = m_clip.state == STT_Transcription::Running;
     const QColor mark = failed ? colors.color(QStringLiteral("AttentionColor"))
                         : busy ? colors.color(QStringLiteral("IconSecondColor"))
-                               : colors.color(QStringLiteral("DisabledFontColor"));
+                               : colors.color(QStringLiteral("QuietFontColor"));
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(palette().color(QPalette::Mid));

@@ -191,7 +191,7 @@ void STT_SpeakerTextEdit::paintEvent(QPaintEvent* event)
     QPainter painter(viewport());
     const QRect all = viewport()->rect();
     if (isEditing()) {
-        painter.setPen(palette().color(QPalette::Highlight));
+        painter.setPen(palette().color(QPalette::Link));
         painter.drawRect(all.adjusted(0, 0, -1, -1));
     } else if (m_isElided) {
         const QRect place = all.adjusted(fieldMargin, 0, -fieldMargin, 0);

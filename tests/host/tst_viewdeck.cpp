@@ -170,11 +170,11 @@ private slots:
             QPalette::ColorRole ground;
         };
 
-        constexpr Pair pairs[] = {{QPalette::WindowText, QPalette::Window},
-                                  {QPalette::Text, QPalette::Base},
-                                  {QPalette::ButtonText, QPalette::Button},
-                                  {QPalette::HighlightedText, QPalette::Highlight},
-                                  {QPalette::ToolTipText, QPalette::ToolTipBase}};
+        constexpr Pair pairs[] = {
+            {QPalette::WindowText, QPalette::Window},      {QPalette::Text, QPalette::Base},
+            {QPalette::ButtonText, QPalette::Button},      {QPalette::HighlightedText, QPalette::Highlight},
+            {QPalette::PlaceholderText, QPalette::Base},   {QPalette::PlaceholderText, QPalette::Window},
+            {QPalette::ToolTipText, QPalette::ToolTipBase}};
         // Relative luminance and contrast as the Web Content Accessibility Guidelines 2.1 define them; 4.5 is level AA.
         const auto luminance = [](const QColor& color) {
             const auto linear = [](double c) { return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); };

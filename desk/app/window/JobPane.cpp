@@ -42,7 +42,7 @@ StateLook lookOf(JobRow::State state)
     case JobRow::State::Failed:
         return {"\xE2\x9C\x95", "AttentionColor"};
     case JobRow::State::Cancelled:
-        return {"\xE2\x80\x93", "DisabledFontColor"};
+        return {"\xE2\x80\x93", "QuietFontColor"};
     }
     return {"", "AppFontColor"};
 }

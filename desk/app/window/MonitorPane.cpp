@@ -341,7 +341,7 @@ void MonitorPane::paintEvent(QPaintEvent*)
     if (!m_view->hasFocus())
         return;
     QPainter painter(this);
-    painter.fillRect(m_view->geometry().adjusted(-2, -2, 2, 2), palette().color(QPalette::Highlight));
+    painter.fillRect(m_view->geometry().adjusted(-2, -2, 2, 2), palette().color(QPalette::Link));
 }
 
 void MonitorPane::dragEnterEvent(QDragEnterEvent* event)

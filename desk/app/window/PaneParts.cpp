@@ -7,18 +7,6 @@
 namespace desk::app
 {
 
-namespace
-{
-/// Between text and background: still easy to read, unlike the colour of what cannot be used.
-QColor quietColor(const QPalette& palette)
-{
-    const QColor& text = palette.color(QPalette::WindowText);
-    const QColor& ground = palette.color(QPalette::Window);
-    const auto mix = [](int a, int b) { return (a * 68 + b * 32) / 100; };
-    return {mix(text.red(), ground.red()), mix(text.green(), ground.green()), mix(text.blue(), ground.blue())};
-}
-} // namespace
-
 QuietLabel::QuietLabel(const QString& text, QWidget* parent) : QLabel(text, parent)
 {
     setTextFormat(Qt::PlainText);
@@ -38,8 +26,7 @@ void QuietLabel::useQuietColor()
 {
     m_changing = true;
     QPalette own;
-    own.setColor(QPalette::WindowText,
-                 quietColor(Palette::PaletteManager::paletteOf(Palette::PaletteManager::Instance().skin())));
+    own.setColor(QPalette::WindowText, Palette::PaletteManager::Instance().color(QStringLiteral("QuietFontColor")));
     setPalette(own);
     m_changing = false;
 }

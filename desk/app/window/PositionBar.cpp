@@ -90,7 +90,7 @@ void PositionBar::drawMarks(QPainter& painter, const QRectF& groove) const
         return;
     const qreal from = m_in < 0 ? groove.left() : placeOf(m_in);
     const qreal to = m_out < 0 ? groove.right() : placeOf(m_out);
-    const QColor accent = palette().color(QPalette::Highlight);
+    const QColor accent = palette().color(QPalette::Link);
     painter.setBrush(accent);
     painter.drawRoundedRect(QRectF(from, groove.top(), std::max<qreal>(2, to - from), groove.height()), 2, 2);
     painter.setBrush(palette().color(QPalette::WindowText));

@@ -23,6 +23,7 @@ enum class Skin { Dark, Light };
 /// | "PanelBackgroundLighterColor" | the background of lists, trees and forms         |
 /// | "TETextColor"                 | text in editable fields                          |
 /// | "AppFontColor"                | all other text                                   |
+/// | "QuietFontColor"              | facts and hints, which stand back                |
 /// | "DisabledFontColor"           | text of what cannot be used now                  |
 /// | "ControlColor"                | buttons and headers                              |
 /// | "HighlightColor"              | the background of selected rows and text         |
