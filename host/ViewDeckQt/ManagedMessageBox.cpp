@@ -2,9 +2,14 @@
 
 #include "ViewDeckQt/ManagedDialog.h"
 
+#include <QGridLayout>
+#include <QLabel>
 #include <QPointer>
+#include <QScreen>
+#include <QScrollArea>
 
 #include <algorithm>
+#include <memory>
 
 namespace
 {
@@ -25,6 +30,28 @@ ViewDeckQt::ManagedMessageBox::Presenter& presenter()
 }
 } // namespace
 
+void ViewDeckQt::ManagedMessageBox::keepOnScreen(QMessageBox& box)
+{
+    // A message box keeps its text at about this width where it can.
+    constexpr int usualWidth = 500;
+    constexpr double share = 0.7;
+    auto* label = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+    auto* layout = qobject_cast<QGridLayout*>(box.layout());
+    const QSize room = box.screen()->availableSize();
+    const int width = std::min(usualWidth, room.width() / 2);
+    label->setWordWrap(true);
+    if (!layout || label->heightForWidth(width) <= room.height() * share)
+        return;
+    auto* area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setAccessibleName(box.text());
+    area->setMinimumSize(width, int(room.height() * share));
+    const std::unique_ptr<QLayoutItem> former(layout->replaceWidget(label, area));
+    area->setWidget(label);
+}
+
 void ViewDeckQt::ManagedMessageBox::setPresenter(Presenter replacement)
 {
     presenter() = std::move(replacement);
@@ -43,6 +70,7 @@ QMessageBox::StandardButton ViewDeckQt::ManagedMessageBox::messageBox(QWidget* p
     box->setTextFormat(Qt::PlainText);
     box->setDefaultButton(defaultButton);
     box->setEscapeButton(escape);
+    keepOnScreen(*box);
     box->exec();
     if (!box)
         return escape;

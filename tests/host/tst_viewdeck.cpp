@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPointer>
+#include <QScreen>
 #include <QTranslator>
 
 #include <cmath>
@@ -116,6 +117,17 @@ private slots:
         }));
         ViewDeckQt::ManagedMessageBox::messageBox(nullptr, QMessageBox::Warning, QStringLiteral("Norvel Stratacut"),
                                                   text, QMessageBox::Ok, QMessageBox::Ok);
+    }
+
+    void aMessageThatIsTooLongScrollsOnTheScreen()
+    {
+        const support::WhenOpened opened(onBox([](QMessageBox& box) {
+            QVERIFY(box.screen()->availableGeometry().size().boundedTo(box.size()) == box.size());
+            box.close();
+        }));
+        ViewDeckQt::ManagedMessageBox::messageBox(nullptr, QMessageBox::Warning, QString(),
+                                                  QStringLiteral("A file cannot be read.\n").repeated(200),
+                                                  QMessageBox::Ok, QMessageBox::Ok);
     }
 
     void theWindowUsedLastComesFirstUntilItIsHidden()

@@ -71,6 +71,7 @@ int ask(QWidget* parent, const QString& text, const QVector<Choice>& choices)
         buttons += box->addButton(QString::fromLatin1(choice.text), choice.role);
     box->setEscapeButton(buttons.last());
     box->setDefaultButton(qobject_cast<QPushButton*>(buttons.last()));
+    ViewDeckQt::ManagedMessageBox::keepOnScreen(*box);
     box->exec();
     const int answer = box ? buttons.indexOf(box->clickedButton()) : choices.size() - 1;
     delete box;

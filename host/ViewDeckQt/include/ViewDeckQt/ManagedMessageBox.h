@@ -21,6 +21,10 @@ VIEWDECK_EXPORT QMessageBox::StandardButton messageBox(QWidget* parent, QMessage
                                                        const QString& text, QMessageBox::StandardButtons buttons,
                                                        QMessageBox::StandardButton defaultButton);
 
+/// Lets a text scroll that would make a message box higher than its screen, with its buttons out of reach. For boxes
+/// that messageBox() does not make; to be called once text and buttons are set and before the box is shown.
+VIEWDECK_EXPORT void keepOnScreen(QMessageBox& box);
+
 /// What a message box is to say and which answers it offers.
 struct Request {
     QMessageBox::Icon icon = QMessageBox::NoIcon;
