@@ -42,6 +42,7 @@ namespace
 constexpr int radius = 3;
 constexpr int verticalPadding = 5;
 constexpr int buttonPadding = 14;
+constexpr int leastPadding = 4;
 constexpr int arrowArea = 22;
 
 // A line keeps to whole device pixels at every scale.
@@ -180,6 +181,12 @@ void FamilyStyle::apply(QWidget* widget)
         widget->setStyle(DecorationManager::style());
 }
 
+bool FamilyStyle::isTooNarrow(const QWidget& button, const QString& text)
+{
+    const int needed = button.fontMetrics().size(Qt::TextShowMnemonic, text).width();
+    return needed > button.width() - 2 * leastPadding;
+}
+
 int FamilyStyle::fieldHeight(const QFontMetrics& metrics)
 {
     return metrics.height() + 2 * verticalPadding;
@@ -219,6 +226,13 @@ void FamilyStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* op
 void FamilyStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                               const QWidget* widget) const
 {
+    const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
+    if (element == CE_PushButtonLabel && button && widget && isTooNarrow(*widget, button->text)) {
+        QStyleOptionButton narrow(*button);
+        narrow.text = narrow.fontMetrics.elidedText(narrow.text, Qt::ElideRight, widget->width() - 2 * leastPadding,
+                                                    Qt::TextShowMnemonic);
+        return QProxyStyle::drawControl(element, &narrow, painter, widget);
+    }
     const auto* choice = qstyleoption_cast<const QStyleOptionComboBox*>(option);
     if (element != CE_ComboBoxLabel || !choice || choice->editable)
         return QProxyStyle::drawControl(element, option, painter, widget);

@@ -42,6 +42,9 @@ public:
     /// The height of every field and button.
     static int fieldHeight(const QFontMetrics& metrics);
 
+    /// Whether a button has no room for its text, which is then elided.
+    static bool isTooNarrow(const QWidget& button, const QString& text);
+
     void polish(QWidget* widget) override;
     using QProxyStyle::polish;
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,

@@ -7,7 +7,8 @@
 namespace ViewDeckQt
 {
 
-/// A push button in the look of the parameter widgets. It is never a dialog's default button unless it is told to be.
+/// A push button in the look of the parameter widgets. It is never a dialog's default button unless it is told to be. A
+/// text that it has no room for is elided and shown whole as a tool tip.
 class VIEWDECK_EXPORT StyledButton : public QPushButton
 {
     Q_OBJECT
@@ -15,6 +16,9 @@ class VIEWDECK_EXPORT StyledButton : public QPushButton
 public:
     explicit StyledButton(QWidget* parent = nullptr);
     explicit StyledButton(const QString& text, QWidget* parent = nullptr);
+
+protected:
+    bool event(QEvent* event) override;
 };
 
 } // namespace ViewDeckQt
