@@ -32,6 +32,8 @@ constexpr QSize firstSize(1600, 960);
 constexpr int smallestScreen = 1024;
 constexpr int binWidth = 320;
 constexpr int jobsHeight = 130;
+/// How long the status bar says what went well, in milliseconds.
+constexpr int noteTime = 10000;
 
 /// A splitter whose panes keep their sizes when the window grows, but for one.
 QSplitter* splitter(const char* name, Qt::Orientation orientation, const QList<QWidget*>& panes, int growing)
@@ -120,6 +122,8 @@ void DeskWindow::layOut()
     statusBar()->setSizeGripEnabled(false);
     m_hint->setContentsMargins(spacing::gap, 0, spacing::gap, 0);
     statusBar()->addWidget(m_hint, 1);
+    // A sentence may be longer than the bar.
+    connect(statusBar(), &QStatusBar::messageChanged, statusBar(), &QWidget::setToolTip);
     // A display that nobody looks at may be smaller than any desk.
     const QSize screen = QGuiApplication::primaryScreen()->availableSize();
     resize(screen.width() < smallestScreen ? firstSize : firstSize.boundedTo(screen));
@@ -186,7 +190,7 @@ void DeskWindow::connectTranscript()
     using speech::TranscriptStore;
     TranscriptService& service = m_host->transcripts();
     connect(m_transcript, &TranscriptPane::noted, this,
-            [this](const QString& text) { statusBar()->showMessage(text); });
+            [this](const QString& text) { statusBar()->showMessage(text, noteTime); });
     connect(m_transcript, &TranscriptPane::failed, this, [this](const QString& sentence) {
         m_errors += sentence;
         showErrors();

@@ -87,8 +87,6 @@ JobRow::JobRow(const Job& job, QWidget* parent)
 void JobRow::layOut()
 {
     auto* name = paneTitle(m_job.name);
-    name->setTextFormat(Qt::PlainText);
-    name->setMinimumWidth(1);
     m_sign->setForegroundRole(QPalette::WindowText);
     m_sign->setFixedWidth(18);
     m_sign->setAlignment(Qt::AlignCenter);

@@ -2,14 +2,55 @@
 
 #include "ViewDeckQt/PaletteManager.h"
 
-#include <QEvent>
+#include <QHelpEvent>
+#include <QPainter>
+#include <QStyle>
+#include <QToolTip>
+
+#include <algorithm>
 
 namespace desk::app
 {
 
-QuietLabel::QuietLabel(const QString& text, QWidget* parent) : QLabel(text, parent)
+PaneLabel::PaneLabel(const QString& text, QWidget* parent) : QLabel(text, parent)
 {
     setTextFormat(Qt::PlainText);
+}
+
+QSize PaneLabel::minimumSizeHint() const
+{
+    const QSize whole = QLabel::minimumSizeHint();
+    const int least = fontMetrics().averageCharWidth() * 3;
+    return wordWrap() ? whole : QSize(std::min(whole.width(), least), whole.height());
+}
+
+bool PaneLabel::isElided() const
+{
+    return !wordWrap() && fontMetrics().horizontalAdvance(text()) > contentsRect().width();
+}
+
+bool PaneLabel::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip || !toolTip().isEmpty() || !isElided())
+        return QLabel::event(event);
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), text().toHtmlEscaped(), this);
+    return true;
+}
+
+void PaneLabel::paintEvent(QPaintEvent* event)
+{
+    if (!isElided())
+        return QLabel::paintEvent(event);
+    QPainter painter(this);
+    const QRect place = contentsRect();
+    const Qt::Alignment lines = QStyle::visualAlignment(layoutDirection(), alignment());
+    const int reads = text().isRightToLeft() ? Qt::TextForceRightToLeft : Qt::TextForceLeftToRight;
+    style()->drawItemText(&painter, place, int(lines) | reads, palette(), isEnabled(),
+                          fontMetrics().elidedText(text(), Qt::ElideRight, place.width()), foregroundRole());
+}
+
+QuietLabel::QuietLabel(const QString& text, QWidget* parent) : PaneLabel(text, parent)
+{
     // Also where the background is that of a list.
     setForegroundRole(QPalette::WindowText);
     useQuietColor();
@@ -17,7 +58,7 @@ QuietLabel::QuietLabel(const QString& text, QWidget* parent) : QLabel(text, pare
 
 void QuietLabel::changeEvent(QEvent* event)
 {
-    QLabel::changeEvent(event);
+    PaneLabel::changeEvent(event);
     if (event->type() == QEvent::PaletteChange && !m_changing)
         useQuietColor();
 }
@@ -33,7 +74,7 @@ void QuietLabel::useQuietColor()
 
 QLabel* paneTitle(const QString& text)
 {
-    auto* label = new QLabel(text);
+    auto* label = new PaneLabel(text);
     QFont font = label->font();
     font.setBold(true);
     label->setFont(font);

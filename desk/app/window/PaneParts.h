@@ -15,8 +15,26 @@ inline constexpr int margin = 9;
 inline constexpr int gap = 6;
 } // namespace spacing
 
+/// A label for one line, which takes no more room than there is: what does not fit is elided and told by a tool tip.
+class PaneLabel : public QLabel
+{
+    Q_OBJECT
+
+public:
+    explicit PaneLabel(const QString& text = {}, QWidget* parent = nullptr);
+
+    QSize minimumSizeHint() const override;
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    bool isElided() const;
+};
+
 /// A label in the colour of what stands back: facts, hints, empty lists. Follows the skin.
-class QuietLabel : public QLabel
+class QuietLabel : public PaneLabel
 {
     Q_OBJECT
 
