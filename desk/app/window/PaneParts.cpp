@@ -81,6 +81,14 @@ QLabel* paneTitle(const QString& text)
     return label;
 }
 
+QLabel* fieldTitle(const QString& text, QWidget* field)
+{
+    auto* label = new QLabel(text);
+    label->setBuddy(field);
+    field->setAccessibleName(QString(text).remove(QLatin1Char('&')).remove(QLatin1Char(':')));
+    return label;
+}
+
 QLabel* invitation(const QString& text)
 {
     auto* label = new QuietLabel(text);

@@ -53,6 +53,9 @@ private:
 /// The name of a pane, in bold.
 QLabel* paneTitle(const QString& text);
 
+/// The title of a field, which a key leads to. The field takes its name from it.
+QLabel* fieldTitle(const QString& text, QWidget* field);
+
 /// An invitation in the middle of an empty pane.
 QLabel* invitation(const QString& text);
 

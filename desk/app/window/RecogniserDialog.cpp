@@ -73,9 +73,11 @@ void RecogniserDialog::layOut()
         "the command-line program of whisper.cpp and a model for it. All of it works offline."));
     hint->setWordWrap(true);
     auto* form = new QFormLayout;
-    form->addRow(QStringLiteral("Program"), withBrowse(m_program, QStringLiteral("Program of whisper.cpp")));
-    form->addRow(QStringLiteral("Model"), withBrowse(m_model, QStringLiteral("Model of whisper.cpp")));
-    form->addRow(QStringLiteral("Language"), m_language);
+    form->addRow(fieldTitle(QStringLiteral("&Program:"), m_program),
+                 withBrowse(m_program, QStringLiteral("Program of whisper.cpp")));
+    form->addRow(fieldTitle(QStringLiteral("&Model:"), m_model),
+                 withBrowse(m_model, QStringLiteral("Model of whisper.cpp")));
+    form->addRow(fieldTitle(QStringLiteral("&Language:"), m_language), m_language);
     auto* buttons = new QDialogButtonBox;
     buttons->addButton(new ViewDeckQt::StyledButton(QStringLiteral("OK")), QDialogButtonBox::AcceptRole);
     buttons->addButton(new ViewDeckQt::StyledButton(QStringLiteral("Cancel")), QDialogButtonBox::RejectRole);
