@@ -14,6 +14,7 @@
 #include <QEvent>
 #include <QFontDialog>
 #include <QMenu>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 using Window = STT_TranscriptManagerWindow;
@@ -144,7 +145,8 @@ void Window::layOut()
     for (ViewDeckQt::StyledIconButton* button : {m_gangButton, m_monitorButton, m_trackButton})
         toolBar->addWidget(button);
     toolBar->addSpacing(toolBarMargin);
-    toolBar->addWidget(new STT_SearchWidget(this), 1);
+    auto* search = new STT_SearchWidget(this);
+    toolBar->addWidget(search, 1);
     toolBar->addStretch();
     toolBar->addWidget(m_menuButton);
     auto* layout = new QVBoxLayout(this);
@@ -152,6 +154,10 @@ void Window::layOut()
     layout->setSpacing(0);
     layout->addLayout(toolBar);
     layout->addWidget(m_textEdit);
+    // Along the tool bar, then into the text.
+    const auto steps = search->findChildren<QToolButton*>(QString(), Qt::FindDirectChildrenOnly);
+    setTabOrder(steps.last(), m_menuButton);
+    setTabOrder(m_menuButton, m_textEdit);
 }
 
 void Window::connectAll()

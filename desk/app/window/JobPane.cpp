@@ -16,6 +16,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <utility>
 
 namespace desk::app
 {
@@ -124,6 +125,11 @@ void JobRow::changeEvent(QEvent* event)
         setState(m_state, m_facts->text());
 }
 
+QWidgetList JobRow::tabStops() const
+{
+    return {m_cancel, m_open};
+}
+
 void JobRow::showProgress(const services::ExportProgress& progress)
 {
     m_bar->setMaximum(int(std::max<qint64>(1, progress.totalFrames)));
@@ -229,16 +235,17 @@ void JobPane::layOut()
     m_list->setContentsMargins(0, 0, 0, 0);
     m_list->setSpacing(0);
     m_list->addStretch();
-    auto* area = new QScrollArea;
-    area->setFrameShape(QFrame::NoFrame);
-    area->setWidgetResizable(true);
-    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    area->setWidget(page);
+    m_area = new QScrollArea;
+    m_area->setAccessibleName(QStringLiteral("Jobs"));
+    m_area->setFrameShape(QFrame::NoFrame);
+    m_area->setWidgetResizable(true);
+    m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_area->setWidget(page);
     auto* empty = invitation(QStringLiteral("Exports and transcriptions appear here, with their progress"));
     empty->setAutoFillBackground(true);
     empty->setBackgroundRole(QPalette::Base);
     m_stack = new QStackedWidget;
-    m_stack->insertWidget(ListPage, area);
+    m_stack->insertWidget(ListPage, m_area);
     m_stack->insertWidget(InvitationPage, empty);
     auto* top = new QHBoxLayout;
     top->addWidget(paneTitle(QStringLiteral("Jobs")));
@@ -256,6 +263,11 @@ void JobPane::add(const Job& job)
     auto* row = new JobRow(job);
     m_rows.prepend(row);
     m_list->insertWidget(0, row);
+    // The keyboard meets the rows in the order in which they stand.
+    QWidget* before = m_area;
+    const QWidgetList stops = row->tabStops();
+    for (QWidget* stop : stops)
+        setTabOrder(std::exchange(before, stop), stop);
     connect(row, &JobRow::cancelAsked, this, [this, row] { cancel(row->job()); });
     refresh();
 }

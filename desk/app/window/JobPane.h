@@ -10,6 +10,7 @@
 class QLabel;
 class QProgressBar;
 class QPushButton;
+class QScrollArea;
 class QStackedWidget;
 class QVBoxLayout;
 
@@ -49,6 +50,7 @@ public:
 
     /// How much is written, 0 to 1.
     double share() const;
+    QWidgetList tabStops() const;
     void showProgress(const services::ExportProgress& progress);
     void showPercent(int percent);
 
@@ -113,6 +115,7 @@ private:
     QPointer<services::TranscriptService> m_transcripts;
     QVector<JobRow*> m_rows;
     QStackedWidget* m_stack = nullptr;
+    QScrollArea* m_area = nullptr;
     QVBoxLayout* m_list = nullptr;
     QPushButton* m_clear = nullptr;
 };
