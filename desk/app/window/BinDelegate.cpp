@@ -47,9 +47,12 @@ Colors colorsOf(const QStyleOptionViewItem& option, const QModelIndex& index)
     return {name, selected ? name : mixed(name, option.palette.color(QPalette::Base))};
 }
 
+/// From the side where lines start, in whatever direction the text itself reads.
 void drawLine(QPainter& painter, const QRect& line, const QString& text)
 {
-    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter,
+    const Qt::Alignment side = QStyle::visualAlignment(painter.layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter);
+    const int reads = text.isRightToLeft() ? Qt::TextForceRightToLeft : Qt::TextForceLeftToRight;
+    painter.drawText(line, int(side | Qt::AlignAbsolute) | reads,
                      painter.fontMetrics().elidedText(text, Qt::ElideRight, line.width()));
 }
 
@@ -68,7 +71,11 @@ void BinDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, c
     style->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter, option.widget);
     const QRect inner = option.rect.adjusted(padding, padding, -padding, -padding);
     const QRect picture(inner.topLeft() + QPoint(0, (inner.height() - pictureSize.height()) / 2), pictureSize);
-    drawPicture(*painter, picture, index.data(Qt::DecorationRole).value<QImage>());
+    // Where lines start on the right, all of it is mirrored.
+    const auto placed = [&option](const QRect& rect) {
+        return QStyle::visualRect(option.direction, option.rect, rect);
+    };
+    drawPicture(*painter, placed(picture), index.data(Qt::DecorationRole).value<QImage>());
     const Colors colors = colorsOf(option, index);
     const int left = picture.right() + gap;
     QFont bold = option.font;
@@ -80,12 +87,12 @@ void BinDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, c
     int top = inner.center().y() - (nameHeight + factHeight * facts.size()) / 2;
     painter->setFont(bold);
     painter->setPen(colors.name);
-    drawLine(*painter, {left, top, inner.right() - left, nameHeight}, index.data().toString());
+    drawLine(*painter, placed({left, top, inner.right() - left, nameHeight}), index.data().toString());
     top += nameHeight;
     painter->setFont(small);
     painter->setPen(colors.facts);
     for (const QString& fact : facts) {
-        drawLine(*painter, {left, top, inner.right() - left, factHeight}, fact);
+        drawLine(*painter, placed({left, top, inner.right() - left, factHeight}), fact);
         top += factHeight;
     }
     painter->restore();
