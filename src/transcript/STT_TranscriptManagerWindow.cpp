@@ -14,8 +14,9 @@
 #include <QEvent>
 #include <QFontDialog>
 #include <QMenu>
-#include <QToolButton>
 #include <QVBoxLayout>
+
+#include <utility>
 
 using Window = STT_TranscriptManagerWindow;
 
@@ -68,11 +69,6 @@ Window::~STT_TranscriptManagerWindow()
 
 void Window::createWidgets()
 {
-    m_textEdit = new STT_TranscriptTextEdit(this);
-    m_textEdit->setObjectName(QStringLiteral("m_textEdit"));
-    m_textEdit->setAccessibleName(stx_func("Transcript"));
-    m_boldedCursor = QTextCursor(m_textEdit->document());
-    m_statePage = new StatePage(m_textEdit);
     m_gangButton = createButton("m_gangButton", nullptr, "Gang Transcript to Source/Record Monitor");
     m_monitorButton = createButton("m_monitorButton", nullptr, "Toggle display of transcription for Source or Record");
     m_trackButton =
@@ -80,6 +76,11 @@ void Window::createWidgets()
     m_menuButton = createButton("m_menuButton", "General/fast_menu.png", "Transcript menu");
     showGangImage();
     showMonitorImage();
+    m_textEdit = new STT_TranscriptTextEdit(this);
+    m_textEdit->setObjectName(QStringLiteral("m_textEdit"));
+    m_textEdit->setAccessibleName(stx_func("Transcript"));
+    m_boldedCursor = QTextCursor(m_textEdit->document());
+    m_statePage = new StatePage(m_textEdit);
     setFocusProxy(m_textEdit);
 }
 
@@ -154,10 +155,13 @@ void Window::layOut()
     layout->setSpacing(0);
     layout->addLayout(toolBar);
     layout->addWidget(m_textEdit);
-    // Along the tool bar, then into the text.
-    const auto steps = search->findChildren<QToolButton*>(QString(), Qt::FindDirectChildrenOnly);
-    setTabOrder(steps.last(), m_menuButton);
-    setTabOrder(m_menuButton, m_textEdit);
+    // The keyboard goes along the tool bar, then into the text.
+    QWidget* before = m_trackButton;
+    const QList<QWidget*> parts = search->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+    for (QWidget* part : parts) {
+        if (part->focusPolicy() & Qt::TabFocus)
+            setTabOrder(std::exchange(before, part), part);
+    }
 }
 
 void Window::connectAll()
