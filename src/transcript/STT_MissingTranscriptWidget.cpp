@@ -11,6 +11,7 @@
 #include <QLocale>
 #include <QPainter>
 #include <QProgressBar>
+#include <QStyle>
 
 namespace
 {
@@ -25,6 +26,9 @@ void showElided(QLabel* label, const QString& text)
 {
     const QString shown = label->fontMetrics().elidedText(text, Qt::ElideRight, label->width());
     label->setText(shown);
+    // Whatever direction the name reads in, it stands above its sentence.
+    const Qt::Alignment lines = QStyle::visualAlignment(label->layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter);
+    label->setAlignment(lines | Qt::AlignAbsolute);
     label->setToolTip(shown == text ? QString() : text.toHtmlEscaped());
 }
 

@@ -164,6 +164,8 @@ void MonitorPane::layOut()
     top->addWidget(m_name, 1);
     auto* transport = new QHBoxLayout;
     transport->setSpacing(2);
+    // Time runs to the right, as on the bar above, wherever lines start.
+    transport->setDirection(isRightToLeft() ? QBoxLayout::RightToLeft : QBoxLayout::LeftToRight);
     transport->addWidget(m_time, 1);
     for (const ButtonRow& row : buttonRows)
         transport->addWidget(m_buttons.value(QLatin1String(row.name)));

@@ -39,8 +39,9 @@ bool PaneLabel::event(QEvent* event)
 
 void PaneLabel::paintEvent(QPaintEvent* event)
 {
-    if (!isElided())
+    if (wordWrap())
         return QLabel::paintEvent(event);
+    // A label would put a name of the other direction at the far end.
     QPainter painter(this);
     const QRect place = contentsRect();
     const Qt::Alignment lines = QStyle::visualAlignment(layoutDirection(), alignment());
