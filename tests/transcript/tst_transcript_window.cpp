@@ -87,6 +87,20 @@ class TestTranscriptWindow : public QObject
 
 private slots:
 
+    void theTabKeyGoesAlongTheToolBarAndThenIntoTheText()
+    {
+        const ShownTranscript shown({transcriptOf(1, 3)});
+        int last = -1;
+        for (QWidget* at = shown.window.get(); at != &shown.text(); at = at->nextInFocusChain()) {
+            if (!at->isVisible() || !(at->focusPolicy() & Qt::TabFocus))
+                continue;
+            const int here = at->mapTo(shown.window.get(), QPoint()).x();
+            QVERIFY2(here > last, qPrintable(at->objectName()));
+            last = here;
+        }
+        QVERIFY(last > shown.window->width() / 2);
+    }
+
     void slotsAreListedInTheirOrder()
     {
         QStringList listed;
