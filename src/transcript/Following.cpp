@@ -8,6 +8,7 @@
 #include <QTextDocument>
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -251,8 +252,10 @@ void Window::updateMarkSelection()
     int start = -1;
     int end = -1;
     if (m_markIn >= 0 && m_markOut >= m_markIn) {
-        findWordPosFromFrame(int(m_markIn), false, 0, &start, nullptr, nullptr);
-        findWordPosFromFrame(int(m_markOut) + 1, true, 0, nullptr, &end, nullptr);
+        // A host may mark to the end of time.
+        constexpr long lastFrame = std::numeric_limits<int>::max() - 1;
+        findWordPosFromFrame(int(std::min(m_markIn, lastFrame)), false, 0, &start, nullptr, nullptr);
+        findWordPosFromFrame(int(std::min(m_markOut, lastFrame)) + 1, true, 0, nullptr, &end, nullptr);
     }
     if (start < 0 || !selectWord(selection, start, end))
         selection.clearSelection();
