@@ -501,6 +501,18 @@ private slots:
         QVERIFY(saved.open(QIODevice::ReadOnly) && saved.readAll().contains("After"));
     }
 
+    void whatIsRenamedIsADeliveryInSight()
+    {
+        const QPersistentModelIndex made = delivery(QStringLiteral("Named"));
+        m_window->tree().select(model().index(0, 0, made));
+        QVERIFY(!m_window->action(QStringLiteral("rename"))->isEnabled());
+        m_window->tree().select(made);
+        trigger("focusTranscript");
+        trigger("rename");
+        const auto* editor = m_window->tree().findChild<QLineEdit*>();
+        QVERIFY(editor && editor->isVisible());
+    }
+
     void anAbsentDeliveryIsForgottenOnceTheUserSaysSo()
     {
         for (const QString& answer : {QStringLiteral("Keep"), QStringLiteral("Forget")}) {

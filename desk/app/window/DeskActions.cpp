@@ -163,7 +163,7 @@ void DeskWindow::updateActions()
         {"clearMarks", watching},
         {"transcriptTracks", watching},
         {"newImp", delivery.isValid()},
-        {"rename", open},
+        {"rename", open && item.flags().testFlag(Qt::ItemIsEditable)},
         {"chooseFolder", open && isDelivery},
         {"remove", open || isDelivery},
         {"refresh", written},
@@ -221,6 +221,7 @@ void DeskWindow::explore()
 
 void DeskWindow::rename()
 {
+    m_work->setCurrentWidget(m_manager);
     // The tree hides this overload, which is the user's way of asking.
     QAbstractItemView& view = tree();
     view.setFocus();
