@@ -156,6 +156,13 @@ Status setDelivery(CommitPlan& plan, const AppliedItem& delivery, IMF_PackageMgr
     plan.folder = delivery.document[QLatin1String(ImfDict::Path)].toString();
     if (plan.folder.isEmpty())
         return Error{{}, quoted(delivery), {}, QStringLiteral("it has no folder"), QStringLiteral("choose one")};
+    // Typed, it would mean another place wherever the desk is started from.
+    if (QDir::isRelativePath(plan.folder))
+        return Error{plan.folder,
+                     quoted(delivery),
+                     {},
+                     QStringLiteral("this is no full path"),
+                     QStringLiteral("choose the folder in which the delivery is to be made")};
     if (plan.newFolder) {
         Status name = checkFolderName(plan.delivery.name);
         if (!name)

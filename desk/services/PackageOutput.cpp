@@ -288,7 +288,9 @@ void PackageOutput::createDelivery(IMFO_Error_t& error, const QString& name, QSt
     error = outcome(fit);
     if (!fit)
         return;
-    path = cleaned(path.isEmpty() ? m_defaultFolder : path);
+    // What was typed and kept as no full path is refused when it is exported, not read as another place now.
+    if (path.isEmpty() || QDir::isAbsolutePath(path))
+        path = cleaned(path.isEmpty() ? m_defaultFolder : path);
     componentId = QUuid::createUuid().toString(QUuid::WithoutBraces).prepend(QStringLiteral("urn:uuid:"));
     Entry entry;
     entry.name = name;

@@ -238,6 +238,9 @@ private slots:
         QVERIFY(QFile::rename(m_media.filePath("clip.mov"), m_media.filePath("away.mov")));
         refusedWith(QStringLiteral("clip.mov"), [&] { controller().onCommit({empty}); });
         QVERIFY(QFile::rename(m_media.filePath("away.mov"), m_media.filePath("clip.mov")));
+        QVERIFY(m_model->setData(empty, QStringLiteral("Movies"), Model::PathRole));
+        refusedWith(QStringLiteral("this is no full path"), [&] { controller().onCommit({empty}); });
+        QVERIFY(m_model->setData(empty, m_folder->path(), Model::PathRole));
         QVERIFY(commit(empty));
     }
 
