@@ -2,6 +2,7 @@
 
 #include "desk/imf/mxf/ByteOrder.h"
 
+#include <algorithm>
 #include <tuple>
 
 namespace desk::imf
@@ -10,7 +11,7 @@ namespace desk::imf
 namespace
 {
 
-enum Marker : quint16 { Soc = 0xff4f, Siz = 0xff51, Cod = 0xff52, Qcd = 0xff5c, Sot = 0xff90 };
+enum Marker : quint16 { Soc = 0xff4f, Siz = 0xff51, Cod = 0xff52, Qcd = 0xff5c, Sot = 0xff90, Eoc = 0xffd9 };
 
 Error damaged(qint64 offset, const QString& what)
 {
@@ -39,6 +40,28 @@ bool parseSiz(const QByteArray& segment, CodestreamHeader& header)
     return reader.ok();
 }
 
+/// Where the marker behind the tile-part at `at` stands; -1 at the end of the codestream.
+Result<qint64> nextTilePart(qint64 at, qint64 size, const CodestreamBytes& read)
+{
+    constexpr qint64 headSize = 12;
+    const auto bytes = read(at, std::min(headSize, size - at));
+    if (!bytes)
+        return bytes.error();
+    BigReader reader(*bytes);
+    const auto marker = reader.get<quint16>();
+    if (reader.ok() && marker == Eoc)
+        return qint64(-1);
+    reader.get<quint32>();
+    const qint64 length = reader.get<quint32>();
+    if (!reader.ok() || marker != Sot)
+        return damaged(at, QStringLiteral("neither a tile-part nor its end stands there"));
+    if (length == 0)
+        return size - 2; // up to the end, whose marker is the last thing
+    if (length <= headSize || length > size - 2 - at)
+        return damaged(at, QStringLiteral("a tile-part of %1 bytes leaves no room for the end").arg(length));
+    return at + length;
+}
+
 } // namespace
 
 Result<CodestreamHeader> parseCodestreamHeader(const QByteArray& codestream)
@@ -50,8 +73,10 @@ Result<CodestreamHeader> parseCodestreamHeader(const QByteArray& codestream)
     while (reader.ok()) {
         const qint64 at = reader.position();
         const auto marker = reader.get<quint16>();
-        if (marker == Sot && !header.components.isEmpty() && !header.codingStyle.isEmpty())
+        if (marker == Sot && !header.components.isEmpty() && !header.codingStyle.isEmpty()) {
+            header.length = at;
             return header;
+        }
         const int length = reader.get<quint16>();
         const QByteArray segment = reader.take(length - 2);
         if ((marker & 0xff00) != 0xff00 || !reader.ok())
@@ -66,13 +91,36 @@ Result<CodestreamHeader> parseCodestreamHeader(const QByteArray& codestream)
     return damaged(reader.position(), QStringLiteral("its main header is cut"));
 }
 
-bool sameCoding(const CodestreamHeader& a, const CodestreamHeader& b)
+Result<CodestreamHeader> walkCodestream(qint64 size, const CodestreamBytes& read)
+{
+    constexpr qint64 usual = 4096;
+    constexpr qint64 largest = 1 << 16;
+    Result<QByteArray> bytes = read(0, std::min(size, usual));
+    Result<CodestreamHeader> header = bytes ? parseCodestreamHeader(*bytes) : bytes.error();
+    if (bytes && !header && size > usual) {
+        bytes = read(0, std::min(size, largest));
+        header = bytes ? parseCodestreamHeader(*bytes) : bytes.error();
+    }
+    for (qint64 at = header ? header->length : size; header && at >= 0;) {
+        const auto next = nextTilePart(at, size, read);
+        if (!next)
+            return next.error();
+        at = *next;
+    }
+    return header;
+}
+
+bool sameSize(const CodestreamHeader& a, const CodestreamHeader& b)
 {
     const auto key = [](const CodestreamHeader& h) {
-        return std::tie(h.rsiz, h.xsiz, h.ysiz, h.xOsiz, h.yOsiz, h.xTsiz, h.yTsiz, h.xTOsiz, h.yTOsiz, h.components,
-                        h.codingStyle);
+        return std::tie(h.rsiz, h.xsiz, h.ysiz, h.xOsiz, h.yOsiz, h.xTsiz, h.yTsiz, h.xTOsiz, h.yTOsiz, h.components);
     };
     return key(a) == key(b);
+}
+
+bool sameCoding(const CodestreamHeader& a, const CodestreamHeader& b)
+{
+    return sameSize(a, b) && a.codingStyle == b.codingStyle;
 }
 
 } // namespace desk::imf

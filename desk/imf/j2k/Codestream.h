@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QVector>
 
+#include <functional>
+
 namespace desk::imf
 {
 
@@ -28,10 +30,22 @@ struct CodestreamHeader {
     /// COD and QCD segments without marker and length.
     QByteArray codingStyle;
     QByteArray quantization;
+    /// Bytes before the first tile-part.
+    qint64 length = 0;
 };
 
 /// Fails on anything that does not start with SOC, SIZ, and on a main header that is cut.
 Result<CodestreamHeader> parseCodestreamHeader(const QByteArray& codestream);
+
+/// `count` bytes from `offset` of a codestream, both within it.
+using CodestreamBytes = std::function<Result<QByteArray>(qint64 offset, qint64 count)>;
+
+/// Follows a codestream of `size` bytes from its main header through the heads of its tile-parts to its end, and reads
+/// no more of it. Fails where one does not lead to the next; what stands behind the end is not looked at.
+Result<CodestreamHeader> walkCodestream(qint64 size, const CodestreamBytes& read);
+
+/// Whether both have the profile, size and components of one track.
+bool sameSize(const CodestreamHeader& a, const CodestreamHeader& b);
 
 /// Whether both headers describe frames of one track: all but the quantization, which may follow the picture.
 bool sameCoding(const CodestreamHeader& a, const CodestreamHeader& b);

@@ -1,5 +1,6 @@
 #include "desk/imf/mxf/TrackFileReader.h"
 
+#include "desk/imf/j2k/Codestream.h"
 #include "desk/imf/mxf/EssenceMap.h"
 #include "desk/imf/mxf/PartitionReader.h"
 #include "desk/imf/mxf/RegXml.h"
@@ -24,6 +25,7 @@ struct TrackFile::State {
     QByteArray descriptorXml() const { return toRegXml(*sets.find(header.descriptor), sets); }
 
     Status openClip();
+    Result<KlvHead> frame(qint64 n);
 };
 
 namespace
@@ -92,6 +94,13 @@ Status TrackFile::State::openClip()
     return {};
 }
 
+Result<KlvHead> TrackFile::State::frame(qint64 n)
+{
+    if (header.facts.kind != TrackKind::Picture || n < 0 || n >= header.facts.duration)
+        return file.damage(0, QStringLiteral("the track has no frame %1").arg(n));
+    return essence.frame(file, n);
+}
+
 TrackFile::TrackFile(std::unique_ptr<State> state) : m_state(std::move(state)) {}
 
 TrackFile::TrackFile(TrackFile&&) noexcept = default;
@@ -115,12 +124,19 @@ QByteArray TrackFile::descriptorXml() const
 
 Result<QByteArray> TrackFile::readFrame(qint64 n)
 {
-    if (facts().kind != TrackKind::Picture || n < 0 || n >= facts().duration)
-        return m_state->file.damage(0, QStringLiteral("the track has no frame %1").arg(n));
-    const auto head = m_state->essence.frame(m_state->file, n);
+    const auto head = m_state->frame(n);
     if (!head)
         return head.error();
     return m_state->file.readValue(*head);
+}
+
+Result<CodestreamHeader> TrackFile::walkFrame(qint64 n)
+{
+    const auto head = m_state->frame(n);
+    if (!head)
+        return head.error();
+    return walkCodestream(
+        head->size, [&](qint64 offset, qint64 count) { return m_state->file.read(head->valueOffset + offset, count); });
 }
 
 Result<std::vector<std::int32_t>> TrackFile::readSamples(qint64 first, qint64 count)

@@ -18,6 +18,7 @@ namespace desk::imf
 {
 
 class MetadataSets;
+struct CodestreamHeader;
 
 enum class TrackKind { Picture, Sound, Other };
 
@@ -82,6 +83,8 @@ public:
 
     /// The codestream of frame `n` of a picture track.
     Result<QByteArray> readFrame(qint64 n);
+    /// The main header of frame `n`, whose codestream is followed to its end; see walkCodestream().
+    Result<CodestreamHeader> walkFrame(qint64 n);
     /// `count` samples of every channel from sample `first` of a sound track, interleaved and signed.
     Result<std::vector<std::int32_t>> readSamples(qint64 first, qint64 count);
 

@@ -141,7 +141,7 @@ void checkTimecode(const ScannedComposition& one, Report& report)
         return;
     const CompositionTimecode& timecode = *one.composition.timecode;
     static const QRegularExpression form(
-        QStringLiteral("\\A([01]\\d|2[0-3])[:;/.,][0-5]\\d[:;/.,][0-5]\\d[:;/.,](\\d\\d)\\z"));
+        QStringLiteral("\\A([01]\\d|2[0-3])[:;/.,+-][0-5]\\d[:;/.,+-][0-5]\\d[:;/.,+-](\\d\\d)\\z"));
     const QRegularExpressionMatch match = form.match(timecode.start);
     if (!match.hasMatch() || match.captured(2).toInt() >= qMax(timecode.rate, 1))
         report.error("timecode-invalid", one.file, one.asset,
@@ -157,6 +157,23 @@ void checkTimecode(const ScannedComposition& one, Report& report)
     if (timecode.dropFrame && timecode.rate % 30 != 0)
         report.warning("timecode-drop", one.file, one.asset,
                        QStringLiteral("the timecode drops frames, which only 29.97 and 59.94 frames a second do"));
+}
+
+/// Rounded either way; the standard does not say which.
+void checkRunningTime(const ScannedComposition& one, Report& report)
+{
+    const QString& text = one.composition.totalRunningTime;
+    const std::optional<qint64> frames = one.composition.duration();
+    if (text.isEmpty() || !frames)
+        return;
+    static const QRegularExpression form(QStringLiteral("\\A(\\d\\d):([0-5]\\d):([0-5]\\d)\\z"));
+    const QRegularExpressionMatch match = form.match(text);
+    const int told = match.captured(1).toInt() * 3600 + match.captured(2).toInt() * 60 + match.captured(3).toInt();
+    const double seconds = double(*frames) / one.composition.editRate.toDouble();
+    if (!match.hasMatch() || qAbs(told - seconds) >= 1)
+        report.warning(
+            "running-time", one.file, one.asset,
+            QStringLiteral("the running time \"%1\" is not that of %2 frames").arg(text.left(20)).arg(*frames));
 }
 
 void checkBounds(const ScannedComposition& one, Report& report)
@@ -304,9 +321,9 @@ void checkSampleRates(const ScannedComposition& one, Report& report)
     });
 }
 
-constexpr CompositionRule rules[] = {checkHead,       checkApplication, checkKinds,       checkTracks,
-                                     checkResources,  checkDurations,   checkBounds,      checkRates,
-                                     checkReferences, checkHomogeneity, checkSampleRates, checkTimecode};
+constexpr CompositionRule rules[] = {
+    checkHead,  checkApplication, checkKinds,       checkTracks,      checkResources, checkDurations,  checkBounds,
+    checkRates, checkReferences,  checkHomogeneity, checkSampleRates, checkTimecode,  checkRunningTime};
 
 void checkCompositions(const Scan& scan, Report& report)
 {

@@ -3,7 +3,7 @@
 #include "desk/imf/package/Folder.h"
 #include "desk/imf/package/Seal.h"
 #include "desk/imf/package/VerifyScan.h"
-#include "desk/imf/xml/XmlElement.h"
+#include "desk/imf/xml/ElementOrder.h"
 
 #include <QDirIterator>
 #include <QFileInfo>
@@ -115,6 +115,27 @@ void checkLists(const Scan& scan, Report& report)
             ids.insert(asset.id);
             checkPackedAsset(list, asset, scan, report);
         }
+    }
+}
+
+void checkOrderIn(const QByteArray& bytes, const QString& file, const QUuid& asset, Report& report)
+{
+    const Result<XmlElement> root = parseXml(bytes, file);
+    const QStringList misplaced = root ? misplacedElements(*root) : QStringList();
+    for (const QString& one : misplaced)
+        report.error("element-order", file, asset, one);
+}
+
+/// The readers take elements in any order; programs that follow the schemas do not.
+void checkOrder(const Scan& scan, Report& report)
+{
+    checkOrderIn(scan.mapBytes, mapName, {}, report);
+    for (const ScannedList& list : scan.lists)
+        checkOrderIn(list.bytes, list.file, list.asset, report);
+    for (const ScannedComposition& one : scan.compositions) {
+        const Result<QByteArray> bytes = readDocumentFile(scan.absolute(one.file));
+        if (bytes)
+            checkOrderIn(*bytes, one.file, one.asset, report);
     }
 }
 
@@ -279,7 +300,7 @@ void checkUnlisted(const Scan& scan, Report& report)
 
 QVector<Rule> fileRules()
 {
-    return {checkSeal,     checkVolumeIndex, checkMap,     checkLists,
+    return {checkSeal,     checkVolumeIndex, checkMap,     checkLists,   checkOrder,
             checkUnpacked, checkListDigests, checkDigests, checkUnlisted};
 }
 

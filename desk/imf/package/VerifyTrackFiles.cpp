@@ -125,17 +125,11 @@ void checkDescriptor(const TrackFile& file, const Use& use, Report& report)
                      QStringLiteral("the descriptor differs from that of the track file in %1").arg(difference));
 }
 
-/// What the first frame says of its size, against the descriptor.
-void checkCodestream(TrackFile& file, const QString& name, const QUuid& asset, Report& report)
+void checkFrameSize(const CodestreamHeader& header, const PictureFormat& picture, const QString& name,
+                    const QUuid& asset, Report& report)
 {
-    const Result<QByteArray> frame = file.readFrame(0);
-    const Result<CodestreamHeader> header =
-        frame ? parseCodestreamHeader(*frame) : Result<CodestreamHeader>(frame.error());
-    if (!header)
-        return report.error("frame-unreadable", name, asset, QStringLiteral("frame 0: %1").arg(header.error().what));
-    const PictureFormat& picture = file.facts().picture;
-    const qint64 width = qint64(header->xsiz) - header->xOsiz;
-    const qint64 height = qint64(header->ysiz) - header->yOsiz;
+    const qint64 width = qint64(header.xsiz) - header.xOsiz;
+    const qint64 height = qint64(header.ysiz) - header.yOsiz;
     if (width != picture.width || height != picture.height)
         report.error("frame-size", name, asset,
                      QStringLiteral("frame 0 has %1 x %2 pixels, the descriptor says %3 x %4")
@@ -143,6 +137,24 @@ void checkCodestream(TrackFile& file, const QString& name, const QUuid& asset, R
                          .arg(height)
                          .arg(picture.width)
                          .arg(picture.height));
+}
+
+/// Up to the first frame that is damaged or none of the track.
+void checkCodestreams(TrackFile& file, const QString& name, const QUuid& asset, Report& report)
+{
+    std::optional<CodestreamHeader> first;
+    for (qint64 frame = 0; frame < file.facts().duration; ++frame) {
+        const Result<CodestreamHeader> header = file.walkFrame(frame);
+        if (!header)
+            return report.error("frame-unreadable", name, asset,
+                                QStringLiteral("frame %1: %2").arg(frame).arg(header.error().what));
+        if (!first)
+            checkFrameSize(*header, file.facts().picture, name, asset, report);
+        else if (!sameSize(*first, *header))
+            return report.error("frame-varies", name, asset,
+                                QStringLiteral("frame %1 is of another size or profile than frame 0").arg(frame));
+        first = first ? first : *header;
+    }
 }
 
 void checkFile(const QUuid& asset, const QString& path, const QVector<Use>& uses, const Scan& scan, Report& report)
@@ -160,8 +172,8 @@ void checkFile(const QUuid& asset, const QString& path, const QVector<Use>& uses
                      QStringLiteral("the track file's own identifier is %1")
                          .arg(file->facts().id.toString(QUuid::WithoutBraces)));
     const bool isJ2k = file->facts().j2k.rsiz != 0 || file->facts().j2k.coding != J2kFacts::Coding::Unknown;
-    if (isJ2k && file->facts().duration > 0)
-        checkCodestream(*file, name, asset, report);
+    if (isJ2k)
+        checkCodestreams(*file, name, asset, report);
     QSet<QPair<const ScannedComposition*, QUuid>> compared;
     for (const Use& use : uses) {
         checkKind(file->facts(), use, report);

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -35,6 +36,26 @@ Damage replaced(const QString& file, const QByteArray& from, const QByteArray& t
         const int at = bytes.indexOf(from);
         if (at >= 0)
             support::writeFile(path, bytes.replace(at, from.size(), to));
+    };
+}
+
+/// Its last occurrence.
+Damage lastReplaced(const QString& file, const QByteArray& from, const QByteArray& to)
+{
+    return [=](const QString& folder) {
+        const QString path = folder + QLatin1Char('/') + file;
+        QByteArray bytes = support::fileBytes(path);
+        support::writeFile(path, bytes.replace(bytes.lastIndexOf(from), from.size(), to));
+    };
+}
+
+/// Two elements that stand one behind the other.
+Damage swapped(const QString& file, const QString& first, const QString& second)
+{
+    return [=](const QString& folder) {
+        const QString path = folder + QLatin1Char('/') + file;
+        const QRegularExpression pair(QStringLiteral("(<%1>[^<]*</%1>)(\\s*)(<%2>[^<]*</%2>)").arg(first, second));
+        support::writeFile(path, QString::fromUtf8(support::fileBytes(path)).replace(pair, "\\3\\2\\1").toUtf8());
     };
 }
 
@@ -137,6 +158,16 @@ private slots:
              "size-mismatch sound.mxf", "track-file-unreadable sound.mxf"});
         row("first frame without its start", replaced("picture.mxf", "\xff\x4f\xff\x51", "\xff\x4f\xff\x50"),
             {"frame-unreadable picture.mxf", "hash-mismatch picture.mxf", "resource-hash-mismatch CPL.xml"});
+        row("last frame with a broken tile-part",
+            lastReplaced("picture.mxf", QByteArray("\xff\x90\x00\x0a", 4), QByteArray("\xff\x91\x00\x0a", 4)),
+            {"frame-unreadable picture.mxf", "hash-mismatch picture.mxf", "resource-hash-mismatch CPL.xml"});
+        row("last frame of another size",
+            lastReplaced("picture.mxf", QByteArray("\x00\x00\x01\x40\x00", 5), QByteArray("\x00\x00\x01\x42\x00", 5)),
+            {"frame-varies picture.mxf", "hash-mismatch picture.mxf", "resource-hash-mismatch CPL.xml"});
+        row("composition out of order", swapped(compositionFile(), "IntrinsicDuration", "EntryPoint"),
+            {"element-order CPL.xml", "element-order CPL.xml", "hash-mismatch CPL.xml"});
+        row("packing list out of order", swapped(listFile(), "Hash", "Size"),
+            {"element-order PKL.xml", "element-order PKL.xml", "element-order PKL.xml", "hash-mismatch PKL.xml"});
         row("composition packed as a track file",
             [](const QString& folder) {
                 makeStrange(folder);
@@ -237,6 +268,8 @@ private slots:
                 c.timecode = CompositionTimecode{true, 25, QStringLiteral("24:00:00:00")};
             },
             {"timecode-drop CPL.xml", "timecode-invalid CPL.xml", "timecode-rate CPL.xml"});
+        row("running time of another composition", [](Composition& c) { c.totalRunningTime = "00:00:02"; },
+            {"running-time CPL.xml"});
         row("older edition",
             [](Composition& c) { c.coreNameSpace = QStringLiteral("http://www.smpte-ra.org/schemas/2067-2/2016"); },
             {"application-edition CPL.xml"});
