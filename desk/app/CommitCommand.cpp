@@ -5,6 +5,7 @@
 #include "desk/app/ItemSession.h"
 
 #include "StratacutUI/IMF_Controller.h"
+#include "StratacutUI/ImfDict.h"
 
 #include <QCommandLineParser>
 
@@ -12,6 +13,25 @@ namespace desk::app
 {
 
 using Model = IMF_PackageMgrQtModel;
+
+namespace
+{
+/// The user has mapped the sound of a composition otherwise than it would be written now.
+Status checkMappings(const QModelIndex& item, const QStringList& mappedAnew)
+{
+    const QString mob = Model::MetadataJsonFromIndex(item)[QLatin1String(ImfDict::CPLMobID)].toString();
+    if (Model::NodeTypeFromIndex(item) == IMF_PackageMgr::CPL && mappedAnew.contains(mob))
+        return Error{{},
+                     QStringLiteral("composition %1").arg(ItemSession::numberOf(item)),
+                     {},
+                     QStringLiteral("its audio mapping cannot be read, and nothing is written without it"),
+                     QStringLiteral("map its tracks again with \"set %1 --map ...\"").arg(ItemSession::numberOf(item))};
+    Status all;
+    for (int row = 0; all && row < item.model()->rowCount(item); ++row)
+        all = checkMappings(item.model()->index(row, 0, item), mappedAnew);
+    return all;
+}
+} // namespace
 
 QList<QCommandLineOption> commitOptions()
 {
@@ -36,6 +56,9 @@ int runCommit(const QCommandLineParser& parser, const QStringList& arguments)
                          {},
                          QStringLiteral("this cannot be written"),
                          QStringLiteral("name a delivery or an IMP that is not written and misses nothing")};
+        Status mapped = checkMappings(*item, session.host().mappedAnew());
+        if (!mapped)
+            return mapped;
         if (parser.isSet(QStringLiteral("pad")))
             session.host().output().setPadding(services::Padding::BlackAndSilence);
         const QPersistentModelIndex row = *item;

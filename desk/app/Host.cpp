@@ -37,7 +37,9 @@ void Host::load()
     m_settings = settings.get();
     m_notices += settings->takeNotices();
     const QJsonArray saved = settings->get("UNBURNED_ITEMS_KEY").value_or(QJsonArray());
-    m_notices += unreadableMappings(saved, m_profile.settingsFile());
+    const auto unreadable = unreadableMappings(saved, m_profile.settingsFile());
+    m_notices += unreadable.values();
+    m_mappedAnew = unreadable.keys();
     m_model = std::make_unique<IMF_PackageMgrQtModel>();
     m_output.follow(m_model.get());
     m_model->initialize(&m_output, std::move(settings));

@@ -68,6 +68,9 @@ public:
     /// What the user must be told about the files of the profile. Cleared by the call.
     QStringList takeNotices();
 
+    /// The sequences of the compositions whose saved audio mapping could not be read and was not kept.
+    const QStringList& mappedAnew() const { return m_mappedAnew; }
+
     /// Deliveries that nobody has written yet and that hold no IMP: saved state has no place for them.
     QModelIndexList unkept() const;
 
@@ -81,6 +84,7 @@ private:
     /// Owned by the model's controller.
     services::SettingsStorage* m_settings = nullptr;
     QStringList m_notices;
+    QStringList m_mappedAnew;
 };
 
 } // namespace desk::app

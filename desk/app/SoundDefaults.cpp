@@ -106,22 +106,25 @@ void mapUnmappedSound(IMF_PackageMgrQtModel& model, const services::MediaLibrary
         mapRows(model, library, parent, first, last);
 }
 
-QStringList unreadableMappings(const QJsonArray& documents, const QString& file)
+QMap<QString, QString> unreadableMappings(const QJsonArray& documents, const QString& file)
 {
-    QStringList told;
+    QMap<QString, QString> told;
     for (const QJsonValue& value : documents) {
         const QJsonObject document = value.toObject();
         const QJsonValue mix = document[QLatin1String(ImfDict::Audio)][QLatin1String(ImfDict::MultipleAudioMix)];
         const QString name = document[QLatin1String(ImfDict::Name)].toString();
         const bool burned = !document[QLatin1String(ImfDict::Mutable)].toBool();
         if (!mix.isUndefined() && !JSON::VerifyMultiMix(mix.toObject(), burned))
-            told += Error{file,
-                          QStringLiteral("\"%1\"").arg(name),
-                          {},
-                          QStringLiteral("its audio mapping cannot be read and starts anew"),
-                          QStringLiteral("map its tracks again")}
-                        .sentence();
-        told += unreadableMappings(document[QLatin1String(ImfDict::Children)].toArray(), file);
+            told[document[QLatin1String(ImfDict::CPLMobID)].toString()] =
+                Error{file,
+                      QStringLiteral("\"%1\"").arg(name),
+                      {},
+                      QStringLiteral("its audio mapping cannot be read and starts anew"),
+                      QStringLiteral("map its tracks again")}
+                    .sentence();
+        const auto inner = unreadableMappings(document[QLatin1String(ImfDict::Children)].toArray(), file);
+        for (auto one = inner.begin(); one != inner.end(); ++one)
+            told[one.key()] = one.value();
     }
     return told;
 }

@@ -4,7 +4,7 @@
 #include "desk/services/CommitPlan.h"
 
 #include <QJsonArray>
-#include <QStringList>
+#include <QMap>
 
 class IMF_PackageMgrQtModel;
 class QModelIndex;
@@ -33,7 +33,7 @@ void mapUnmappedSound(IMF_PackageMgrQtModel& model, const services::MediaLibrary
                       int first, int last);
 
 /// For each composition in saved documents, and in their children, whose audio mapping cannot be read and starts anew:
-/// a sentence for the user. @param file where they are saved.
-QStringList unreadableMappings(const QJsonArray& documents, const QString& file);
+/// by its sequence, a sentence for the user. @param file where they are saved.
+QMap<QString, QString> unreadableMappings(const QJsonArray& documents, const QString& file);
 
 } // namespace desk::app

@@ -128,6 +128,11 @@ private slots:
         support::writeFile(state.fileName(), state.readAll().replace("\"MixMode\"", "\"AudioMixdownSettings\""));
         const QString told = run({"list"}).errors;
         QVERIFY2(told.contains(QLatin1String("\"reel\": its audio mapping cannot be read")), qPrintable(told));
+        for (int i = 0; i < 2; ++i)
+            QVERIFY2(done({"commit", "1"}).contains("composition 1.1.1: its audio mapping cannot be read"),
+                     qPrintable(told));
+        QCOMPARE(done({"set", "1.1.1", "--map", "A1=A1:Mono:fr"}), "");
+        QCOMPARE(done({"commit", "1"}), path(QStringLiteral("Harbour")));
     }
 
     void aNewImpOfAWrittenDeliveryIsWrittenAlone()
