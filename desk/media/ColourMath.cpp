@@ -65,6 +65,11 @@ bool isFullRangeFormat(int format)
            format == AV_PIX_FMT_YUVJ440P || format == AV_PIX_FMT_YUVJ411P;
 }
 
+std::uint16_t clamped(float value)
+{
+    return std::uint16_t(std::clamp(value, 0.0F, 65535.0F));
+}
+
 } // namespace
 
 MeaningOf colourMeaning(const AVFrame& frame)
@@ -118,10 +123,16 @@ ColourMatrix::ColourMatrix(const ColourMeaning& from, int depth)
     }
 }
 
+void ColourMatrix::applyRange(int component, std::uint16_t* row, int width) const
+{
+    const float factor = m_factors[std::size_t(component) * 4];
+    const float offset = m_offsets[std::size_t(component)];
+    std::transform(row, row + width, row, [=](std::uint16_t value) { return clamped(factor * value + offset); });
+}
+
 void ColourMatrix::apply(const std::array<std::uint16_t*, 3>& rows, int width) const
 {
     const auto& f = m_factors;
-    const auto clamped = [](float v) { return std::uint16_t(std::clamp(v, 0.0F, 65535.0F)); };
     for (int x = 0; x < width; ++x) {
         const float a = rows[0][x];
         const float b = rows[1][x];

@@ -17,8 +17,11 @@ struct ColourMeaning {
     double kr = 0.2126;
     double kb = 0.0722;
 
+    /// YCbCr of BT.709 in whatever range: each component stands for itself.
+    bool hasTargetMatrix() const { return !rgb && kr == 0.2126 && kb == 0.0722; }
+
     /// Already BT.709 YCbCr in narrow range.
-    bool isTarget() const { return !rgb && !fullRange && kr == 0.2126 && kb == 0.0722; }
+    bool isTarget() const { return hasTargetMatrix() && !fullRange; }
 };
 
 /// Where the file is silent, YCbCr of 720 lines and more is BT.709 and of fewer is BT.601, and narrow; RGB is full.
@@ -41,6 +44,8 @@ public:
     ColourMatrix(const ColourMeaning& from, int depth);
 
     void apply(const std::array<std::uint16_t*, 3>& rows, int width) const;
+    /// One component by itself, where ColourMeaning::hasTargetMatrix() holds.
+    void applyRange(int component, std::uint16_t* row, int width) const;
 
 private:
     std::array<float, 9> m_factors{};

@@ -135,19 +135,34 @@ Planes unpacked(const AVFrame& in, Scratch& scratch)
     return planes;
 }
 
-/// All samples at 16 bits, in the upper bits of the words, turned into the target's colours.
-void convertColours(Planes& planes, const ColourMeaning& meaning, int codedDepth)
+/// All samples at 16 bits, in the upper bits of the words.
+void widen(Planes& planes)
 {
     const int up = 16 - planes.depth;
     planes.depth = 16;
-    const ColourMatrix matrix(meaning, codedDepth);
-    for (int y = 0; y < planes.height; ++y) {
-        const std::array<std::uint16_t*, 3> rows{planes.row(0, y), planes.row(1, y), planes.row(2, y)};
-        for (std::uint16_t* row : rows)
-            std::transform(row, row + planes.width, row,
+    for (int plane = 0; plane < 3; ++plane) {
+        for (int y = 0; y < planes.planeHeight(plane); ++y) {
+            std::uint16_t* row = planes.row(plane, y);
+            std::transform(row, row + planes.planeWidth(plane), row,
                            [up](std::uint16_t word) { return std::uint16_t(word << up); });
-        matrix.apply(rows, planes.width);
+        }
     }
+}
+
+/// Turned into the target's colours; chroma that has fewer samples must be of its matrix already.
+void convertColours(Planes& planes, const ColourMeaning& meaning, int codedDepth)
+{
+    widen(planes);
+    const ColourMatrix matrix(meaning, codedDepth);
+    if (meaning.hasTargetMatrix()) {
+        for (int plane = 0; plane < 3; ++plane) {
+            for (int y = 0; y < planes.planeHeight(plane); ++y)
+                matrix.applyRange(plane, planes.row(plane, y), planes.planeWidth(plane));
+        }
+        return;
+    }
+    for (int y = 0; y < planes.height; ++y)
+        matrix.apply({planes.row(0, y), planes.row(1, y), planes.row(2, y)}, planes.width);
 }
 
 /// To the words of the target: exact where the depth grows, rounded where it shrinks.
@@ -186,16 +201,17 @@ AVPixelFormat planarFormat(int log2ChromaW, int depth)
 struct PictureConverter::Private {
     PictureTarget target;
     Rational pixelAspect;
-    SwsPtr scaler;
-    /// What the scaler was made for: formats, sizes and place of the chroma.
-    std::array<int, 7> scalerKey{};
+    /// Of a whole picture the first; of the lines of a field the one of that field.
+    std::array<SwsPtr, 2> scalers;
+    /// What the scalers were made for: formats, sizes, place of the chroma, number of fields.
+    std::array<int, 8> scalerKey{};
     FramePtr scaled{av_frame_alloc()};
     Scratch scratch;
 
     int targetChromaW() const { return target.sampling == Sampling::YCbCr422 ? 1 : 0; }
 
     Result<const AVFrame*> scale(const AVFrame& in, AVPixelFormat format, int width, int height);
-    bool makeScaler(const AVFrame& in, AVPixelFormat format, int width, int height);
+    bool makeScalers(const AVFrame& in, AVPixelFormat format, int width, int height, int fields);
     Status prepare(const AVFrame& in, const Fit& fit, Planes& planes);
     Status scaleRgb(const AVFrame& in, const ColourMeaning& meaning, const Fit& fit, Planes& planes);
     void place(const Planes& planes, const Fit& fit, Frame& out) const;
@@ -209,43 +225,81 @@ PictureConverter::PictureConverter(const PictureTarget& target, Rational pixelAs
 
 PictureConverter::~PictureConverter() = default;
 
-bool PictureConverter::Private::makeScaler(const AVFrame& in, AVPixelFormat format, int width, int height)
+/// Lines that must not be mixed: 2 where the height changes of a picture that is made of fields, be it of the chroma.
+int fieldsOf(const AVFrame& in, AVPixelFormat format, int height)
+{
+    const AVPixFmtDescriptor& from = *av_pix_fmt_desc_get(AVPixelFormat(in.format));
+    const AVPixFmtDescriptor& to = *av_pix_fmt_desc_get(format);
+    const bool changes = in.height != height || from.log2_chroma_h != to.log2_chroma_h;
+    const bool halves = height % 2 == 0 && in.height % (2 << from.log2_chroma_h) == 0;
+    return in.interlaced_frame != 0 && changes && halves ? 2 : 1;
+}
+
+SwsPtr scalerOf(const AVFrame& in, AVPixelFormat format, int width, int height, const std::array<int, 2>& field)
 {
     const AVPixFmtDescriptor& from = *av_pix_fmt_desc_get(AVPixelFormat(in.format));
     const AVPixFmtDescriptor& to = *av_pix_fmt_desc_get(format);
     const bool centred = in.chroma_location == AVCHROMA_LOC_CENTER;
     const bool top = in.chroma_location == AVCHROMA_LOC_TOPLEFT;
+    const auto [number, fields] = field;
+    // The chroma of a field lies a quarter of its lines towards the other field.
+    const int between = fields == 1 ? 128 : number == 0 ? 64 : 192;
 
     const struct {
         const char* name;
         int64_t value;
     } options[] = {{"srcw", in.width},
-                   {"srch", in.height},
+                   {"srch", in.height / fields},
                    {"src_format", plainFormat(in.format)},
                    {"dstw", width},
-                   {"dsth", height},
+                   {"dsth", height / fields},
                    {"dst_format", format},
                    {"sws_flags", SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP},
                    {"src_h_chr_pos", from.log2_chroma_w > 0 ? (centred ? 128 : 0) : -513},
-                   {"src_v_chr_pos", from.log2_chroma_h > 0 ? (top ? 0 : 128) : -513},
+                   {"src_v_chr_pos", from.log2_chroma_h > 0 ? (top ? 0 : between) : -513},
                    {"dst_h_chr_pos", to.log2_chroma_w > 0 ? 0 : -513}};
 
-    scaler.reset(sws_alloc_context());
+    SwsPtr scaler(sws_alloc_context());
     for (const auto& option : options)
         av_opt_set_int(scaler.get(), option.name, option.value, 0);
     if (sws_init_context(scaler.get(), nullptr, nullptr) < 0)
-        return false;
+        return nullptr;
     const int* table = sws_getCoefficients(SWS_CS_ITU709);
     sws_setColorspaceDetails(scaler.get(), table, 0, table, 0, 0, 1 << 16, 1 << 16);
+    return scaler;
+}
+
+bool PictureConverter::Private::makeScalers(const AVFrame& in, AVPixelFormat format, int width, int height, int fields)
+{
+    for (int number = 0; number < fields; ++number) {
+        scalers[std::size_t(number)] = scalerOf(in, format, width, height, {number, fields});
+        if (!scalers[std::size_t(number)])
+            return false;
+    }
     return true;
 }
+
+/// Every `fields`-th line of a picture, from line `number` on.
+struct Lines {
+    std::array<uint8_t*, 4> data{};
+    std::array<int, 4> stride{};
+
+    Lines(const AVFrame& frame, int number, int fields)
+    {
+        for (std::size_t i = 0; i < 4 && frame.data[i] != nullptr; ++i) {
+            data[i] = frame.data[i] + std::ptrdiff_t(number) * frame.linesize[i];
+            stride[i] = frame.linesize[i] * fields;
+        }
+    }
+};
 
 /// Size and chroma sampling only; values keep their meaning and go to the upper bits of the new depth.
 Result<const AVFrame*> PictureConverter::Private::scale(const AVFrame& in, AVPixelFormat format, int width, int height)
 {
-    const std::array<int, 7> key{in.format, in.width, in.height, format, width, height, in.chroma_location};
-    if (!scaler || key != scalerKey) {
-        if (!makeScaler(in, format, width, height))
+    const int fields = fieldsOf(in, format, height);
+    const std::array<int, 8> key{in.format, in.width, in.height, format, width, height, in.chroma_location, fields};
+    if (!scalers[0] || key != scalerKey) {
+        if (!makeScalers(in, format, width, height, fields))
             return Error{{},
                          {},
                          {},
@@ -259,7 +313,12 @@ Result<const AVFrame*> PictureConverter::Private::scale(const AVFrame& in, AVPix
         scaled->height = height;
         av_frame_get_buffer(scaled.get(), 0);
     }
-    sws_scale(scaler.get(), in.data, in.linesize, 0, in.height, scaled->data, scaled->linesize);
+    for (int number = 0; number < fields; ++number) {
+        const Lines from(in, number, fields);
+        const Lines to(*scaled, number, fields);
+        sws_scale(scalers[std::size_t(number)].get(), from.data.data(), from.stride.data(), 0, in.height / fields,
+                  to.data.data(), to.stride.data());
+    }
     return scaled.get();
 }
 
@@ -287,7 +346,7 @@ Status PictureConverter::Private::prepare(const AVFrame& in, const Fit& fit, Pla
     }
     const bool whole = desc.log2_chroma_w == 0 && desc.log2_chroma_h == 0;
     const bool chromaFits =
-        whole || (meaning.isTarget() && desc.log2_chroma_w == targetChromaW() && desc.log2_chroma_h == 0);
+        whole || (meaning.hasTargetMatrix() && desc.log2_chroma_w == targetChromaW() && desc.log2_chroma_h == 0);
     if (plain && sameSize && chromaFits) {
         const bool own = isPlanarWords(desc) && meaning.isTarget();
         planes = own ? viewOf(in) : unpacked(in, scratch);
@@ -297,8 +356,9 @@ Status PictureConverter::Private::prepare(const AVFrame& in, const Fit& fit, Pla
     }
     if (meaning.rgb)
         return scaleRgb(in, meaning, fit, planes);
-    const AVPixelFormat format =
-        meaning.isTarget() ? planarFormat(targetChromaW(), target.bitDepth) : AV_PIX_FMT_YUV444P16LE;
+    const AVPixelFormat format = meaning.hasTargetMatrix()
+                                     ? planarFormat(targetChromaW(), meaning.isTarget() ? target.bitDepth : 16)
+                                     : AV_PIX_FMT_YUV444P16LE;
     const Result<const AVFrame*> fitted = scale(in, format, fit.width, fit.height);
     if (!fitted)
         return fitted.error();

@@ -7,6 +7,7 @@
 
 #include <QDateTime>
 #include <QFileInfo>
+#include <QSet>
 #include <QUuid>
 
 #include <cmath>
@@ -86,8 +87,35 @@ PictureTrackInfo describePicture(AVFormatContext& file, int number)
     return info;
 }
 
-/// The label of a channel in the usual post-production spelling.
-QString channelLabel(const AVChannelLayout& layout, int channel)
+QSet<int> channelsOf(const AVChannelLayout& layout)
+{
+    QSet<int> ids;
+    for (int channel = 0; channel < layout.nb_channels; ++channel)
+        ids += av_channel_layout_channel_from_index(&layout, unsigned(channel));
+    return ids;
+}
+
+/// A surround is often kept in streams of one channel each: together they have the places of one layout.
+QSet<int> singleChannels(const AVFormatContext& file)
+{
+    QSet<int> ids;
+    for (unsigned i = 0; i < file.nb_streams; ++i) {
+        const AVCodecParameters& par = *file.streams[i]->codecpar;
+        if (par.codec_type == AVMEDIA_TYPE_AUDIO && par.ch_layout.nb_channels == 1)
+            ids += channelsOf(par.ch_layout);
+    }
+    return ids;
+}
+
+bool holdsSurround(const QSet<int>& ids)
+{
+    const bool isWide = ids.contains(AV_CHAN_FRONT_LEFT) && ids.contains(AV_CHAN_FRONT_RIGHT);
+    return isWide &&
+           (ids.contains(AV_CHAN_LOW_FREQUENCY) || ids.contains(AV_CHAN_BACK_LEFT) || ids.contains(AV_CHAN_SIDE_LEFT));
+}
+
+/// The label of a channel in the usual post-production spelling. @param together the channels of its layout.
+QString channelLabel(const AVChannelLayout& layout, int channel, const QSet<int>& together)
 {
     static const QHash<int, QString> labels{{AV_CHAN_FRONT_LEFT, QStringLiteral("L")},
                                             {AV_CHAN_FRONT_RIGHT, QStringLiteral("R")},
@@ -103,10 +131,10 @@ QString channelLabel(const AVChannelLayout& layout, int channel)
                                             {AV_CHAN_STEREO_LEFT, QStringLiteral("Lt")},
                                             {AV_CHAN_STEREO_RIGHT, QStringLiteral("Rt")}};
     const int id = av_channel_layout_channel_from_index(&layout, unsigned(channel));
-    if (layout.nb_channels == 1 && (id == AV_CHAN_FRONT_CENTER || id < 0))
+    if (layout.nb_channels == 1 && ((id == AV_CHAN_FRONT_CENTER && !holdsSurround(together)) || id < 0))
         return QStringLiteral("Mono");
     // The five-channel layouts call their surrounds "back"; beside true side channels they are the rear ones.
-    const bool hasSides = av_channel_layout_index_from_channel(&layout, AV_CHAN_SIDE_LEFT) >= 0;
+    const bool hasSides = together.contains(AV_CHAN_SIDE_LEFT);
     if (!hasSides && id == AV_CHAN_BACK_LEFT)
         return QStringLiteral("Ls");
     if (!hasSides && id == AV_CHAN_BACK_RIGHT)
@@ -114,13 +142,14 @@ QString channelLabel(const AVChannelLayout& layout, int channel)
     return labels.value(id, QStringLiteral("Ch %1").arg(channel + 1));
 }
 
-void appendAudio(const AVStream& stream, QVector<AudioTrackInfo>& tracks)
+void appendAudio(const AVStream& stream, const QSet<int>& single, QVector<AudioTrackInfo>& tracks)
 {
     const AVCodecParameters& par = *stream.codecpar;
+    const QSet<int> together = par.ch_layout.nb_channels == 1 ? single : channelsOf(par.ch_layout);
     for (int channel = 0; channel < par.ch_layout.nb_channels; ++channel) {
         AudioTrackInfo info;
         info.name = QStringLiteral("A%1").arg(tracks.size() + 1);
-        info.label = channelLabel(par.ch_layout, channel);
+        info.label = channelLabel(par.ch_layout, channel, together);
         info.title = text(stream.metadata, "title");
         info.language = text(stream.metadata, "language");
         info.language = info.language == QLatin1String("und") ? QString() : info.language;
@@ -279,9 +308,10 @@ Result<Sequence> openSequence(const QString& path)
     if (!file)
         return file.error();
     Sequence sequence = describeFile(*checked);
+    const QSet<int> single = singleChannels(**file);
     for (unsigned i = 0; i < (*file)->nb_streams; ++i) {
         if ((*file)->streams[i]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO)
-            appendAudio(*(*file)->streams[i], sequence.audio);
+            appendAudio(*(*file)->streams[i], single, sequence.audio);
     }
     const int picture = pictureStream(**file);
     if (picture < 0 && sequence.audio.isEmpty())

@@ -136,6 +136,44 @@ private slots:
         QCOMPARE(at, values.size());
     }
 
+    /// Neighbours in the chroma are not mixed where the sampling stays.
+    void fullRangeIsNarrowedSampleBySample()
+    {
+        QByteArray raw;
+        std::vector<int> values;
+        for (int i = 0; i < 64 * 36 * 2; ++i) {
+            values.push_back(i * 397 % 1024);
+            raw += QByteArray(1, char(values.back() & 255)) + char(values.back() >> 8);
+        }
+        m_maker.write(QStringLiteral("full.raw"), raw);
+        QVERIFY(m_maker.ffmpeg(QStringLiteral("-f rawvideo -pix_fmt yuv422p10le -s 64x36 -r 25 -i @full.raw -c:v ffv1 "
+                                              "-color_range pc -colorspace bt709 @full.mkv")));
+        const auto sequence = support::valueOf(openSequence(m_maker.path(QStringLiteral("full.mkv"))));
+        auto reader = support::valueOf(PictureReader::open(sequence, {64, 36, 10, Sampling::YCbCr422}));
+        const auto frame = support::valueOf(reader->read(0));
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const std::size_t luma = frame.planes[0].size();
+            const std::size_t chroma = frame.planes[1].size();
+            const int sample =
+                i < luma ? frame.planes[0][i] : frame.planes[1 + (i - luma) / chroma][(i - luma) % chroma];
+            const double exact = i < luma ? 64 + values[i] * 876 / 1023.0 : 512 + (values[i] - 511.5) * 896 / 1023.0;
+            QVERIFY2(std::abs(sample - exact) <= 1.5, qPrintable(QStringLiteral("%1: %2").arg(i).arg(sample)));
+        }
+    }
+
+    /// One field is white and one is black: none takes light from the other.
+    void fieldsAreScaledApart()
+    {
+        QVERIFY(m_maker.ffmpeg(
+            QStringLiteral("-f lavfi -i color=s=64x64:r=25,format=yuv420p,geq=lum='if(mod(Y,2),16,235)':cb=128:cr=128 "
+                           "-frames:v 1 -c:v mpeg2video -flags +ildct+ilme -q:v 1 @fields.mpg")));
+        const auto sequence = support::valueOf(openSequence(m_maker.path(QStringLiteral("fields.mpg"))));
+        auto reader = support::valueOf(PictureReader::open(sequence, {96, 96, 10, Sampling::YCbCr422}));
+        const auto frame = support::valueOf(reader->read(0));
+        for (std::size_t i = 0; i < frame.planes[0].size(); ++i)
+            QVERIFY(std::abs(frame.planes[0][i] - (i / 96 % 2 == 0 ? 940 : 64)) < 100);
+    }
+
     void coloursArriveInNarrowBt709_data()
     {
         const support::Rows<QString, QString, int> row;

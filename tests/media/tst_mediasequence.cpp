@@ -80,6 +80,17 @@ private slots:
         QCOMPARE((*file)->streams[0]->codecpar->format == known.pixelFormat, std::get<0>(support::fetched<bool>()));
     }
 
+    void streamsOfOneChannelNameThePlacesOfTheirSurround()
+    {
+        QVERIFY(m_maker.ffmpeg(QStringLiteral("-f lavfi -i anullsrc=cl=7.1 -filter_complex "
+                                              "channelsplit=channel_layout=7.1 -t 0.1 -c:a pcm_s24le @apart.mov")));
+        QStringList labels;
+        const auto sequence = support::valueOf(openSequence(m_maker.path(QStringLiteral("apart.mov"))));
+        for (const AudioTrackInfo& track : sequence.audio)
+            labels += track.label;
+        QCOMPARE(labels.join(QLatin1Char(' ')), QStringLiteral("L R C LFE Lrs Rrs Ls Rs"));
+    }
+
     void identifiersSurviveRewritingAndTellFilesApart()
     {
         const QByteArray good = m_maker.bytes(QStringLiteral("good.mov"));
