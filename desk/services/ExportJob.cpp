@@ -159,6 +159,13 @@ struct ExportJob::Work {
     Status hand(const WrittenTracks& tracks, const QStringList& paths);
 };
 
+/// Readers convert the matrix alone.
+bool hasWidePrimaries(const media::PictureTrackInfo& picture)
+{
+    static const QStringList wide{"bt2020", "smpte431", "smpte432"};
+    return wide.contains(picture.primaries);
+}
+
 Status ExportJob::Work::prepare()
 {
     auto opened = media::openSequence(order.mediaPath);
@@ -175,6 +182,11 @@ Status ExportJob::Work::prepare()
         return fail(QStringLiteral("its picture is of high dynamic range (%1), and the output writes BT.709 only")
                         .arg(sequence.picture->transfer),
                     QStringLiteral("convert it to BT.709 first"));
+    if (hasWidePrimaries(*sequence.picture))
+        notes += fail(QStringLiteral("its primaries (%1) are written as BT.709's, so that colours look pale")
+                          .arg(sequence.picture->primaries),
+                      QStringLiteral("convert it to BT.709 first"))
+                     .sentence();
     format = order.format.picture();
     auto chosen = imf::chooseProfile(format, order.format.j2k());
     if (!chosen)
@@ -303,7 +315,11 @@ Status ExportJob::Work::writeAll()
     QStringList languages;
     for (const SoundPlan& sound : qAsConst(sounds))
         languages += sound.format.language;
-    notes = sound->notes;
+    for (const SoundPlan& plan : qAsConst(sounds)) {
+        if (!plan.remark.isEmpty())
+            notes += plan.remark;
+    }
+    notes += sound->notes;
     return hand({*picture, sound->files, languages, sequence.startTimecode, sequence.frameRate}, paths);
 }
 

@@ -1,5 +1,6 @@
 #include "desk/services/MixGains.h"
 
+#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -20,12 +21,26 @@ struct Fold {
 
 const QVector<Fold>& folds()
 {
-    static const QVector<Fold> rows{
-        {"chLs", {"chLss"}, 1},           {"chRs", {"chRss"}, 1},       {"chLss", {"chLs"}, 1},
-        {"chRss", {"chRs"}, 1},           {"chLrs", {"chLs"}, lowered}, {"chRrs", {"chRs"}, lowered},
-        {"chC", {"chL", "chR"}, lowered}, {"chLs", {"chL"}, lowered},   {"chRs", {"chR"}, lowered},
-        {"chLss", {"chL"}, lowered},      {"chRss", {"chR"}, lowered},  {"chLrs", {"chL"}, lowered},
-        {"chRrs", {"chR"}, lowered}};
+    static const QVector<Fold> rows{{"chLs", {"chLss"}, 1},
+                                    {"chRs", {"chRss"}, 1},
+                                    {"chLss", {"chLs"}, 1},
+                                    {"chRss", {"chRs"}, 1},
+                                    {"chLrs", {"chLs"}, lowered},
+                                    {"chRrs", {"chRs"}, lowered},
+                                    {"chLc", {"chL", "chC"}, lowered},
+                                    {"chRc", {"chC", "chR"}, lowered},
+                                    {"chCs", {"chLs", "chRs"}, lowered},
+                                    {"chCs", {"chLrs", "chRrs"}, lowered},
+                                    {"chCs", {"chL", "chR"}, 0.5},
+                                    {"chLc", {"chL"}, lowered},
+                                    {"chRc", {"chR"}, lowered},
+                                    {"chC", {"chL", "chR"}, lowered},
+                                    {"chLs", {"chL"}, lowered},
+                                    {"chRs", {"chR"}, lowered},
+                                    {"chLss", {"chL"}, lowered},
+                                    {"chRss", {"chR"}, lowered},
+                                    {"chLrs", {"chL"}, lowered},
+                                    {"chRrs", {"chR"}, lowered}};
     return rows;
 }
 
@@ -85,9 +100,10 @@ MixGains placed(const QVector<QString>& places, const QVector<QString>& channels
 /// -1 where there is none.
 int channelOf(const QString& place, const QVector<QString>& channels)
 {
-    // Files call the side surrounds of a 7.1 what those of a 5.1 are called.
-    const bool isSurround = place == QLatin1String("chLs") || place == QLatin1String("chRs");
-    return channels.indexOf(isSurround && !channels.contains(place) ? place + QLatin1Char('s') : place);
+    // Files call the side surrounds of a 7.1 what those of a 5.1 are called, and the one of a 4.0 what that of a 6.1
+    // is.
+    static const QHash<QString, QString> others{{"chLs", "chLss"}, {"chRs", "chRss"}, {"chCs", "chS"}};
+    return channels.indexOf(channels.contains(place) ? place : others.value(place, place));
 }
 
 /// For each source its channel by label; empty where the labels do not name just the mode's channels.
@@ -190,7 +206,7 @@ MixGains loweredToUnity(MixGains gains)
 
 QString placeOf(const QString& label)
 {
-    static const QSet<QString> places{"L", "R", "C", "LFE", "Ls", "Rs", "Lss", "Rss", "Lrs", "Rrs"};
+    static const QSet<QString> places{"L", "R", "C", "LFE", "Ls", "Rs", "Lss", "Rss", "Lrs", "Rrs", "Lc", "Rc", "Cs"};
     return places.contains(label) ? QStringLiteral("ch") + label : QString();
 }
 

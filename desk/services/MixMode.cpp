@@ -11,8 +11,15 @@ namespace
 {
 constexpr MixMode mono{"Mono", "sgM", MixRule::Sum};
 constexpr MixMode stereo{"Stereo", "sgST", MixRule::Place};
+constexpr MixMode surround30{"3.0", "sg30", MixRule::Route};
+constexpr MixMode surround40{"4.0", "sg40", MixRule::Route};
+constexpr MixMode surround50{"5.0", "sg50", MixRule::Route};
 constexpr MixMode surround51{"5.1", "sg51", MixRule::Route};
+constexpr MixMode surround60{"6.0", "sg60", MixRule::Route};
+constexpr MixMode surround61{"6.1", "sg61", MixRule::Route};
+constexpr MixMode surround70{"7.0", "sg70", MixRule::Route};
 constexpr MixMode surround71{"7.1", "sg71", MixRule::Route};
+constexpr MixMode surround71Sds{"7.1 SDS", "sgSDS", MixRule::Route};
 } // namespace
 
 QVector<QString> MixMode::channels() const
@@ -28,9 +35,15 @@ const QVector<MixMode>& mixModes()
                                         {"5.1 to Stereo", "sgST", MixRule::Downmix},
                                         {"Dual Mono", "sgDM", MixRule::Route},
                                         {"Lt-Rt", "sgLtRt", MixRule::Route},
-                                        {"5.0", "sg50", MixRule::Route},
+                                        surround30,
+                                        surround40,
+                                        surround50,
                                         surround51,
+                                        surround60,
+                                        surround61,
+                                        surround70,
                                         surround71,
+                                        surround71Sds,
                                         {"Discrete", "sgDNS", MixRule::Number}};
     return modes;
 }
@@ -52,6 +65,13 @@ const MixMode* findMixMode(const QString& name)
 }
 
 const QVector<MixMode>& layoutModes()
+{
+    static const QVector<MixMode> modes{mono,       stereo,     surround30, surround40, surround50,   surround51,
+                                        surround60, surround61, surround70, surround71, surround71Sds};
+    return modes;
+}
+
+const QVector<MixMode>& plainLayoutModes()
 {
     static const QVector<MixMode> modes{mono, stereo, surround51, surround71};
     return modes;

@@ -32,13 +32,17 @@ struct MixMode {
     QVector<QString> channels() const;
 };
 
-/// "Mono", "Stereo", "5.1 to Stereo", "Dual Mono", "Lt-Rt", "5.0", "5.1", "7.1", "Discrete".
+/// "Mono", "Stereo", "5.1 to Stereo", "Dual Mono", "Lt-Rt", the other layouts, "Discrete".
 const QVector<MixMode>& mixModes();
 QStringList mixModeNames();
 /// Null for a name that is no mix mode.
 const MixMode* findMixMode(const QString& name);
 
-/// The modes that unmapped tracks can be laid out in, the smallest first: "Mono", "Stereo", "5.1", "7.1".
+/// The modes that unmapped tracks can be laid out in, the smallest first: "Mono", "Stereo", and the surround layouts
+/// that have a soundfield (ST 377-4, ST 2067-8) from "3.0" to "7.1 SDS".
 const QVector<MixMode>& layoutModes();
+
+/// Those that tracks without labels go into: "Mono", "Stereo", "5.1", "7.1".
+const QVector<MixMode>& plainLayoutModes();
 
 } // namespace desk::services

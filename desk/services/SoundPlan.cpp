@@ -50,9 +50,16 @@ QString trackName(int number)
     return QStringLiteral("IMF track A%1").arg(number);
 }
 
-/// Whether tracks can go one to one into a layout: their labels name just its channels, or none names a place. What is
-/// spoken in different languages belongs to different mixes.
-bool fits(const BinItem& sequence, const QVector<int>& sources, const MixMode& mode)
+/// Whether tracks without labels may be taken for this layout.
+bool isPlain(const MixMode& mode)
+{
+    return std::any_of(plainLayoutModes().begin(), plainLayoutModes().end(),
+                       [&mode](const MixMode& plain) { return qstrcmp(plain.name, mode.name) == 0; });
+}
+
+/// Whether tracks can go one to one into a layout: their labels name just its channels, or none names a place and the
+/// layout is plain or the one that was asked for. What is spoken in different languages belongs to different mixes.
+bool fits(const BinItem& sequence, const QVector<int>& sources, const MixMode& mode, const MixMode& largest)
 {
     bool isPlaced = false;
     QSet<QString> languages;
@@ -61,7 +68,10 @@ bool fits(const BinItem& sequence, const QVector<int>& sources, const MixMode& m
         languages.insert(languageTag(sequence.audio[source].language));
     }
     languages.remove(QString());
-    return languages.size() <= 1 && (!isPlaced || isLabelledLike(sequence.audio, sources, mode));
+    if (languages.size() > 1)
+        return false;
+    return isPlaced ? isLabelledLike(sequence.audio, sources, mode)
+                    : isPlain(mode) || qstrcmp(mode.name, largest.name) == 0;
 }
 
 /// The largest layout up to `largest` that the tracks from `first` on fit into; a single track is mono.
@@ -74,7 +84,7 @@ const MixMode& modeAt(const BinItem& sequence, int first, const MixMode& largest
             continue;
         sources.resize(count);
         std::iota(sources.begin(), sources.end(), first);
-        if (fits(sequence, sources, mode))
+        if (fits(sequence, sources, mode, largest))
             return mode;
     }
     sources = {first};
@@ -171,6 +181,21 @@ Status checkRow(const BinItem& sequence, const Row& row)
 
 enum class Origin { Mapped, Unmapped };
 
+bool isMixed(const MixGains& gains)
+{
+    return std::any_of(gains.begin(), gains.end(), [](const std::vector<double>& channel) {
+        return channel.size() > std::size_t(std::count(channel.begin(), channel.end(), 0.0)) + 1;
+    });
+}
+
+QString labelledNames(const BinItem& sequence, const QVector<int>& sources)
+{
+    QStringList names;
+    for (int source : sources)
+        names += QStringLiteral("%1 (%2)").arg(sequence.audio[source].name, sequence.audio[source].label);
+    return names.join(QStringLiteral(", "));
+}
+
 Result<SoundPlan> planRow(const BinItem& sequence, const Row& row, Origin origin)
 {
     const auto named = [&](Error error) {
@@ -186,7 +211,7 @@ Result<SoundPlan> planRow(const BinItem& sequence, const Row& row, Origin origin
                                           : unmappedGains(sequence.audio, row.sources, mode);
     if (!gains)
         return named(gains.error());
-    SoundPlan plan{row.name, {}, row.sources, *gains, row.mode};
+    SoundPlan plan{row.name, {}, row.sources, *gains, row.mode, {}};
     plan.format.soundfield = QLatin1String(mode.soundfield);
     const QVector<QString> channels = mode.channels();
     for (const QString& channel : channels)
@@ -195,6 +220,14 @@ Result<SoundPlan> planRow(const BinItem& sequence, const Row& row, Origin origin
         plan.format.channels += imf::ChannelLabel{QStringLiteral("chNSC%1").arg(n, 3, 10, QLatin1Char('0'))};
     plan.format.language = row.language.isEmpty() ? commonLanguage(sequence, row.sources) : row.language;
     plan.format.contentKind = row.contentKind;
+    if (origin == Origin::Unmapped && isMixed(plan.gains))
+        plan.remark =
+            named({{},
+                   {},
+                   {},
+                   QStringLiteral("%1 are mixed into \"%2\"").arg(labelledNames(sequence, row.sources), row.mode),
+                   QStringLiteral("map the tracks to keep them apart")})
+                .sentence();
     return plan;
 }
 } // namespace
@@ -236,12 +269,19 @@ QVector<int> silentTracks(const BinItem& sequence, const QVector<SoundPlan>& pla
 
 QString defaultMixMode(const QVector<BinTrack>& tracks)
 {
+    QVector<int> first;
+    for (auto mode = layoutModes().rbegin(); mode != layoutModes().rend() && mode->rule == MixRule::Route; ++mode) {
+        first.resize(mode->channels().size());
+        std::iota(first.begin(), first.end(), 0);
+        if (first.size() <= tracks.size() && isLabelledLike(tracks, first, *mode))
+            return QLatin1String(mode->name);
+    }
     static const QSet<QString> rear{"Lrs", "Rrs"};
     const bool hasRear =
         std::any_of(tracks.begin(), tracks.end(), [](const BinTrack& track) { return rear.contains(track.label); });
     const int count = tracks.size();
     const int mode = count <= 1 ? 0 : count < 6 ? 1 : hasRear && count >= 8 ? 3 : 2;
-    return QLatin1String(layoutModes().at(mode).name);
+    return QLatin1String(plainLayoutModes().at(mode).name);
 }
 
 QString losslessMixMode(const QVector<BinTrack>& tracks)

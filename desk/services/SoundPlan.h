@@ -21,6 +21,8 @@ struct SoundPlan {
     MixGains gains;
     /// The mix mode's name.
     QString mode;
+    /// What the user should know: that tracks are mixed though nobody has asked for it. Empty otherwise.
+    QString remark;
 };
 
 /// One plan for each row of the audio mapping, in the order of their numbers; see mappedGains(). Without a mapping the
@@ -34,8 +36,8 @@ Result<QVector<SoundPlan>> planSound(const BinItem& sequence, const OutputFormat
 /// Places in BinItem::audio of the tracks that sound in none of these.
 QVector<int> silentTracks(const BinItem& sequence, const QVector<SoundPlan>& plans);
 
-/// The layout that suits the tracks: "7.1" where a label says so, "Mono" for one, "5.1" from six on, otherwise
-/// "Stereo".
+/// The layout that suits the tracks: the largest surround that the labels of the first of them name, otherwise "Mono"
+/// for one, "5.1" from six on, "7.1" from eight on where there are rear surrounds, else "Stereo".
 QString defaultMixMode(const QVector<BinTrack>& tracks);
 
 /// The mix mode that takes all of the tracks one to one: their layout where they fill it, otherwise "Discrete".

@@ -95,6 +95,15 @@ private slots:
         // Ls + 0.707 Lrs, lowered.
         row("7.1 to 5.1", QStringList{"L", "R", "C", "LFE", "Ls", "Rs", "Lrs", "Rrs"}, "5.1",
             "sg51 59 117 176 234 583 683");
+        row("5.0, then stereo", QStringList{"L", "R", "C", "Ls", "Rs", "L", "R"}, "5.0",
+            "sg50 100 200 300 400 500 | sgST 600 700");
+        row("6.1", QStringList{"L", "R", "C", "LFE", "Cs", "Ls", "Rs"}, "6.1", "sg61 100 200 300 400 600 700 500");
+        row("4.0", QStringList{"L", "R", "C", "Cs"}, "4.0", "sg40 100 200 300 400");
+        row("7.1 with screen channels", QStringList{"L", "R", "C", "LFE", "Ls", "Rs", "Lc", "Rc"}, "7.1 SDS",
+            "sgSDS 100 700 300 800 200 400 500 600");
+        row("five without labels", QStringList{m, m, m, m, m}, "5.0", "sg50 100 200 300 400 500");
+        // C and half of Cs on both sides, lowered.
+        row("4.0 to stereo", QStringList{"L", "R", "C", "Cs"}, "Stereo", "sgST 232 277");
         row("pair to 5.1", QStringList{"L", "R"}, "5.1",
             "/clip.mov, IMF track A1: \"5.1\" needs 6 tracks and gets 2 (A1, A2); map 6 tracks or choose another mix "
             "mode.");
@@ -259,7 +268,7 @@ private slots:
 
     void aMixThatIsTooLoudIsToldWithItsFirstSampleAndItsHighestLevel()
     {
-        SoundPlan plan{{}, {}, {0, 1}, {{1, 0}, {1, 1}}, {}};
+        SoundPlan plan{{}, {}, {0, 1}, {{1, 0}, {1, 1}}, {}, {}};
         SoundMixer mixer(plan, {1, 0});
         const media::SoundBlock fits{{{0, 8388607}, {-8388608, 0}}, {}};
         const auto channels = mixer.mix(fits);
@@ -276,7 +285,7 @@ private slots:
 
     void sourcesAboveFullScaleAreLimitedAfterTheirGains()
     {
-        SoundPlan plan{{}, {}, {3, 5}, {{1, 0}, {0.5, 0}, {1, 1}}, {}};
+        SoundPlan plan{{}, {}, {3, 5}, {{1, 0}, {0.5, 0}, {1, 1}}, {}, {}};
         SoundMixer mixer(plan, {5, 3});
         mixer.mix({{{-5000000, 0}, {0, 8388608}}, {}});
         QVERIFY(mixer.excesses().empty());
