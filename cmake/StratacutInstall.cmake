@@ -6,8 +6,13 @@ set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME libraries)
 set(stratacut_libraries StratacutUI ViewDeckQt NvCoreM2W10)
 set(stratacut_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/StratacutUI")
 
+# Before 1.0 a minor version may change interfaces, and the loader has to know it as the CMake package does.
+set(stratacut_abi ${PROJECT_VERSION_MAJOR})
+if(stratacut_abi EQUAL 0)
+  set(stratacut_abi ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+endif()
 foreach(library IN LISTS stratacut_libraries)
-  set_target_properties(${library} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  set_target_properties(${library} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${stratacut_abi})
   # Qt keeps pointers into them (meta types, resources, styles) for as long as the process lives.
   target_link_options(${library} PRIVATE -Wl,-z,nodelete)
 endforeach()
