@@ -3,9 +3,9 @@
 #include "desk/app/Command.h"
 #include "desk/app/Console.h"
 #include "desk/app/ItemSession.h"
+#include "desk/app/SoundDefaults.h"
 
 #include "StratacutUI/IMF_Controller.h"
-#include "StratacutUI/ImfDict.h"
 
 #include <QCommandLineParser>
 
@@ -17,10 +17,10 @@ using Model = IMF_PackageMgrQtModel;
 namespace
 {
 /// The user has mapped the sound of a composition otherwise than it would be written now.
-Status checkMappings(const QModelIndex& item, const QStringList& mappedAnew)
+Status checkMappings(const QModelIndex& item, const QList<CompositionKey>& mappedAnew)
 {
-    const QString mob = Model::MetadataJsonFromIndex(item)[QLatin1String(ImfDict::CPLMobID)].toString();
-    if (Model::NodeTypeFromIndex(item) == IMF_PackageMgr::CPL && mappedAnew.contains(mob))
+    if (Model::NodeTypeFromIndex(item) == IMF_PackageMgr::CPL &&
+        mappedAnew.contains(compositionKey(Model::MetadataJsonFromIndex(item))))
         return Error{{},
                      QStringLiteral("composition %1").arg(ItemSession::numberOf(item)),
                      {},

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "StratacutUI/IMF_PackageMgrQtModel.h"
+#include "desk/app/SoundDefaults.h"
 #include "desk/base/Result.h"
 #include "desk/services/MediaLibrary.h"
 #include "desk/services/PackageOutput.h"
@@ -68,8 +69,8 @@ public:
     /// What the user must be told about the files of the profile. Cleared by the call.
     QStringList takeNotices();
 
-    /// The sequences of the compositions whose saved audio mapping could not be read and was not kept.
-    const QStringList& mappedAnew() const { return m_mappedAnew; }
+    /// The compositions whose saved audio mapping could not be read and was not kept.
+    const QList<CompositionKey>& mappedAnew() const { return m_mappedAnew; }
 
     /// Deliveries that nobody has written yet and that hold no IMP: saved state has no place for them.
     QModelIndexList unkept() const;
@@ -84,7 +85,7 @@ private:
     /// Owned by the model's controller.
     services::SettingsStorage* m_settings = nullptr;
     QStringList m_notices;
-    QStringList m_mappedAnew;
+    QList<CompositionKey> m_mappedAnew;
 };
 
 } // namespace desk::app

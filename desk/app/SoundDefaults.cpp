@@ -106,22 +106,25 @@ void mapUnmappedSound(IMF_PackageMgrQtModel& model, const services::MediaLibrary
         mapRows(model, library, parent, first, last);
 }
 
-QMap<QString, QString> unreadableMappings(const QJsonArray& documents, const QString& file)
+CompositionKey compositionKey(const QJsonObject& document)
 {
-    QMap<QString, QString> told;
+    return {document[QLatin1String(ImfDict::CPLMobID)].toString(), document[QLatin1String(ImfDict::Name)].toString()};
+}
+
+QMap<CompositionKey, QString> unreadableMappings(const QJsonArray& documents, const QString& file)
+{
+    QMap<CompositionKey, QString> told;
     for (const QJsonValue& value : documents) {
         const QJsonObject document = value.toObject();
         const QJsonValue mix = document[QLatin1String(ImfDict::Audio)][QLatin1String(ImfDict::MultipleAudioMix)];
-        const QString name = document[QLatin1String(ImfDict::Name)].toString();
         const bool burned = !document[QLatin1String(ImfDict::Mutable)].toBool();
         if (!mix.isUndefined() && !JSON::VerifyMultiMix(mix.toObject(), burned))
-            told[document[QLatin1String(ImfDict::CPLMobID)].toString()] =
-                Error{file,
-                      QStringLiteral("\"%1\"").arg(name),
-                      {},
-                      QStringLiteral("its audio mapping cannot be read and starts anew"),
-                      QStringLiteral("map its tracks again")}
-                    .sentence();
+            told[compositionKey(document)] = Error{file,
+                                                   QStringLiteral("\"%1\"").arg(compositionKey(document).second),
+                                                   {},
+                                                   QStringLiteral("its audio mapping cannot be read and starts anew"),
+                                                   QStringLiteral("map its tracks again")}
+                                                 .sentence();
         const auto inner = unreadableMappings(document[QLatin1String(ImfDict::Children)].toArray(), file);
         for (auto one = inner.begin(); one != inner.end(); ++one)
             told[one.key()] = one.value();

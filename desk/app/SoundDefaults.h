@@ -4,7 +4,9 @@
 #include "desk/services/CommitPlan.h"
 
 #include <QJsonArray>
+#include <QJsonObject>
 #include <QMap>
+#include <QPair>
 
 class IMF_PackageMgrQtModel;
 class QModelIndex;
@@ -32,8 +34,12 @@ bool hasTrackMetadata();
 void mapUnmappedSound(IMF_PackageMgrQtModel& model, const services::MediaLibrary& library, const QModelIndex& parent,
                       int first, int last);
 
-/// For each composition in saved documents, and in their children, whose audio mapping cannot be read and starts anew:
-/// by its sequence, a sentence for the user. @param file where they are saved.
-QMap<QString, QString> unreadableMappings(const QJsonArray& documents, const QString& file);
+/// Tells a composition from others by its document: its sequence and its name.
+using CompositionKey = QPair<QString, QString>;
+CompositionKey compositionKey(const QJsonObject& document);
+
+/// For each composition in saved documents, and in their children, whose audio mapping cannot be read and starts anew,
+/// a sentence for the user. @param file where they are saved.
+QMap<CompositionKey, QString> unreadableMappings(const QJsonArray& documents, const QString& file);
 
 } // namespace desk::app

@@ -225,6 +225,8 @@ PictureConverter::PictureConverter(const PictureTarget& target, Rational pixelAs
 
 PictureConverter::~PictureConverter() = default;
 
+namespace
+{
 /// Lines that must not be mixed: 2 where the height changes of a picture that is made of fields, be it of the chroma.
 int fieldsOf(const AVFrame& in, AVPixelFormat format, int height)
 {
@@ -234,6 +236,20 @@ int fieldsOf(const AVFrame& in, AVPixelFormat format, int height)
     const bool halves = height % 2 == 0 && in.height % (2 << from.log2_chroma_h) == 0;
     return in.interlaced_frame != 0 && changes && halves ? 2 : 1;
 }
+
+/// Every `fields`-th line of a picture, from line `number` on.
+struct Lines {
+    std::array<uint8_t*, 4> data{};
+    std::array<int, 4> stride{};
+
+    Lines(const AVFrame& frame, int number, int fields)
+    {
+        for (std::size_t i = 0; i < 4 && frame.data[i] != nullptr; ++i) {
+            data[i] = frame.data[i] + std::ptrdiff_t(number) * frame.linesize[i];
+            stride[i] = frame.linesize[i] * fields;
+        }
+    }
+};
 
 SwsPtr scalerOf(const AVFrame& in, AVPixelFormat format, int width, int height, const std::array<int, 2>& field)
 {
@@ -268,6 +284,7 @@ SwsPtr scalerOf(const AVFrame& in, AVPixelFormat format, int width, int height, 
     sws_setColorspaceDetails(scaler.get(), table, 0, table, 0, 0, 1 << 16, 1 << 16);
     return scaler;
 }
+} // namespace
 
 bool PictureConverter::Private::makeScalers(const AVFrame& in, AVPixelFormat format, int width, int height, int fields)
 {
@@ -278,20 +295,6 @@ bool PictureConverter::Private::makeScalers(const AVFrame& in, AVPixelFormat for
     }
     return true;
 }
-
-/// Every `fields`-th line of a picture, from line `number` on.
-struct Lines {
-    std::array<uint8_t*, 4> data{};
-    std::array<int, 4> stride{};
-
-    Lines(const AVFrame& frame, int number, int fields)
-    {
-        for (std::size_t i = 0; i < 4 && frame.data[i] != nullptr; ++i) {
-            data[i] = frame.data[i] + std::ptrdiff_t(number) * frame.linesize[i];
-            stride[i] = frame.linesize[i] * fields;
-        }
-    }
-};
 
 /// Size and chroma sampling only; values keep their meaning and go to the upper bits of the new depth.
 Result<const AVFrame*> PictureConverter::Private::scale(const AVFrame& in, AVPixelFormat format, int width, int height)

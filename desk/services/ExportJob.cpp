@@ -159,12 +159,15 @@ struct ExportJob::Work {
     Status hand(const WrittenTracks& tracks, const QStringList& paths);
 };
 
+namespace
+{
 /// Readers convert the matrix alone.
 bool hasWidePrimaries(const media::PictureTrackInfo& picture)
 {
     static const QStringList wide{"bt2020", "smpte431", "smpte432"};
     return wide.contains(picture.primaries);
 }
+} // namespace
 
 Status ExportJob::Work::prepare()
 {
