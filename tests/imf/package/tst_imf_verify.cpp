@@ -77,6 +77,15 @@ Resource& firstResource(Composition& composition, int sequence)
     return composition.segments[0].sequences[sequence].resources[0];
 }
 
+/// Of the picture, whose track file says nothing of it.
+void nameFieldDominance(Composition& composition)
+{
+    QByteArray& xml = composition.essenceDescriptors[0].regXml;
+    const int at = xml.indexOf(':', xml.indexOf("StoredWidth>") - 3);
+    const QByteArray prefix = xml.mid(xml.lastIndexOf('<', at) + 1, at - xml.lastIndexOf('<', at) - 1);
+    xml.insert(xml.lastIndexOf('<', at), "<" + prefix + ":FieldDominance>FieldOne</" + prefix + ":FieldDominance>");
+}
+
 /// Takes this program's marks out, as if another had written the map.
 void makeStrange(const QString& folder)
 {
@@ -252,15 +261,7 @@ private slots:
             {"asset-missing CPL.xml"});
         row("no resources", [](Composition& c) { c.segments[0].sequences[1].resources.clear(); },
             {"descriptor-unused CPL.xml", "duration-unequal CPL.xml", "resource-none CPL.xml"});
-        row("property that the file lacks",
-            [](Composition& c) {
-                QByteArray& xml = c.essenceDescriptors[0].regXml;
-                const int at = xml.indexOf(':', xml.indexOf("StoredWidth>") - 3);
-                const QByteArray prefix = xml.mid(xml.lastIndexOf('<', at) + 1, at - xml.lastIndexOf('<', at) - 1);
-                xml.insert(xml.lastIndexOf('<', at),
-                           "<" + prefix + ":FieldDominance>FieldOne</" + prefix + ":FieldDominance>");
-            },
-            {"descriptor-of-file CPL.xml"});
+        row("property that the file lacks", nameFieldDominance, {"descriptor-of-file CPL.xml"});
         row("hash of an unknown kind", [](Composition& c) { firstResource(c, 0).hash.chop(1); },
             {"hash-unknown CPL.xml"});
         row("timecode that is none",
