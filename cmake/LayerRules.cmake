@@ -1,6 +1,7 @@
 # Who may know whom. Each row lists every target that a layer may link; anything else stops the configuration.
 # Every target outside tests/ and bench/ needs a row, so that a new one cannot slip past the table.
 
+set(STRATACUT_RULE_stratacut_common_headers Qt5::Core)
 set(STRATACUT_RULE_NvCoreM2W10 Qt5::Core Qt5::Gui)
 set(STRATACUT_RULE_ViewDeckQt NvCoreM2W10 Qt5::Core Qt5::Gui Qt5::Widgets Qt5::Svg)
 set(STRATACUT_RULE_StratacutUI_bridges NvCoreM2W10 Qt5::Core Qt5::Gui)

@@ -3,6 +3,13 @@
 set(STRATACUT_PCH <QByteArray> <QHash> <QJsonArray> <QJsonDocument> <QJsonObject> <QObject> <QString> <QVariant>
                   <QVector> <algorithm> <functional> <memory> <string> <vector>)
 
+# One precompiled header for all layers: what nearly every source file needs, compiled with no more definitions than
+# each of them has.
+file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/common_headers.cpp" CONTENT "// Nothing: the headers are what counts.\n")
+add_library(stratacut_common_headers OBJECT "${CMAKE_BINARY_DIR}/common_headers.cpp")
+target_link_libraries(stratacut_common_headers PRIVATE Qt5::Core)
+target_precompile_headers(stratacut_common_headers PRIVATE ${STRATACUT_PCH})
+
 # stratacut_layer(NAME SHARED|STATIC|OBJECT|INTERFACE FOLDERS dir... [PUBLIC links...] [PRIVATE links...]
 #                 [INCLUDES dir...] [DEFINES def...])
 # Takes every .cpp, .h and .qrc below the folders.
@@ -27,7 +34,7 @@ function(stratacut_layer name kind)
   target_link_libraries(${name} PUBLIC ${L_PUBLIC} PRIVATE ${L_PRIVATE})
   target_compile_definitions(${name} PRIVATE ${L_DEFINES})
   set_target_properties(${name} PROPERTIES AUTOMOC ON AUTORCC ON)
-  target_precompile_headers(${name} PRIVATE ${STRATACUT_PCH})
+  target_precompile_headers(${name} REUSE_FROM stratacut_common_headers)
 endfunction()
 
 # stratacut_test(NAME SOURCES file... LINKS target... [TIMEOUT seconds] [LABELS label...] [X_SERVER])

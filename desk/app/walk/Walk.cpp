@@ -464,7 +464,9 @@ Status Walk::cancelExport()
     });
     Hand::click(job->findChild<QPushButton*>(QStringLiteral("m_cancelJob")));
     const bool over = Hand::waitFor([&] { return answered && job->state() == JobRow::State::Cancelled; });
-    return expect(over && !isCommitted(delivery(1)), QStringLiteral("cancelling an export"));
+    Status cancelled = expect(over && !isCommitted(delivery(1)), QStringLiteral("cancelling an export"));
+    const bool isInView = job->visibleRegion().boundingRect().top() == 0;
+    return cancelled ? expect(isInView, QStringLiteral("keeping the cancelled export in view")) : cancelled;
 }
 
 Status Walk::changeSkin()

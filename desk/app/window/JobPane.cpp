@@ -54,9 +54,9 @@ const char* kindName(Job::Kind kind)
 }
 } // namespace
 
-JobRow::JobRow(const Job& job, QWidget* parent)
-    : QFrame(parent),
-      m_job(job),
+JobRow::JobRow(const Job& job, QWidget& list)
+    : m_job(job),
+      m_list(list),
       m_sign(new QLabel),
       m_facts(new QuietLabel),
       m_bar(new QProgressBar),
@@ -79,6 +79,7 @@ JobRow::JobRow(const Job& job, QWidget* parent)
     layOut();
     setState(State::Waiting, QStringLiteral("waiting for its turn"));
     connect(m_cancel, &QPushButton::clicked, this, [this] {
+        handOnFocus();
         m_cancel->setEnabled(false);
         emit cancelAsked();
     });
@@ -104,6 +105,14 @@ void JobRow::layOut()
     layout->setColumnStretch(1, 1);
 }
 
+void JobRow::handOnFocus()
+{
+    // Left to itself it would go to a button of another row, and the list would scroll there; also in a window that is
+    // not the active one.
+    if (window()->focusWidget() == m_cancel)
+        m_list.setFocus();
+}
+
 void JobRow::setState(State state, const QString& text)
 {
     m_state = state;
@@ -114,6 +123,8 @@ void JobRow::setState(State state, const QString& text)
     m_sign->setPalette(own);
     m_facts->setText(text);
     m_bar->setVisible(!isOver());
+    if (isOver())
+        handOnFocus();
     m_cancel->setVisible(!isOver());
     m_open->setVisible(isOver() && !m_job.folder.isEmpty());
 }
@@ -260,7 +271,7 @@ void JobPane::layOut()
 
 void JobPane::add(const Job& job)
 {
-    auto* row = new JobRow(job);
+    auto* row = new JobRow(job, *m_area);
     m_rows.prepend(row);
     m_list->insertWidget(0, row);
     // The keyboard meets the rows in the order in which they stand.

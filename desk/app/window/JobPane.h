@@ -40,7 +40,8 @@ public:
     enum class State { Waiting, Running, Done, Failed, Cancelled };
     Q_ENUM(State)
 
-    explicit JobRow(const Job& job, QWidget* parent = nullptr);
+    /// @param list takes the focus of a button that goes.
+    JobRow(const Job& job, QWidget& list);
 
     const Job& job() const { return m_job; }
 
@@ -69,10 +70,12 @@ protected:
 
 private:
     void layOut();
+    void handOnFocus();
     void setState(State state, const QString& text);
     void openFolder();
 
     Job m_job;
+    QWidget& m_list;
     State m_state = State::Waiting;
     QStringList m_notes;
     QLabel* m_sign;
